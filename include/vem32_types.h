@@ -1,0 +1,207 @@
+// Types shared by the families of exported functions.
+#pragma once
+
+#include "platform/archive.h"
+#include "platform/collections.h"
+#include "platform/cstring.h"
+#include "platform/exceptions.h"
+#include "platform/file.h"
+#include "platform/gdi.h"
+#include "platform/msgbox.h"
+#include "platform/types.h"
+
+class CVemBaseNode;
+class CVemByteArray;
+class CSegmentTable;
+class CStatList;
+class CVemDimRange;
+class CEVemBaseNode;
+
+// Kind of a node of the tree.
+enum tVemNodeType : u32 {
+    kVemBaseNode = 1,
+    kVemVariableNode = 2,
+    kVemProgramNode = 3,
+    kVemFbNode = 4,
+    kVemFunctionNode = 5,
+    kVemArrayNode = 6,
+    kVemStructNode = 10,
+    kVemTaskNode = 11,
+    kVemExeNode = 12,
+    kVemResourceNode = 13,
+    kVemConfigNode = 14,
+    kVemProjectNode = 15,
+    kVemTuiTaskNode = 16,
+    kVemTaskContainerNode = 17,
+    kVemFbInstanceNode = 18,
+};
+
+// Data type of a variable or of a statement's operand.
+enum tCbeType : u32 {
+    kCbeTypeUndef = 0,
+    kCbeTypeBool = 1,
+    kCbeTypeByte = 2,
+    kCbeTypeWord = 3,
+    kCbeTypeDword = 4,
+    kCbeTypeUsint = 5,
+    kCbeTypeUint = 6,
+    kCbeTypeUdint = 7,
+    kCbeTypeSint = 8,
+    kCbeTypeInt = 9,
+    kCbeTypeDint = 10,
+    kCbeTypeReal = 11,
+    kCbeTypeTime = 12,
+    kCbeTypeDate = 13,
+    kCbeTypeTod = 14,
+    kCbeTypeDt = 15,
+    kCbeTypeLword = 16,
+    kCbeTypeUlint = 17,
+    kCbeTypeLint = 18,
+    kCbeTypeLreal = 19,
+    kCbeTypeString = 20,
+    kCbeTypeEnum = 21,
+    kCbeTypeArray = 22,
+    kCbeTypeStruct = 23,
+    kCbeTypeBit = 24,
+    kCbeTypeBcdReal = 25,
+    kCbeTypeReferenz = 26,
+    kCbeTypeUser = 27,
+    kCbeTypeArrayOfArray = 28,
+    kCbeTypeArrayOfStruct = 29,
+    kCbeTypeStructOfStruct = 30,
+    kCbeTypeStructOfArray = 31,
+    kCbeTypeInitvalues = 32,
+    kCbeTypeFbInstance = 33,
+    kCbeTypeInt24 = 34,
+    kCbeTypeReal48 = 35,
+    kCbeTypeAddress = 36,
+    kCbeTypeWString = 37,
+    kCbeTypeCount = 40,
+};
+
+// Scope of a variable as the compiler numbers it; the library tests only the value 8.
+using tCbeVarScope = u32;
+// Qualifiers of a variable; the library only keeps them.
+using tVemVarQualifiers = u32;
+
+// Kind of a segment: a byte in its header, and a number on variables and functions.
+enum tIpSegmentKind : u32 {
+    kIpSegCode = 0,
+    kIpSegData = 1,
+    kIpSegInit = 2,
+    kIpSegSourceStart = 3,
+    kIpSegSourceContinue = 4,
+    kIpSegTaskDef = 5,
+    kIpSegPiMask = 6,
+    kIpSegNiMask = 7,
+    kIpSegIoTableStart = 16,
+    kIpSegIoTableContinue = 17,
+    kIpSegIoComplexTableStart = 18,
+    kIpSegIoComplexTableContinue = 19,
+    kIpSegInstanceTableStart = 20,
+    kIpSegInstanceTableContinue = 21,
+    kIpSegDownloadTableStart = 22,
+    kIpSegDownloadTableContinue = 23,
+    kIpSegNativeCode = 24,
+    kIpSegInitSecond = 25,
+    kIpSegIo = 32,
+    kIpSegIoInit = 33,
+    kIpSegIoOld = 34,
+    kIpSegParameter = 35,
+    kIpSegHardwareConfig = 36,
+    kIpSegOemVarInfoTable = 39,
+    kIpSegByRefAccessInfo = 57,
+    kIpSegInternPi = 128,
+    kIpSegInternNi = 129,
+    kIpSegInternNvMap = 130,
+    kIpSegInternInstanceStack = 131,
+    kIpSegInternAeStack = 132,
+    kIpSegInternExtAeSegment = 133,
+    kIpSegInternExtAes = 134,
+    kIpSegInternAeTypeStack = 135,
+};
+
+// What a hit test of the tree view struck.
+enum tTuiKlikedSymbol : int {
+    kTuiKlikedExpandSymbol = 0,
+    kTuiKlikedNode = 1,
+};
+
+// Result of VemAllTaskCompiledSuccesfully.
+struct tCompiledTasks {
+    i32 NoOfTasks;
+    i32 NoOfCompiledTasks;
+};
+
+// One dimension of an array, as the flat functions pass it.
+struct tVemDimRange {
+    i32 LowBound;
+    i32 HighBound;
+    i32 CurrentIndex;
+};
+
+// Two 16-bit halves; the first lies at the lower address.
+struct tInstanceHandle {
+    u16 First;
+    u16 Second;
+};
+
+// Settings of the target device, held by the executable node.
+struct tVemDeviceSettings {
+    u16 DeviceWord1;
+    u16 DeviceWord2;
+    i32 MotorolaFormat;
+    i32 ResourceGlobalSegTable;
+    i32 OnlineLinking;
+    i32 IncrementalDownload;
+    i32 OneSegTableAtOnlineLinking;
+    i32 OnlineEditor;
+    i32 TaskDownload;
+    i32 TaskStart;
+    u16 MaxWatchEntries;
+    u8 DeviceByte1;
+    u8 DeviceByte2;
+    u8 DeviceByte3;
+    u8 DeviceByte4;
+    u8 DeviceByte5;
+    u8 DeviceByte6;
+    u8 IpType;
+    u16 DeviceWord3;
+    u8 DeviceByte7;
+    u8 Alignment;
+    u8 ByteSize;
+    u32 DeviceLong1;
+    u8 DeviceByte9;
+    u32 DeviceLong2;
+    u32 DeviceLong3[2];
+    u8 ReservedBytes[74];
+};
+
+// The record that a caller of the download list fills in and gets back.
+struct tDownloadListEntry {
+    CString Name;
+    u32 Value1 = 0;
+    u32 Value2 = 0;
+    u16 SecondSegment = 0;
+    u16 FirstSegment = 0;
+    u16 Value3 = 0;
+};
+
+// Statement model.
+enum tEVemPouType : u32 {
+    kEVemPouUndef = 0,
+    kEVemPouProg = 1,
+    kEVemPouFunction = 2,
+    kEVemPouFunctionBlock = 3,
+};
+
+enum tEVemAddressMode : u32 {
+    kEVemFarAddress = 0,
+    kEVemNearAddress = 1,
+    kEVemRefAddress = 2,
+    kEVemIndAddress = 3,
+    kEVemNoAddressMode = 4,
+};
+
+// 1 is the normal accumulator; every other value reads as the shadow one.
+using tEVemAccuType = u32;

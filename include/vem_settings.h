@@ -1,0 +1,40 @@
+// The settings library: records of global settings that the tools of the system share. The store
+// only asks it; hosts and tests set the values through the record or the setters below.
+#pragma once
+
+#include "platform/types.h"
+
+#if defined(VEM_BUILDING_SETTINGS)
+#define VEM_SETTINGS_API __attribute__((visibility("default")))
+#else
+#define VEM_SETTINGS_API
+#endif
+
+// Global settings of the target tools: 76 bytes; EvemEnabled is the 32-bit word at offset 68.
+struct tLurTobSettings {
+    u8 Reserved[68];
+    i32 EvemEnabled;  // not 0: the statement model is enabled
+    u8 Reserved2[4];
+};
+static_assert(sizeof(tLurTobSettings) == 76, "record of 76 bytes");
+
+// Global settings of the project: 640 bytes; ProjectCode is the 16-bit word at offset 2.
+struct tLurProjectSettings {
+    u16 Reserved;
+    u16 ProjectCode;
+    u8 Reserved2[636];
+};
+static_assert(sizeof(tLurProjectSettings) == 640, "record of 640 bytes");
+
+extern "C" {
+// Pointer to the library's record, which the caller may read and write; null if the caller asks
+// for more bytes than the record has.
+VEM_SETTINGS_API void* LurGetGlobalTobSettings(int size);
+VEM_SETTINGS_API void* LurGetGlobalProjectSettings(int size);
+
+// Setters for hosts and tests.
+VEM_SETTINGS_API void LurSetEvemEnabled(i32 enabled);
+VEM_SETTINGS_API void LurSetProjectCode(u16 projectCode);
+// Puts both records back to their defaults: EvemEnabled 1, ProjectCode 0, all else 0.
+VEM_SETTINGS_API void LurResetSettings(void);
+}

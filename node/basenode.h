@@ -1,0 +1,71 @@
+// CVemBaseNode: the common base of every node of the tree, with the whole set of operations that a
+// flat function may call on any node.
+#pragma once
+
+#include "memory/cbytearr.h"
+#include "vem32_types.h"
+
+class VEM_API CVemBaseNode : public CObject {
+    VEM_DECLARE_SERIAL(CVemBaseNode)
+public:
+    // Current version of the base record.
+    static constexpr u16 kSchema = 0;
+
+    CVemBaseNode();  // type 1, empty name, expanded
+    CVemBaseNode(u32 nodeType, const CString& name, int expanded);
+    // Copy for Clone: a new serial, no parent, no drawing state, the children cloned.
+    CVemBaseNode(const CVemBaseNode& other);
+    CVemBaseNode& operator=(const CVemBaseNode&) = delete;
+    ~CVemBaseNode() override;
+
+    // schema word (u16), node type (u8), expanded (u8), name, serial (u32, written 0), extra text,
+    // child count (u16), then per child: its type (u8) and its record.
+    void Serialize(CArchive& ar) override;
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+#define VEM_OP(Ret, Name, Params, Args, Default, Flat) virtual Ret Name Params Default
+#include "vem_node_ops.def"
+#undef VEM_OP
+#pragma GCC diagnostic pop
+
+    // Helpers of the tree that are not part of the table.
+    CVemBaseNode* ChildAt(POSITION& pos) const { return static_cast<CVemBaseNode*>(Children.GetNext(pos)); }
+    // Destroys every child and empties the list.
+    void DeleteAllChildren();
+    // Base record's child list, as the load reads it: a child of each stored type.
+    void SerializeChildren(CArchive& ar);
+
+    // Fields, in declared order.
+    int HasSymbol = 1;
+    int Expanded = 1;
+    int KlikedSymbol = 0;
+    u32 Serial = 0xFFFFFFFFu;
+    u32 NodeType = kVemBaseNode;
+    CString Name;
+    CString ExtraText;
+    CVemBaseNode* Parent = nullptr;
+    CVemBaseNode* LastChild = nullptr;
+    CObList Children;
+
+    // Drawing state of the tree view, in absolute coordinates of the last Draw. Never stored.
+    CPoint TextSize;
+    CPoint BottomOfTree;
+    CRect SymbolRect;
+    CRect NodeRect;
+    CPoint ChildStart;
+    CPoint ChildAnchor;
+
+    // Geometry relative to the node's origin, fixed by the node type.
+    struct Geometry {
+        CPoint LineEnd, SymbolPos, SymbolSize, ElbowPoint, IconLineEnd, IconPos, TextPos;
+    };
+    const Geometry& GetGeometry() const;
+
+protected:
+    // HasSymbol and the forced Expanded of executable and project nodes, by node type.
+    void ApplyTypeRules();
+};
+
+// Running serial of nodes made by VemNewNode and by the copy of a clone.
+VEM_API u32 VemTakeNextSerial();

@@ -1,0 +1,154 @@
+// CArchive: a buffered binary stream over a file, in one direction, with the encodings of node
+// files. All numbers are little-endian; fields have no padding.
+//
+//   string     length < 255: 1 byte; else FF + u16 (< 0xFFFE); else FF FFFF + u32 (< 0xFFFFFFFF);
+//              else FF FFFF FFFFFFFF + u64; then the characters. FF FEFF in front of such a
+//              prefix marks 16-bit characters (read only).
+//   count      u16, or FFFF + u32 for 0xFFFF and more
+//   schema     u16 version of a record; a load refuses a version above the class's own
+//   object     0000 null | n: object n seen before | 8000+c: new object of class c seen before |
+//              FFFF schema(u16) namelen(u16) name: new object of a new class. A number of 0x7FFF
+//              or more is 7FFF + u32 (with 0x80000000 added for a class). Classes and objects
+//              share one numbering from 1.
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/cstring.h"
+#include "platform/exceptions.h"
+#include "platform/object.h"
+
+class CFile;
+
+class VEM_API CArchive {
+public:
+    enum Mode : unsigned { store = 0, load = 1, bNoFlushOnDelete = 2 };
+
+    // Nesting of records and object references that a load accepts; real trees are a few dozen deep.
+    static constexpr int kMaxDepth = 400;
+
+    CArchive(CFile* file, unsigned mode, int bufferSize = 4096, void* buffer = nullptr);
+    ~CArchive();
+    CArchive(const CArchive&) = delete;
+    CArchive& operator=(const CArchive&) = delete;
+
+    bool IsLoading() const { return m_loading; }
+    bool IsStoring() const { return !m_loading; }
+    CFile* GetFile() const { return m_file; }
+
+    // Writes what is buffered (store) or gives back what was read ahead (load).
+    void Flush();
+    void Close();
+    void Abort();  // drops the buffer without raising
+
+    // Raw bytes. Read gives what it could get; EnsureRead raises end of file if it gets less.
+    unsigned Read(void* buffer, unsigned count);
+    void EnsureRead(void* buffer, unsigned count);
+    void Write(const void* buffer, unsigned count);
+
+    // Bytes that a load can still read, or UINT64_MAX if the file cannot tell.
+    u64 GetRemaining() const;
+    // Raises end of file (cause 3) before anything is allocated for a length that cannot be there.
+    void CheckRemaining(u64 needed) const;
+
+    CArchive& operator<<(u8 v) { return PutLE(v); }
+    CArchive& operator<<(i8 v) { return PutLE(static_cast<u8>(v)); }
+    CArchive& operator<<(char v) { return PutLE(static_cast<u8>(v)); }
+    CArchive& operator<<(u16 v) { return PutLE(v); }
+    CArchive& operator<<(i16 v) { return PutLE(static_cast<u16>(v)); }
+    CArchive& operator<<(u32 v) { return PutLE(v); }
+    CArchive& operator<<(i32 v) { return PutLE(static_cast<u32>(v)); }
+    CArchive& operator<<(u64 v) { return PutLE(v); }
+    CArchive& operator<<(i64 v) { return PutLE(static_cast<u64>(v)); }
+    CArchive& operator<<(float v);
+    CArchive& operator<<(double v);
+    CArchive& operator<<(const CString& s);
+
+    CArchive& operator>>(u8& v) { return GetLE(v); }
+    CArchive& operator>>(i8& v);
+    CArchive& operator>>(char& v);
+    CArchive& operator>>(u16& v) { return GetLE(v); }
+    CArchive& operator>>(i16& v);
+    CArchive& operator>>(u32& v) { return GetLE(v); }
+    CArchive& operator>>(i32& v);
+    CArchive& operator>>(u64& v) { return GetLE(v); }
+    CArchive& operator>>(i64& v);
+    CArchive& operator>>(float& v);
+    CArchive& operator>>(double& v);
+    CArchive& operator>>(CString& s);
+
+    void WriteString(const CString& s) { *this << s; }
+    CString ReadString();
+
+    void WriteCount(u32 count);
+    u32 ReadCount();
+
+    // Object references with the shared class and object numbering.
+    void WriteObject(const CObject* object);
+    // Makes the object by its class name; the class must derive from `asked` (null: any class).
+    CObject* ReadObject(const CRuntimeClass* asked);
+
+    // Counts nesting during a load; deeper than kMaxDepth fails as a corrupt file.
+    class DepthGuard {
+    public:
+        explicit DepthGuard(CArchive& ar);
+        ~DepthGuard() { --m_ar.m_depth; }
+        DepthGuard(const DepthGuard&) = delete;
+        DepthGuard& operator=(const DepthGuard&) = delete;
+
+    private:
+        CArchive& m_ar;
+    };
+
+    // Name of the file behind the archive, for the exceptions it raises.
+    const char* FileName() const;
+
+private:
+    template <typename T>
+    CArchive& PutLE(T v) {
+        if (m_loading) ThrowWrongDirection();
+        if (m_cur + sizeof(T) > m_end) FlushBuffer();
+        for (std::size_t i = 0; i < sizeof(T); ++i) m_cur[i] = static_cast<u8>(static_cast<u64>(v) >> (8 * i));
+        m_cur += sizeof(T);
+        return *this;
+    }
+    template <typename T>
+    CArchive& GetLE(T& v) {
+        if (!m_loading) ThrowWrongDirection();
+        if (m_cur + sizeof(T) > m_end) FillAtLeast(sizeof(T));
+        u64 r = 0;
+        for (std::size_t i = 0; i < sizeof(T); ++i) r |= static_cast<u64>(m_cur[i]) << (8 * i);
+        m_cur += sizeof(T);
+        v = static_cast<T>(r);
+        return *this;
+    }
+    [[noreturn]] void ThrowWrongDirection() const;
+    void FlushBuffer();
+    void FillAtLeast(std::size_t count);  // raises end of file if the file has less
+    u64 ReadStringLength(bool& wide);
+
+    CFile* m_file;
+    bool m_loading;
+    std::unique_ptr<u8[]> m_own;
+    u8* m_buf;
+    std::size_t m_bufSize;
+    u8* m_cur;
+    u8* m_end;  // store: end of the buffer; load: end of the bytes read ahead
+    int m_depth = 0;
+
+    // Object numbering of this archive (index 0 stands for null).
+    struct LoadEntry {
+        const CRuntimeClass* cls;
+        CObject* object;
+    };
+    std::vector<LoadEntry> m_loadArray;
+    std::unordered_map<const void*, u32> m_storeMap;
+    u32 m_storeCount = 0;
+};
+
+// Schema word of a record: stores `current`; on load reads the word and raises the archive
+// exception (cause 5) if it is above `current`. Gives the version that the record holds.
+VEM_API u16 VemSerializeSchema(CArchive& ar, u16 current);

@@ -1,0 +1,70 @@
+// Helpers of the test suite: a scratch directory, captured message boxes, file bytes.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "vem32.h"
+
+namespace vemtest {
+
+// A fresh directory below the system's temporary directory, removed with its contents at the end.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::string& path() const { return path_; }
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+// Collects the texts of the message boxes shown while it lives, instead of printing them.
+class MessageCapture {
+public:
+    MessageCapture();
+    ~MessageCapture();
+    MessageCapture(const MessageCapture&) = delete;
+    MessageCapture& operator=(const MessageCapture&) = delete;
+    const std::vector<std::string>& texts() const { return texts_; }
+    const std::vector<unsigned>& styles() const { return styles_; }
+
+private:
+    static int Handler(const char* text, unsigned style, void* context);
+    std::vector<std::string> texts_;
+    std::vector<unsigned> styles_;
+    VemMessageBoxHandler previous_;
+};
+
+std::vector<u8> ReadFileBytes(const std::string& path);
+void WriteFileBytes(const std::string& path, const std::vector<u8>& bytes);
+std::string ReadFileText(const std::string& path);
+void WriteFileText(const std::string& path, const std::string& text);
+bool FileExists(const std::string& path);
+
+// Little-endian byte builders for hand-written records.
+struct Bytes {
+    std::vector<u8> v;
+    Bytes& u8_(unsigned x) {
+        v.push_back(static_cast<u8>(x));
+        return *this;
+    }
+    Bytes& u16_(unsigned x) { return u8_(x & 0xFF).u8_((x >> 8) & 0xFF); }
+    Bytes& u32_(u32 x) { return u16_(x & 0xFFFF).u16_(x >> 16); }
+    Bytes& str(const std::string& s) {  // short string form
+        u8_(static_cast<unsigned>(s.size()));
+        v.insert(v.end(), s.begin(), s.end());
+        return *this;
+    }
+    Bytes& raw(const std::vector<u8>& b) {
+        v.insert(v.end(), b.begin(), b.end());
+        return *this;
+    }
+};
+
+}  // namespace vemtest
