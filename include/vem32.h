@@ -2,5 +2,7 @@
 #pragma once
 
 #include "vem32_types.h"
+#include "vem_bytearray.h"
 #include "vem_node.h"
 #include "vem_plain.h"
+#include "vem_segtbl.h"
