@@ -1,4 +1,5 @@
 // The byte array functions: thin forwarders to the array's operations, and the few that do more.
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -99,11 +100,14 @@ int VemBaAppendStringRaw(CVemByteArray* array, const char* text, int count) {
     return array->AppendStringRaw(text, count);
 }
 
+// Byte by byte as strncpy would fill a buffer of count bytes: the text, then zeros.
 int VemBaAppendCStyleString(CVemByteArray* array, const char* text, int count) {
-    if (count <= 0) return 1;
-    std::vector<u8> buffer(static_cast<std::size_t>(count), 0);
-    if (text) std::strncpy(reinterpret_cast<char*>(buffer.data()), text, buffer.size());
-    for (u8 byte : buffer) array->Append(&byte, 1);
+    bool ended = !text;
+    for (int i = 0; i < count; ++i) {
+        const u8 byte = ended ? 0 : static_cast<u8>(text[i]);
+        ended = ended || byte == 0;
+        array->Append(&byte, 1);
+    }
     return 1;
 }
 
@@ -118,10 +122,12 @@ int VemBaPatchString(CVemByteArray* array, u16 offset, const u8* bytes, unsigned
     return array->PatchString(offset, bytes, count);
 }
 
+// Patches reach no further than the length, so the copy need not be longer than the array.
 int VemBaPatchString(CVemByteArray* array, u16 offset, const CString& text, int count) {
-    const unsigned n = count > 0 ? static_cast<unsigned>(count) : 0;
-    std::vector<u8> copy(n > static_cast<unsigned>(text.GetLength()) ? n : static_cast<unsigned>(text.GetLength()), 0);
-    if (!copy.empty()) std::memcpy(copy.data(), text.GetString(), static_cast<std::size_t>(text.GetLength()));
+    unsigned n = count > 0 ? static_cast<unsigned>(count) : 0;
+    if (n > array->GetLength()) n = array->GetLength();
+    std::vector<u8> copy(n, 0);
+    if (n) std::memcpy(copy.data(), text.GetString(), std::min<std::size_t>(n, static_cast<std::size_t>(text.GetLength())));
     return array->PatchString(offset, copy.data(), n);
 }
 
