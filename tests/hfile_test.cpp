@@ -115,7 +115,7 @@ TEST_F(HFileKeys, LineStartSeenAcrossBorders) {
     for (std::size_t offset = 1970; offset < 1990; ++offset) {
         SCOPED_TRACE(offset);
         const std::string line = "NOTE = x" + std::string(offset - kBegin.size() - 8, 'y');
-        const std::string text = kBegin + line + "CHECK = 1\r\nCHECK = 2\r\n" + kEnd + kBody;
+        const std::string text = kBegin + line + "CHECK = 1" + std::string(200, 'z') + "\r\nCHECK = 2\r\n" + kEnd + kBody;
         EXPECT_EQ(ValueIn(text, "CHECK"), "2");
     }
 }
