@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 VEM_IMPLEMENT_DYNAMIC(CFile, CObject)
 VEM_IMPLEMENT_DYNAMIC(CMemFile, CFile)
@@ -182,12 +183,18 @@ CFile* CFile::Duplicate() const {
     if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
     const int fd = ::fcntl(m_fd, F_DUPFD_CLOEXEC, 0);
     if (fd < 0) ThrowErrno(m_strFileName);
-    auto* copy = new CFile();
+    std::unique_ptr<CFile> copy;
+    try {
+        copy.reset(new CFile());
+    } catch (...) {
+        ::close(fd);
+        throw;
+    }
     copy->m_fd = fd;
     copy->m_pos = m_pos;
     copy->m_closeOnDelete = true;
-    copy->m_strFileName = m_strFileName;
-    return copy;
+    copy->m_strFileName = m_strFileName;  // may run out of memory: the handle then closes itself
+    return copy.release();
 }
 
 bool CFile::GetStatus(const char* fileName, CFileStatus& status) {
