@@ -1,6 +1,10 @@
 // Source header file: edits in place on large files keep every byte outside the edited range.
 #include "hfile_test_util.h"
 
+#include <new>
+
+#include "alloc_hook.h"
+
 using namespace hfiletest;
 using namespace std::string_literals;
 
@@ -217,6 +221,51 @@ TEST_F(HFileEdit, RemovalPastTheEndIsRefused) {
     const std::string text = kBlock + "PROGRAM p\r\n";
     EXPECT_EQ(Edited(text, [&](CHFile& f) { EXPECT_EQ(f.RemoveBytes(10, static_cast<i64>(text.size())), 0); }), text);
     EXPECT_EQ(Edited(text, [](CHFile& f) { EXPECT_EQ(f.InsertGap(5, 0), 1); }), text);
+}
+
+// A shortage of memory at any point of an edit leaves the file whole or fully edited, and
+// leaks nothing.
+TEST_F(HFileEdit, MemoryShortageLeavesFileWhole) {
+    const std::string text = Block({"CHECK = 1"}) + "FUNCTION f : INT\r\n" + Filler(20000, 5);
+    const std::string path = Put(text);
+    struct Edit {
+        const char* what;
+        int (*run)(CHFile&);
+        std::string result;
+    };
+    const Edit edits[] = {
+        {"SetValue", [](CHFile& f) { return f.SetValue("CHECK", "123456"); }, Spliced(text, 26, 1, "123456")},
+        {"NewKey", [](CHFile& f) { return f.SetValue("NEW", "2"); }, Spliced(text, text.find(kEnd), 0, "NEW = 2\r\n")},
+        {"ReplaceText", [](CHFile& f) { return f.ReplaceText("v100 ", "w"); }, Spliced(text, text.find("v100 "), 5, "w")},
+        {"SetUnitName", [](CHFile& f) { return f.SetUnitName("longer_name"); },
+         Spliced(text, text.find("f : INT"), 1, "LONGER_NAME")},
+    };
+    for (const Edit& edit : edits) {
+        for (long k = 0;; ++k) {
+            SCOPED_TRACE(edit.what);
+            SCOPED_TRACE(k);
+            vemtest::WriteFileText(path, text);
+            int result = 0;
+            {
+                CHFile file;
+                ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+                vemtest::AllocationWatch watch;
+                watch.FailAfter(k);
+                try {
+                    result = edit.run(file);
+                } catch (const std::bad_alloc&) {
+                }
+                watch.FailAfter(-1);
+                EXPECT_EQ(watch.Live(), 0);
+            }
+            const std::string after = Content(path);
+            if (result == 1) {
+                EXPECT_TRUE(after == edit.result);
+                break;
+            }
+            EXPECT_TRUE(after == text);
+        }
+    }
 }
 
 }  // namespace
