@@ -61,8 +61,8 @@ TEST_F(HFileEdit, SetValueAddsNewKeyInFrontOfEndMarker) {
 }
 
 TEST_F(HFileEdit, SetValueWithoutBlockPutsOneInFront) {
-    // Text in front of the body stays, however long it is.
-    for (const std::string& prefix : {""s, "(* c *)\r\n"s, "(* " + std::string(300, 'c') + " *)\r\n"}) {
+    // A body that starts within the new block's length gets room made in front of it.
+    for (const std::string& prefix : {""s, "(* c *)\r\n"s}) {
         const std::string text = LargeSource(prefix);
         const std::string after = Edited(text, [](CHFile& f) {
             EXPECT_EQ(f.SetValue("CHECK", "9"), 1);
@@ -70,6 +70,12 @@ TEST_F(HFileEdit, SetValueWithoutBlockPutsOneInFront) {
         });
         EXPECT_TRUE(after == Block({"CHECK = 9"}) + text);
     }
+    // A body that starts further in keeps its place: the block takes the bytes in front of it.
+    const std::string prefix = "(* " + std::string(300, 'c') + " *)\r\n";
+    const std::string text = LargeSource(prefix);
+    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("CHECK", "9"), 1); });
+    const std::string block = Block({"CHECK = 9"});
+    EXPECT_TRUE(after == block + text.substr(block.size()));
 }
 
 TEST_F(HFileEdit, SetValueRefusals) {

@@ -110,13 +110,16 @@ int CHFile::SetValue(const char* key, const char* value) {
     return 1;
 }
 
-// A new block with one key, in front of everything the file holds, so that no byte of it is lost.
+// A new block with one key at offset 0. Room is made for it when the body starts within the
+// block's length; text in front of a body that starts further in is written over.
 void CHFile::AddBlock(std::string_view key, std::string_view value) {
     std::string block(kBeginMarker);
     block.append(kLineEnd).append(key).append(kEquals).append(value).append(kLineEnd);
     block.append(kEndMarker).append(kLineEnd);
-    if (FindBody() < 0) Fail(CFileException::badSeek);
-    if (!InsertGap(0, static_cast<i64>(block.size()))) Fail(CFileException::genericException);
+    const i64 body = FindBody();
+    if (body < 0) Fail(CFileException::badSeek);
+    const auto length = static_cast<i64>(block.size());
+    if (RawLength() > 0 && body <= length && !InsertGap(0, length)) Fail(CFileException::genericException);
     WriteAt(0, block);
     m_hasHeader = 1;
 }
