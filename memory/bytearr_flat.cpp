@@ -39,10 +39,17 @@ int GetVemBaVersion() { return 1; }
 
 void VemBaSetDefaultFormat(int format) { g_defaultFormat = format; }
 
+// Null when there is no memory for the array.
 CVemByteArray* VemBaNewByteArray(int motorola, u16 alignment, u8 byteSize, int fractLayout) {
-    if (fractLayout) return new (std::nothrow) CFractLayoutByteArray(alignment, byteSize);
-    if (motorola) return new (std::nothrow) CMotorolaByteArray(alignment, byteSize);
-    return new (std::nothrow) CVemByteArray(alignment, byteSize);
+    try {
+        if (fractLayout) return new CFractLayoutByteArray(alignment, byteSize);
+        if (motorola) return new CMotorolaByteArray(alignment, byteSize);
+        return new CVemByteArray(alignment, byteSize);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    } catch (const CMemoryException&) {
+        return nullptr;
+    }
 }
 
 void VemBaDeleteByteArray(CVemByteArray* array) { delete array; }

@@ -11,8 +11,12 @@ namespace {
 
 // Zeroed storage of exactly `size` bytes; an allocation failure is the memory exception.
 u8* AllocateZeroed(u32 size) {
-    u8* p = new (std::nothrow) u8[size];
-    if (!p) VemThrowMemory();
+    u8* p = nullptr;
+    try {
+        p = new u8[size];
+    } catch (const std::bad_alloc&) {
+        VemThrowMemory();
+    }
     std::memset(p, 0, size);
     return p;
 }

@@ -1,6 +1,7 @@
 // The segment table: numbering, ownership, header patches, the chained checksum, stored form, dump.
 #include "memory/layouts.h"
 #include "memory/segtbl.h"
+#include "alloc_hook.h"
 #include "memory_test_util.h"
 
 using memtest::ByteVec;
@@ -246,6 +247,33 @@ TEST(MemorySegTbl, DamagedStoredFormsFailCleanly) {
     ByteVec newer = full;
     newer[newer.size() - 17] = 1;  // version word: ahead of usedNumbers (8 bytes), the name (1), three words
     EXPECT_THROW(Load(newer, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException);
+}
+
+TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
+    Table t;
+    VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
+    VemSegTblAddNewSegment(t, nullptr);
+    VemSegTblAddNewSegment(t, NewArray({4}, 1));
+    const ByteVec bytes = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
+    long k = 0;
+    for (;; ++k) {
+        vemtest::AllocationWatch watch;
+        bool failed = false;
+        {
+            watch.FailAfter(k);
+            CSegmentTable back;
+            try {
+                Load(bytes, [&](CArchive& ar) { back.Serialize(ar); });
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            } catch (const CMemoryException&) {
+                failed = true;
+            }
+        }
+        EXPECT_EQ(watch.Live(), 0) << "allocation " << k;
+        if (!failed) break;
+    }
+    EXPECT_GE(k, 4);  // the two arrays with their storage at least
 }
 
 TEST(MemorySegTbl, AnUnknownEntryTagIsAnEmptyNumber) {
