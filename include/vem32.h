@@ -2,5 +2,6 @@
 #pragma once
 
 #include "vem32_types.h"
+#include "vem_evem.h"
 #include "vem_node.h"
 #include "vem_plain.h"
