@@ -2,7 +2,7 @@
 // only asks it; hosts and tests set the values through the record or the setters below.
 #pragma once
 
-#include "platform/types.h"
+#include <cstdint>
 
 #if defined(VEM_BUILDING_SETTINGS)
 #define VEM_SETTINGS_API __attribute__((visibility("default")))
@@ -12,17 +12,17 @@
 
 // Global settings of the target tools: 76 bytes; EvemEnabled is the 32-bit word at offset 68.
 struct tLurTobSettings {
-    u8 Reserved[68];
-    i32 EvemEnabled;  // not 0: the statement model is enabled
-    u8 Reserved2[4];
+    std::uint8_t Reserved[68];
+    std::int32_t EvemEnabled;  // not 0: the statement model is enabled
+    std::uint8_t Reserved2[4];
 };
 static_assert(sizeof(tLurTobSettings) == 76, "record of 76 bytes");
 
 // Global settings of the project: 640 bytes; ProjectCode is the 16-bit word at offset 2.
 struct tLurProjectSettings {
-    u16 Reserved;
-    u16 ProjectCode;
-    u8 Reserved2[636];
+    std::uint16_t Reserved;
+    std::uint16_t ProjectCode;
+    std::uint8_t Reserved2[636];
 };
 static_assert(sizeof(tLurProjectSettings) == 640, "record of 640 bytes");
 
@@ -33,8 +33,8 @@ VEM_SETTINGS_API void* LurGetGlobalTobSettings(int size);
 VEM_SETTINGS_API void* LurGetGlobalProjectSettings(int size);
 
 // Setters for hosts and tests.
-VEM_SETTINGS_API void LurSetEvemEnabled(i32 enabled);
-VEM_SETTINGS_API void LurSetProjectCode(u16 projectCode);
+VEM_SETTINGS_API void LurSetEvemEnabled(std::int32_t enabled);
+VEM_SETTINGS_API void LurSetProjectCode(std::uint16_t projectCode);
 // Puts both records back to their defaults: EvemEnabled 1, ProjectCode 0, all else 0.
 VEM_SETTINGS_API void LurResetSettings(void);
 }

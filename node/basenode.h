@@ -33,8 +33,12 @@ public:
     CVemBaseNode* ChildAt(POSITION& pos) const { return static_cast<CVemBaseNode*>(Children.GetNext(pos)); }
     // Destroys every child and empties the list.
     void DeleteAllChildren();
-    // Base record's child list, as the load reads it: a child of each stored type.
+    // The child list of the base record: count, then each child's type byte and record.
     void SerializeChildren(CArchive& ar);
+    // NodeDump of every child, with "  - " added to the indent.
+    void DumpChildren(CFile* file, const CString& indent);
+    // Writes a dump text in one write.
+    static void WriteText(CFile* file, const CString& text);
 
     // Fields, in declared order.
     int HasSymbol = 1;

@@ -138,6 +138,7 @@ private:
     u8* m_cur;
     u8* m_end;  // store: end of the buffer; load: end of the bytes read ahead
     int m_depth = 0;
+    u64 m_fileLength = 0;  // length of the file when a load began
 
     // Object numbering of this archive (index 0 stands for null).
     struct LoadEntry {

@@ -11,7 +11,7 @@ namespace {
 
 // The statement model is on unless a host turns it off: it is what the debugger's line maps and
 // cross reference are made of.
-constexpr i32 kDefaultEvemEnabled = 1;
+constexpr std::int32_t kDefaultEvemEnabled = 1;
 
 tLurTobSettings g_tob = [] {
     tLurTobSettings s{};
@@ -34,9 +34,9 @@ void* LurGetGlobalProjectSettings(int size) {
     return &g_project;
 }
 
-void LurSetEvemEnabled(i32 enabled) { g_tob.EvemEnabled = enabled; }
+void LurSetEvemEnabled(std::int32_t enabled) { g_tob.EvemEnabled = enabled; }
 
-void LurSetProjectCode(u16 projectCode) { g_project.ProjectCode = projectCode; }
+void LurSetProjectCode(std::uint16_t projectCode) { g_project.ProjectCode = projectCode; }
 
 void LurResetSettings(void) {
     std::memset(&g_tob, 0, sizeof g_tob);

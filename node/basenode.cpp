@@ -1,0 +1,248 @@
+#include "node/basenode.h"
+
+#include <vector>
+
+#include "node/nodefile.h"
+#include "vem_node.h"
+
+VEM_IMPLEMENT_SERIAL(CVemBaseNode, CObject, 5)
+
+namespace {
+
+u32 g_nextSerial = 0;
+
+}  // namespace
+
+u32 VemTakeNextSerial() { return g_nextSerial++; }
+
+CVemBaseNode::CVemBaseNode() : CVemBaseNode(kVemBaseNode, CString(), 1) {}
+
+CVemBaseNode::CVemBaseNode(u32 nodeType, const CString& name, int expanded)
+    : Expanded(expanded), NodeType(nodeType), Name(name) {
+    ApplyTypeRules();
+}
+
+CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
+    : CObject(),
+      HasSymbol(other.HasSymbol),
+      Expanded(other.Expanded),
+      KlikedSymbol(other.KlikedSymbol),
+      Serial(VemTakeNextSerial()),
+      NodeType(other.NodeType),
+      Name(other.Name),
+      ExtraText(other.ExtraText) {
+    try {
+        for (POSITION pos = other.Children.GetHeadPosition(); pos;) {
+            CVemBaseNode* copy = other.ChildAt(pos)->Clone();
+            CVemBaseNode::AddChildTail(copy);
+        }
+    } catch (...) {
+        DeleteAllChildren();
+        throw;
+    }
+}
+
+CVemBaseNode::~CVemBaseNode() { DeleteAllChildren(); }
+
+void CVemBaseNode::ApplyTypeRules() {
+    switch (NodeType) {
+        case kVemVariableNode:
+        case kVemTaskNode:
+        case kVemConfigNode:
+            HasSymbol = 0;
+            break;
+        case kVemExeNode:
+        case kVemProjectNode:
+            HasSymbol = 1;
+            Expanded = 1;
+            break;
+        default:
+            HasSymbol = 1;
+            break;
+    }
+}
+
+// Children are destroyed without recursion through the tree: each node's own children are moved
+// to the work list before it goes, so its destructor finds an empty list.
+void CVemBaseNode::DeleteAllChildren() {
+    if (Children.IsEmpty()) return;
+    std::vector<CVemBaseNode*> work;
+    work.reserve(static_cast<std::size_t>(Children.GetCount()));
+    for (POSITION pos = Children.GetHeadPosition(); pos;) work.push_back(ChildAt(pos));
+    Children.RemoveAll();
+    for (std::size_t i = 0; i < work.size(); ++i) {
+        CVemBaseNode* node = work[i];
+        for (POSITION pos = node->Children.GetHeadPosition(); pos;) work.push_back(node->ChildAt(pos));
+        node->Children.RemoveAll();
+        delete node;
+        work[i] = nullptr;
+    }
+}
+
+//  offset  width   field
+//  0       2       schema word (0)
+//  2       1       node type, low 8 bits
+//  3       1       expanded, low 8 bits
+//  4       string  name
+//  .       4       serial, written as 0
+//  .       string  extra text
+//  .       2       child count
+//  .       .       per child: node type (1 byte), then the child's record
+void CVemBaseNode::Serialize(CArchive& ar) {
+    VemSerializeSchema(ar, kSchema);
+    Serial = 0;
+    if (ar.IsStoring()) {
+        ar << static_cast<u8>(NodeType) << static_cast<u8>(Expanded) << Name << Serial << ExtraText;
+    } else {
+        u8 type, expanded;
+        ar >> type >> expanded >> Name >> Serial >> ExtraText;
+        NodeType = type;
+        Expanded = expanded;
+    }
+    SerializeChildren(ar);
+}
+
+void CVemBaseNode::SerializeChildren(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar << static_cast<u16>(Children.GetCount());
+        for (POSITION pos = Children.GetHeadPosition(); pos;) {
+            CVemBaseNode* child = ChildAt(pos);
+            ar << static_cast<u8>(child->GetNodeType());
+            child->Serialize(ar);
+        }
+        return;
+    }
+    u16 count;
+    ar >> count;
+    ar.CheckRemaining(static_cast<u64>(count) * kMinNodeRecordBytes);
+    CArchive::DepthGuard depth(ar);
+    for (u16 i = 0; i < count; ++i) {
+        u8 type;
+        ar >> type;
+        CVemBaseNode* child = VemNewNodeForLoad(type);
+        child->Parent = this;
+        try {
+            child->Serialize(ar);
+        } catch (...) {
+            delete child;
+            throw;
+        }
+        Children.AddTail(child);
+    }
+}
+
+CVemBaseNode* CVemBaseNode::Clone() { return new CVemBaseNode(*this); }
+
+CVemBaseNode* CVemBaseNode::DeleteNode(CVemBaseNode* target) {
+    for (POSITION pos = Children.GetHeadPosition(); pos;) {
+        POSITION here = pos;
+        CVemBaseNode* child = ChildAt(pos);
+        if (child == target) {
+            Children.RemoveAt(here);
+            delete child;
+            return this;
+        }
+        if (CVemBaseNode* found = child->DeleteNode(target)) return found;
+    }
+    return nullptr;
+}
+
+void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
+    const int blank = path.Find(' ');
+    if (blank > 0) path = path.Left(blank);
+    for (POSITION pos = Children.GetHeadPosition(); pos;) {
+        CVemBaseNode* look = ChildAt(pos);
+        if (look->GetNodeType() == kVemFbInstanceNode && look->IsReference()) {
+            look = look->GetReferenceNode();
+            if (!look) continue;  // an instance whose function block is not found has no path
+        }
+        CString work = path;
+        switch (look->GetNodeType()) {
+            case kVemFbNode:
+            case kVemFunctionNode: {
+                CString name = look->Name;
+                const int colon = name.Find(':');
+                if (colon > 0) name = name.Left(colon);
+                work += ".";
+                work += name;
+                work.MakeUpper();
+                map->SetAt(work, look);
+                look->BuildNodePath2NodeList(work, map);
+                break;
+            }
+            case kVemStructNode:
+                work += ".";
+                work += look->Name;
+                work.MakeUpper();
+                look->BuildNodePath2NodeList(work, map);
+                break;
+            case kVemTuiTaskNode:
+                work += look->Name;
+                work.MakeUpper();
+                look->BuildNodePath2NodeList(work, map);
+                break;
+            case kVemFbInstanceNode:
+                break;
+            default:
+                work += ".";
+                work += look->Name;
+                work.MakeUpper();
+                map->SetAt(work, look);
+                break;
+        }
+    }
+}
+
+int CVemBaseNode::AddChildTail(CVemBaseNode* child) {
+    Children.AddTail(child);
+    child->Parent = this;
+    LastChild = child;
+    return 1;
+}
+
+int CVemBaseNode::AddChildHead(CVemBaseNode* child) {
+    Children.AddHead(child);
+    child->Parent = this;
+    LastChild = child;
+    return 1;
+}
+
+int CVemBaseNode::AddChildSorted(CVemBaseNode* child) {
+    child->Parent = this;
+    const CString text = child->GetNodeText();
+    for (POSITION pos = Children.GetHeadPosition(); pos;) {
+        POSITION here = pos;
+        if (ChildAt(pos)->GetNodeText().Compare(text) > 0) {
+            Children.InsertBefore(here, child);
+            return 1;
+        }
+    }
+    Children.AddTail(child);
+    return 1;
+}
+
+CVemByteArray CVemBaseNode::GetContainerFileContents(const char*) { return CVemByteArray(); }
+
+void CVemBaseNode::ExpandArray() {
+    for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->ExpandArray();
+}
+
+void CVemBaseNode::SetProgramNrOfChildren(u16 programNr) {
+    for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->SetProgramNr(programNr);
+}
+
+void CVemBaseNode::NodeDump(CFile* file, CString indent) {
+    CString line;
+    line.Format("%sBaseNodeType: %i\n", indent.GetString(), static_cast<int>(NodeType));
+    WriteText(file, line);
+    DumpChildren(file, indent);
+}
+
+void CVemBaseNode::DumpChildren(CFile* file, const CString& indent) {
+    const CString childIndent = indent + "  - ";
+    for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->NodeDump(file, childIndent);
+}
+
+void CVemBaseNode::WriteText(CFile* file, const CString& text) {
+    file->Write(text.GetString(), static_cast<unsigned>(text.GetLength()));
+}

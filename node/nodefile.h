@@ -1,0 +1,20 @@
+// Node files: the frame of a file, the version stamp, and making a node of a stored type.
+#pragma once
+
+#include "node/basenode.h"
+
+// "Norvadis_VEM_Version:003" with its terminating zero.
+inline constexpr char kVemVersionStamp[25] = "Norvadis_VEM_Version:003";
+inline constexpr unsigned kVemVersionStampLength = 25;
+
+// Smallest base record: schema, type, expanded, empty name, serial, empty extra text, child count,
+// and the type byte in front of it.
+inline constexpr u64 kMinNodeRecordBytes = 13;
+
+// VemNewNode for a type read from a file: an unknown type is a corrupt file (archive exception).
+CVemBaseNode* VemNewNodeForLoad(u32 type);
+
+// The texts of the load's message box for a memory shortage and other platform exceptions.
+extern const char kVemRebuildMessage[];
+// The texts that the system keeps for a file of another compiler version (not shown).
+extern const char kVemOutdatedMessage[];

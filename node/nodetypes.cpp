@@ -1,0 +1,20 @@
+// VemNewNode: the class of each node type, and what its constructor is given.
+#include "node/basenode.h"
+#include "node/nodefile.h"
+#include "vem_node.h"
+
+CVemBaseNode* VemNewNode(tVemNodeType type) {
+    CVemBaseNode* node = nullptr;
+    switch (type) {
+        case kVemBaseNode: node = new CVemBaseNode(kVemBaseNode, CString(), 1); break;
+        default: return nullptr;
+    }
+    node->Serial = VemTakeNextSerial();
+    return node;
+}
+
+CVemBaseNode* VemNewNodeForLoad(u32 type) {
+    CVemBaseNode* node = type <= 0xFFFF ? VemNewNode(static_cast<tVemNodeType>(type)) : nullptr;
+    if (!node) VemThrowArchive(CArchiveException::badClass);
+    return node;
+}

@@ -1,0 +1,169 @@
+#include "platform/collections.h"
+
+#include "platform/archive.h"
+
+VEM_IMPLEMENT_SERIAL(CObArray, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CDWordArray, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CWordArray, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CStringArray, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CObList, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CStringList, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CMapStringToOb, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CMapStringToString, CObject, 0)
+VEM_IMPLEMENT_SERIAL(CMapWordToOb, CObject, 0)
+
+// Arrays are read element by element, so a hostile count fails at the end of the file instead of
+// allocating; each element takes at least `minBytes` of the file.
+namespace {
+
+u32 ReadBoundedCount(CArchive& ar, u64 minBytes) {
+    const u32 n = ar.ReadCount();
+    ar.CheckRemaining(static_cast<u64>(n) * minBytes);
+    return n;
+}
+
+}  // namespace
+
+void CObArray::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetSize()));
+        for (CObject* o : v_) ar.WriteObject(o);
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 2);
+    RemoveAll();
+    v_.reserve(n);
+    for (u32 i = 0; i < n; ++i) v_.push_back(ar.ReadObject(nullptr));
+}
+
+void CDWordArray::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetSize()));
+        for (u32 d : v_) ar << d;
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 4);
+    v_.assign(n, 0);
+    for (u32& d : v_) ar >> d;
+}
+
+void CWordArray::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetSize()));
+        for (u16 w : v_) ar << w;
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 2);
+    v_.assign(n, 0);
+    for (u16& w : v_) ar >> w;
+}
+
+void CStringArray::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetSize()));
+        for (const CString& s : v_) ar << s;
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 1);
+    v_.assign(n, CString());
+    for (CString& s : v_) ar >> s;
+}
+
+POSITION CObList::Find(const CObject* value, POSITION startAfter) const {
+    POSITION pos = startAfter ? startAfter : GetHeadPosition();
+    if (startAfter) GetNext(pos);
+    while (pos) {
+        POSITION here = pos;
+        if (GetNext(pos) == value) return here;
+    }
+    return nullptr;
+}
+
+void CObList::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetCount()));
+        for (POSITION pos = GetHeadPosition(); pos;) ar.WriteObject(GetNext(pos));
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 2);
+    for (u32 i = 0; i < n; ++i) AddTail(ar.ReadObject(nullptr));
+}
+
+POSITION CStringList::Find(const char* value, POSITION startAfter) const {
+    POSITION pos = startAfter ? startAfter : GetHeadPosition();
+    if (startAfter) GetNext(pos);
+    while (pos) {
+        POSITION here = pos;
+        if (GetNext(pos) == value) return here;
+    }
+    return nullptr;
+}
+
+void CStringList::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetCount()));
+        for (POSITION pos = GetHeadPosition(); pos;) ar << GetNext(pos);
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 1);
+    for (u32 i = 0; i < n; ++i) AddTail(ar.ReadString());
+}
+
+void CMapStringToOb::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetCount()));
+        CString key;
+        CObject* value = nullptr;
+        for (POSITION pos = GetStartPosition(); pos;) {
+            GetNextAssoc(pos, key, value);
+            ar << key;
+            ar.WriteObject(value);
+        }
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 3);
+    for (u32 i = 0; i < n; ++i) {
+        CString key = ar.ReadString();
+        CObject* value = ar.ReadObject(nullptr);
+        SetAt(key, value);
+    }
+}
+
+void CMapStringToString::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetCount()));
+        CString key, value;
+        for (POSITION pos = GetStartPosition(); pos;) {
+            GetNextAssoc(pos, key, value);
+            ar << key << value;
+        }
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 2);
+    for (u32 i = 0; i < n; ++i) {
+        CString key = ar.ReadString();
+        CString value = ar.ReadString();
+        SetAt(key, value);
+    }
+}
+
+void CMapWordToOb::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        ar.WriteCount(static_cast<u32>(GetCount()));
+        u16 key = 0;
+        CObject* value = nullptr;
+        for (POSITION pos = GetStartPosition(); pos;) {
+            GetNextAssoc(pos, key, value);
+            ar << key;
+            ar.WriteObject(value);
+        }
+        return;
+    }
+    const u32 n = ReadBoundedCount(ar, 4);
+    for (u32 i = 0; i < n; ++i) {
+        u16 key;
+        ar >> key;
+        CObject* value = ar.ReadObject(nullptr);
+        SetAt(key, value);
+    }
+}

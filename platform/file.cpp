@@ -1,0 +1,250 @@
+#include "platform/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+VEM_IMPLEMENT_DYNAMIC(CFile, CObject)
+VEM_IMPLEMENT_DYNAMIC(CMemFile, CFile)
+
+namespace {
+
+[[noreturn]] void ThrowErrno(const CString& name) {
+    const int err = errno;
+    VemThrowFile(CFileException::OsErrorToCause(err), name, err);
+}
+
+}  // namespace
+
+CString VemHostPath(const char* name) {
+    CString path(name);
+    std::string& s = path.str();
+    if (s.size() >= 2 && s[1] == ':' && ((s[0] >= 'A' && s[0] <= 'Z') || (s[0] >= 'a' && s[0] <= 'z'))) {
+        s.erase(0, 2);
+    }
+    std::replace(s.begin(), s.end(), '\\', '/');
+    return path;
+}
+
+VemPathParts VemSplitPath(const char* path) {
+    VemPathParts parts;
+    std::string s = path ? path : "";
+    std::size_t pos = 0;
+    if (s.size() >= 2 && s[1] == ':') {
+        parts.drive = CString(s.substr(0, 2));
+        pos = 2;
+    }
+    const std::size_t lastSep = s.find_last_of("\\/");
+    std::size_t nameStart = pos;
+    if (lastSep != std::string::npos && lastSep >= pos) {
+        parts.directory = CString(s.substr(pos, lastSep + 1 - pos));
+        nameStart = lastSep + 1;
+    }
+    const std::string name = s.substr(nameStart);
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string::npos) {
+        parts.title = CString(name);
+    } else {
+        parts.title = CString(name.substr(0, dot));
+        parts.extension = CString(name.substr(dot));
+    }
+    return parts;
+}
+
+// ---- CFile -----------------------------------------------------------------------------------------
+
+CFile::CFile() = default;
+
+CFile::CFile(const char* fileName, unsigned openFlags) {
+    CFileException error;
+    if (!Open(fileName, openFlags, &error)) throw error;
+}
+
+CFile::~CFile() {
+    if (m_fd >= 0 && m_closeOnDelete) ::close(m_fd);
+}
+
+bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error) {
+    if (m_fd >= 0) Abort();
+    m_strFileName = fileName;
+    int flags = O_CLOEXEC;
+    switch (openFlags & 3) {
+        case modeWrite: flags |= O_WRONLY; break;
+        case modeReadWrite: flags |= O_RDWR; break;
+        default: flags |= O_RDONLY; break;
+    }
+    if (openFlags & modeCreate) {
+        flags |= O_CREAT;
+        if (!(openFlags & modeNoTruncate)) flags |= O_TRUNC;
+    }
+    const CString host = VemHostPath(fileName);
+    const int fd = ::open(host, flags, 0666);
+    if (fd < 0) {
+        const int err = errno;
+        if (error) *error = CFileException(CFileException::OsErrorToCause(err), err, fileName);
+        return false;
+    }
+    struct stat st {};
+    if (::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode)) {
+        ::close(fd);
+        if (error) *error = CFileException(CFileException::accessDenied, EISDIR, fileName);
+        return false;
+    }
+    m_fd = fd;
+    m_pos = 0;
+    m_closeOnDelete = true;
+    return true;
+}
+
+unsigned CFile::Read(void* buffer, unsigned count) {
+    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
+    unsigned total = 0;
+    auto* out = static_cast<char*>(buffer);
+    while (total < count) {
+        const ssize_t n = ::pread(m_fd, out + total, count - total, static_cast<off_t>(m_pos));
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            ThrowErrno(m_strFileName);
+        }
+        if (n == 0) break;
+        total += static_cast<unsigned>(n);
+        m_pos += static_cast<u64>(n);
+    }
+    return total;
+}
+
+void CFile::Write(const void* buffer, unsigned count) {
+    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
+    unsigned total = 0;
+    const auto* in = static_cast<const char*>(buffer);
+    while (total < count) {
+        const ssize_t n = ::pwrite(m_fd, in + total, count - total, static_cast<off_t>(m_pos));
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            ThrowErrno(m_strFileName);
+        }
+        if (n == 0) VemThrowFile(CFileException::diskFull, m_strFileName);
+        total += static_cast<unsigned>(n);
+        m_pos += static_cast<u64>(n);
+    }
+}
+
+u64 CFile::Seek(i64 offset, unsigned from) {
+    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
+    i64 base = 0;
+    if (from == current) base = static_cast<i64>(m_pos);
+    if (from == end) base = static_cast<i64>(GetLength());
+    const i64 target = base + offset;
+    if (target < 0) VemThrowFile(CFileException::badSeek, m_strFileName);
+    m_pos = static_cast<u64>(target);
+    return m_pos;
+}
+
+u64 CFile::GetPosition() const { return m_pos; }
+
+u64 CFile::GetLength() const {
+    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
+    struct stat st {};
+    if (::fstat(m_fd, &st) != 0) ThrowErrno(m_strFileName);
+    return static_cast<u64>(st.st_size);
+}
+
+void CFile::SetLength(u64 newLength) {
+    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
+    if (::ftruncate(m_fd, static_cast<off_t>(newLength)) != 0) ThrowErrno(m_strFileName);
+}
+
+void CFile::Flush() {
+    if (m_fd >= 0 && ::fsync(m_fd) != 0 && errno != EINVAL) ThrowErrno(m_strFileName);
+}
+
+void CFile::Close() {
+    if (m_fd < 0) return;
+    const int fd = m_fd;
+    m_fd = -1;
+    m_pos = 0;
+    if (m_closeOnDelete && ::close(fd) != 0) ThrowErrno(m_strFileName);
+}
+
+void CFile::Abort() {
+    if (m_fd >= 0 && m_closeOnDelete) ::close(m_fd);
+    m_fd = -1;
+    m_pos = 0;
+}
+
+CFile* CFile::Duplicate() const {
+    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
+    const int fd = ::fcntl(m_fd, F_DUPFD_CLOEXEC, 0);
+    if (fd < 0) ThrowErrno(m_strFileName);
+    auto* copy = new CFile();
+    copy->m_fd = fd;
+    copy->m_pos = m_pos;
+    copy->m_closeOnDelete = true;
+    copy->m_strFileName = m_strFileName;
+    return copy;
+}
+
+bool CFile::GetStatus(const char* fileName, CFileStatus& status) {
+    struct stat st {};
+    if (::stat(VemHostPath(fileName), &st) != 0) return false;
+    status.m_mtime = st.st_mtime;
+    status.m_size = static_cast<u64>(st.st_size);
+    status.m_isDirectory = S_ISDIR(st.st_mode);
+    return true;
+}
+
+void CFile::Remove(const char* fileName) {
+    if (::unlink(VemHostPath(fileName)) != 0) ThrowErrno(fileName);
+}
+
+void CFile::Rename(const char* oldName, const char* newName) {
+    if (::rename(VemHostPath(oldName), VemHostPath(newName)) != 0) ThrowErrno(oldName);
+}
+
+// ---- CMemFile --------------------------------------------------------------------------------------
+
+CMemFile::CMemFile(const void* bytes, std::size_t count)
+    : m_data(static_cast<const u8*>(bytes), static_cast<const u8*>(bytes) + count) {}
+
+bool CMemFile::Open(const char*, unsigned, CFileException* error) {
+    if (error) *error = CFileException(CFileException::genericException);
+    return false;
+}
+
+unsigned CMemFile::Read(void* buffer, unsigned count) {
+    if (m_pos >= m_data.size()) return 0;
+    const u64 n = std::min<u64>(count, m_data.size() - m_pos);
+    std::memcpy(buffer, m_data.data() + m_pos, static_cast<std::size_t>(n));
+    m_pos += n;
+    return static_cast<unsigned>(n);
+}
+
+void CMemFile::Write(const void* buffer, unsigned count) {
+    if (count == 0) return;
+    if (m_pos + count > m_data.size()) m_data.resize(static_cast<std::size_t>(m_pos + count));
+    std::memcpy(m_data.data() + m_pos, buffer, count);
+    m_pos += count;
+}
+
+u64 CMemFile::Seek(i64 offset, unsigned from) {
+    i64 base = 0;
+    if (from == current) base = static_cast<i64>(m_pos);
+    if (from == end) base = static_cast<i64>(m_data.size());
+    if (base + offset < 0) VemThrowFile(CFileException::badSeek);
+    m_pos = static_cast<u64>(base + offset);
+    return m_pos;
+}
+
+void CMemFile::SetLength(u64 newLength) { m_data.resize(static_cast<std::size_t>(newLength)); }
+
+CFile* CMemFile::Duplicate() const {
+    auto* copy = new CMemFile(m_data);
+    copy->m_pos = m_pos;
+    return copy;
+}

@@ -1,0 +1,3 @@
+#include "platform/gdi.h"
+
+CDC::~CDC() = default;
