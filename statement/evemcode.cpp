@@ -136,14 +136,13 @@ void CEVemPouCodeNode::DumpNode(CFile* file, CString prefix) {
 
 // The dump goes to a file beside the target first, which then replaces the target whole.
 void CEVemPouCodeNode::NodeDump(CString fileName) {
-    const CString target = VemHostPath(fileName);
-    const CString scratch = target + ".dumping";
+    const CString scratch = fileName + ".dumping";
     CFile file;
     if (!file.Open(scratch, CFile::modeCreate | CFile::modeWrite)) return;
     try {
         DumpNode(&file, kFileDumpPrefix);
         file.Close();
-        CFile::Rename(scratch, target);
+        CFile::Rename(scratch, fileName);
     } catch (const CFileException&) {
         file.Abort();
         try {

@@ -146,18 +146,6 @@ TEST_F(EVemTest, AppendingToAStatementPutsTheNewOneRightBehindIt) {
     EXPECT_EQ(ChainTypes(first), (std::vector<int>{38, 172, 175, 173}));
 }
 
-TEST_F(EVemTest, CodeNodeKeepsItsUnitData) {
-    NodePtr code = Create(kEVemPouCodeNode, "U");
-    EXPECT_EQ(EVemSetDataSegSize(code.get(), 300), 1);
-    EXPECT_EQ(EVemGetDataSegSize(code.get()), 300);
-    EVemSetPathName(code.get(), "C:\\PRJ\\UNIT.POE");
-    EXPECT_EQ(EVemGetPathName(code.get()), "C:\\PRJ\\UNIT.POE");
-    EVemSetPouType(code.get(), kEVemPouFunctionBlock);
-    EXPECT_EQ(EVemGetPouType(code.get()), kEVemPouFunctionBlock);
-    EVemSetName(code.get(), "Other");
-    EXPECT_EQ(EVemGetName(code.get()), "Other");
-}
-
 TEST_F(EVemTest, VariableStatementKeepsItsOperand) {
     NodePtr s = Create(kEVemLdVariableStmtNode);
     auto* vemNode = reinterpret_cast<CVemBaseNode*>(0x1000);  // borrowed, never touched

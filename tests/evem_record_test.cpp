@@ -449,3 +449,16 @@ TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
     }
     EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
 }
+
+TEST_F(EVemTest, ObjectWithAnUnknownStatementKindPassesTheUserExceptionOn) {
+    const long live = CEVemBaseNode::LiveCount();
+    const std::string name = "CEVemPouCodeNode";
+    Bytes object;
+    object.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
+    for (char ch : name) object.u8_(static_cast<u8>(ch));
+    object.raw(CodeNodeAround(Bytes().u16_(131).u16_(3).u16_(131).u16_(3).u16_(0).u16_(0).v));
+    CMemFile in(object.v);
+    CArchive ar(&in, CArchive::load);
+    EXPECT_THROW(EVemReadObject(ar), CUserException);
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
