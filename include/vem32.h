@@ -5,3 +5,7 @@
 #include "vem_evem.h"
 #include "vem_node.h"
 #include "vem_plain.h"
+#include "vem_settings.h"
+
+// The node base, so that callers may cast the elements of a child list.
+#include "node/basenode.h"
