@@ -1,5 +1,6 @@
 // Records of the statement model: the code node's chain, the three statement forms, the older
 // nested form, objects, and records that cannot be read.
+#include "alloc_hook.h"
 #include "evem_test_util.h"
 #include "statement/evemlist.h"
 
@@ -331,8 +332,9 @@ TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
     for (const std::vector<u8>& whole : {ListRecord({ExampleCodeNodeRecord(), ExampleCodeNodeRecord()}),
                                         ListRecord({older})}) {
         for (std::size_t length = 0; length < whole.size(); ++length) {
-            CObList list;
             const std::vector<u8> cut(whole.begin(), whole.begin() + static_cast<long>(length));
+            vemtest::AllocationWatch watch;
+            CObList list;
             try {
                 LoadList(cut, list);
                 ADD_FAILURE() << "loaded " << length << " bytes";
@@ -340,9 +342,33 @@ TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
                 EXPECT_EQ(e.m_cause, CArchiveException::endOfFile) << length;
             }
             EVemDeleteRootList(list);
+            EXPECT_EQ(watch.Live(), 0) << length;
         }
     }
     EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
+
+TEST_F(EVemTest, MemoryShortageAnywhereInALoadLeavesNothing) {
+    Bytes nested;
+    OldHead(nested, 38, 1, 8);
+    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
+    nested.u16_(0x20);
+    const std::vector<u8> bytes =
+        ListRecord({ExampleCodeNodeRecord(), CodeNodeAround(Bytes().u16_(38).raw(nested.v).v)});
+    for (long k = 0;; ++k) {
+        vemtest::AllocationWatch watch;
+        watch.FailAfter(k);
+        CObList list;
+        try {
+            LoadList(bytes, list);
+        } catch (const std::bad_alloc&) {
+        } catch (const CException&) {  // a code node that could not be made
+        }
+        const bool complete = list.GetCount() == 2;
+        EVemDeleteRootList(list);
+        EXPECT_EQ(watch.Live(), 0) << k;
+        if (complete) break;
+    }
 }
 
 TEST_F(EVemTest, SchemaWordAboveThreeFailsTheLoad) {
