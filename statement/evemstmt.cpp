@@ -97,16 +97,20 @@ void CEVemBaseStmtNode::Serialize(CArchive& ar) {
 
 void CEVemBaseStmtNode::SerializeOperand(CArchive&) {}
 
+// The statements that an older record nests belong to no one until the whole record is read: a
+// failure anywhere in it takes them away again.
 void CEVemBaseStmtNode::Load(CArchive& ar) {
     const u16 nextType = LoadHead(ar);
-    if (nextType != 0) LoadNestedChain(ar, nextType);
+    if (nextType == 0) {
+        LoadTail(ar);
+        return;
+    }
     try {
+        LoadNestedChain(ar, nextType);
         LoadTail(ar);
     } catch (...) {
-        if (nextType != 0) {
-            EVemDeleteChain(Next);
-            Next = nullptr;
-        }
+        EVemDeleteChain(Next);
+        Next = nullptr;
         throw;
     }
 }
@@ -129,22 +133,16 @@ void CEVemBaseStmtNode::LoadTail(CArchive& ar) {
 // stack flat however long the chain is.
 void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
     CEVemBaseStmtNode* last = this;
-    try {
-        while (type != 0) {
-            CEVemBaseStmtNode* next = EVemMakeChainStatement(type);
-            last->Next = next;
-            next->Previous = last;
-            last = next;
-            last->CEVemBaseNode::Serialize(ar);
-            type = last->LoadHead(ar);
-        }
-        for (CEVemBaseStmtNode* node = last; node != this; node = static_cast<CEVemBaseStmtNode*>(node->Previous))
-            node->LoadTail(ar);
-    } catch (...) {
-        EVemDeleteChain(Next);
-        Next = nullptr;
-        throw;
+    while (type != 0) {
+        CEVemBaseStmtNode* next = EVemMakeChainStatement(type);
+        last->Next = next;
+        next->Previous = last;
+        last = next;
+        last->CEVemBaseNode::Serialize(ar);
+        type = last->LoadHead(ar);
     }
+    for (CEVemBaseStmtNode* node = last; node != this; node = static_cast<CEVemBaseStmtNode*>(node->Previous))
+        node->LoadTail(ar);
 }
 
 void CEVemBaseStmtNode::DumpNode(CFile* file, CString prefix) {
