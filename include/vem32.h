@@ -4,4 +4,10 @@
 #include "vem32_types.h"
 #include "vem_node.h"
 #include "vem_plain.h"
+#include "vem_settings.h"
+
+// The node base, so that callers may cast the elements of a child list.
+#include "node/basenode.h"
+
+// The download list and its entries, exported as classes.
 #include "download/download.h"
