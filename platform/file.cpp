@@ -21,10 +21,6 @@ namespace {
     VemThrowFile(CFileException::OsErrorToCause(err), name, err);
 }
 
-}  // namespace
-
-namespace {
-
 bool HasDrive(const std::string& s) {
     return s.size() >= 2 && s[1] == ':' && ((s[0] >= 'A' && s[0] <= 'Z') || (s[0] >= 'a' && s[0] <= 'z'));
 }
