@@ -1,12 +1,19 @@
 // VemNewNode: the class of each node type, and what its constructor is given.
 #include "node/basenode.h"
 #include "node/nodefile.h"
+#include "project/project.h"
+#include "project/tasks.h"
 #include "vem_node.h"
 
 CVemBaseNode* VemNewNode(tVemNodeType type) {
     CVemBaseNode* node = nullptr;
     switch (type) {
         case kVemBaseNode: node = new CVemBaseNode(kVemBaseNode, CString(), 1); break;
+        case kVemTaskNode: node = new CVemTaskNode(CString()); break;
+        case kVemResourceNode: node = new CVemResourceNode(CString()); break;
+        case kVemConfigNode: node = new CVemConfigNode(CString()); break;
+        case kVemProjectNode: node = new CVemProjectNode(CString()); break;
+        case kVemTaskContainerNode: node = new CVemTaskContainerNode(); break;
         default: return nullptr;
     }
     node->Serial = VemTakeNextSerial();
