@@ -14,6 +14,3 @@
 // be cast), the statement base, and the exported classes.
 #include "download/download.h"
 #include "node/basenode.h"
-
-// The download list and its entries, exported as classes.
-#include "download/download.h"
