@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vem32_types.h"
+#include "vem_dc.h"
 #include "vem_node.h"
 #include "vem_plain.h"
 #include "vem_settings.h"
