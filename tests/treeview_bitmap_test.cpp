@@ -157,3 +157,23 @@ TEST(TreeViewPictures, LibraryFunctionsUseTheLibrarysModuleForTheCall) {
     }()));
     EXPECT_EQ(VemGetResourceModule(), &host);
 }
+
+// A host's module in the chain stands behind the library's, which entered first; once removed,
+// it is found no more, not even as the current source.
+TEST(TreeViewPictures, HostModulesJoinAndLeaveTheChain) {
+    HostModule host;
+    VemAddResourceModule(&host);
+    struct Leave {
+        const CVemResourceModule* module;
+        ~Leave() { VemRemoveResourceModule(module); }
+    } leave{&host};
+    CBitmap bitmap;
+    ASSERT_TRUE(bitmap.LoadBitmap(156));
+    EXPECT_EQ(bitmap.Width(), 16);
+    VemSetResourceModule(&host);
+    EXPECT_EQ(VemFindResourceModule(VemResourceKind::Bitmap, 156), &host);
+    EXPECT_EQ(VemFindResourceModule(VemResourceKind::Bitmap, 158), &Library());  // the chain after it
+    VemRemoveResourceModule(&host);
+    EXPECT_EQ(VemGetResourceModule(), nullptr);
+    EXPECT_EQ(VemFindResourceModule(VemResourceKind::Bitmap, 156), &Library());
+}
