@@ -13,4 +13,7 @@
 // Class definitions that callers reach: the node base (so that the elements of a child list can
 // be cast), the statement base, and the exported classes.
 #include "download/download.h"
+#include "memory/layouts.h"
+#include "memory/segtbl.h"
 #include "node/basenode.h"
+#include "statement/evembase.h"
