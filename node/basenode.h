@@ -77,4 +77,4 @@ private:
 };
 
 // Running serial of nodes made by VemNewNode and by the copy of a clone.
-VEM_API u32 VemTakeNextSerial();
+u32 VemTakeNextSerial();

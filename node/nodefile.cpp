@@ -5,6 +5,7 @@
 #include <new>
 
 #include "vem_node.h"
+#include "vem_plain.h"
 
 const char kVemRebuildMessage[] =
     "\nError while loading the current project. Please rebuild it."
