@@ -4,3 +4,4 @@
 #include "vem32_types.h"
 #include "vem_node.h"
 #include "vem_plain.h"
+#include "units/statlist.h"

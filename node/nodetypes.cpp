@@ -1,12 +1,20 @@
 // VemNewNode: the class of each node type, and what its constructor is given.
 #include "node/basenode.h"
 #include "node/nodefile.h"
+#include "units/pou.h"
+#include "variables/struct.h"
 #include "vem_node.h"
 
 CVemBaseNode* VemNewNode(tVemNodeType type) {
     CVemBaseNode* node = nullptr;
     switch (type) {
         case kVemBaseNode: node = new CVemBaseNode(kVemBaseNode, CString(), 1); break;
+        case kVemVariableNode: node = new CVemVariableNode(CString(), 0, kCbeTypeUndef, 0, 0); break;
+        case kVemProgramNode: node = new CVemProgramNode(CString(), CString(), CString()); break;
+        case kVemFbNode: node = new CVemFbNode(CString(), CString(), CString()); break;
+        case kVemFunctionNode: node = new CVemFunctionNode(CString(), CString(), CString()); break;
+        case kVemStructNode: node = new CVemStructNode(CString(), 0, 0, 10); break;
+        case kVemFbInstanceNode: node = new CVemFbInstanceNode(CString(), 0, CString()); break;
         default: return nullptr;
     }
     node->Serial = VemTakeNextSerial();
