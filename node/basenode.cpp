@@ -1,7 +1,5 @@
 #include "node/basenode.h"
 
-#include <vector>
-
 #include "node/nodefile.h"
 #include "vem_node.h"
 
@@ -34,7 +32,12 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     try {
         for (POSITION pos = other.Children.GetHeadPosition(); pos;) {
             CVemBaseNode* copy = other.ChildAt(pos)->Clone();
-            CVemBaseNode::AddChildTail(copy);
+            try {
+                CVemBaseNode::AddChildTail(copy);
+            } catch (...) {
+                delete copy;
+                throw;
+            }
         }
     } catch (...) {
         DeleteAllChildren();
@@ -62,20 +65,14 @@ void CVemBaseNode::ApplyTypeRules() {
     }
 }
 
-// Children are destroyed without recursion through the tree: each node's own children are moved
-// to the work list before it goes, so its destructor finds an empty list.
+// Children are destroyed without recursion through the tree and without allocating: each
+// node's own children move to the front of this list before it goes, so its destructor finds an
+// empty list.
 void CVemBaseNode::DeleteAllChildren() {
-    if (Children.IsEmpty()) return;
-    std::vector<CVemBaseNode*> work;
-    work.reserve(static_cast<std::size_t>(Children.GetCount()));
-    for (POSITION pos = Children.GetHeadPosition(); pos;) work.push_back(ChildAt(pos));
-    Children.RemoveAll();
-    for (std::size_t i = 0; i < work.size(); ++i) {
-        CVemBaseNode* node = work[i];
-        for (POSITION pos = node->Children.GetHeadPosition(); pos;) work.push_back(node->ChildAt(pos));
-        node->Children.RemoveAll();
-        delete node;
-        work[i] = nullptr;
+    while (!Children.IsEmpty()) {
+        auto* child = static_cast<CVemBaseNode*>(Children.RemoveHead());
+        Children.SpliceFront(child->Children);
+        delete child;
     }
 }
 
@@ -123,11 +120,11 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
         child->Parent = this;
         try {
             child->Serialize(ar);
+            Children.AddTail(child);
         } catch (...) {
             delete child;
             throw;
         }
-        Children.AddTail(child);
     }
 }
 

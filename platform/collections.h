@@ -95,6 +95,16 @@ public:
         head_ = tail_ = nullptr;
         count_ = 0;
     }
+    // Moves every link of `other` to the front of this list, in their order, without allocating.
+    void SpliceFront(LinkedList& other) {
+        if (!other.head_) return;
+        other.tail_->next = head_;
+        (head_ ? head_->prev : tail_) = other.tail_;
+        head_ = other.head_;
+        count_ += other.count_;
+        other.head_ = other.tail_ = nullptr;
+        other.count_ = 0;
+    }
     POSITION FindIndex(int index) const {
         if (index < 0 || index >= count_) return nullptr;
         Link* l = head_;

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 VEM_IMPLEMENT_DYNAMIC(CFile, CObject)
 VEM_IMPLEMENT_DYNAMIC(CMemFile, CFile)
@@ -139,7 +140,7 @@ u64 CFile::Seek(i64 offset, unsigned from) {
     if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
     i64 base = 0;
     if (from == current) base = static_cast<i64>(m_pos);
-    if (from == end) base = static_cast<i64>(GetLength());
+    if (from == end) base = static_cast<i64>(CFile::GetLength());  // the raw length, whatever a subclass reports
     const i64 target = base + offset;
     if (target < 0) VemThrowFile(CFileException::badSeek, m_strFileName);
     m_pos = static_cast<u64>(target);
@@ -182,12 +183,18 @@ CFile* CFile::Duplicate() const {
     if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
     const int fd = ::fcntl(m_fd, F_DUPFD_CLOEXEC, 0);
     if (fd < 0) ThrowErrno(m_strFileName);
-    auto* copy = new CFile();
+    std::unique_ptr<CFile> copy;
+    try {
+        copy.reset(new CFile());
+    } catch (...) {
+        ::close(fd);
+        throw;
+    }
     copy->m_fd = fd;
     copy->m_pos = m_pos;
     copy->m_closeOnDelete = true;
-    copy->m_strFileName = m_strFileName;
-    return copy;
+    copy->m_strFileName = m_strFileName;  // may run out of memory: the handle then closes itself
+    return copy.release();
 }
 
 bool CFile::GetStatus(const char* fileName, CFileStatus& status) {

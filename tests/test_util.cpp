@@ -1,5 +1,7 @@
 #include "test_util.h"
 
+#include "alloc_hook.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -26,6 +28,7 @@ MessageCapture::MessageCapture() { previous_ = VemSetMessageBoxHandler(&MessageC
 MessageCapture::~MessageCapture() { VemSetMessageBoxHandler(previous_, nullptr); }
 
 int MessageCapture::Handler(const char* text, unsigned style, void* context) {
+    AllocationPause pause;
     auto* self = static_cast<MessageCapture*>(context);
     self->texts_.emplace_back(text ? text : "");
     self->styles_.push_back(style);

@@ -1,0 +1,70 @@
+#include "alloc_hook.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+bool g_watching = false;
+long g_live = 0;
+long g_made = 0;
+long g_failAt = -1;
+
+void* Allocate(std::size_t size) {
+    if (g_watching) {
+        if (g_failAt >= 0 && g_made == g_failAt) {
+            ++g_made;  // only this one fails; later ones succeed again
+            throw std::bad_alloc();
+        }
+        ++g_made;
+        ++g_live;
+    }
+    void* p = std::malloc(size ? size : 1);
+    if (!p) throw std::bad_alloc();
+    return p;
+}
+
+void Release(void* p) {
+    if (!p) return;
+    if (g_watching) --g_live;
+    std::free(p);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* p) noexcept { Release(p); }
+void operator delete[](void* p) noexcept { Release(p); }
+void operator delete(void* p, std::size_t) noexcept { Release(p); }
+void operator delete[](void* p, std::size_t) noexcept { Release(p); }
+
+namespace vemtest {
+
+AllocationWatch::AllocationWatch() {
+    g_live = 0;
+    g_made = 0;
+    g_failAt = -1;
+    g_watching = true;
+}
+
+AllocationWatch::~AllocationWatch() {
+    g_watching = false;
+    g_failAt = -1;
+}
+
+long AllocationWatch::Live() const { return g_live; }
+
+long AllocationWatch::Made() const { return g_made; }
+
+void AllocationWatch::FailAfter(long count) { g_failAt = count < 0 ? -1 : g_made + count; }
+
+}  // namespace vemtest
+
+namespace vemtest {
+
+AllocationPause::AllocationPause() : was_(g_watching) { g_watching = false; }
+
+AllocationPause::~AllocationPause() { g_watching = was_; }
+
+}  // namespace vemtest

@@ -1,0 +1,296 @@
+// Source header file: opening and closing, the unit's kind and name, the body through Read, Write
+// and GetLength.
+#include "hfile_test_util.h"
+
+#include <unistd.h>
+
+using namespace hfiletest;
+
+namespace {
+
+const std::string kBody = "PROGRAM main\r\nEND_PROGRAM\r\n";
+
+class HFileOpen : public HFileTest {};
+
+TEST_F(HFileOpen, NewFileIsClosed) {
+    CHFile file;
+    EXPECT_EQ(file.FileName(), "--no-file-currently-open--");
+    EXPECT_EQ(file.HasHeader() | file.HeaderDisplaced() | file.CanRead() | file.CanWrite() | file.IsTypeFile(), 0);
+    EXPECT_EQ(file.BodyPosition(), 0);
+    EXPECT_EQ(file.BodyWritten(), 0);
+    EXPECT_STREQ(file.GetRuntimeClass()->m_lpszClassName, "CHFile");
+    EXPECT_EQ(file.GetRuntimeClass()->m_wSchema, 5u);
+    std::unique_ptr<CObject> made(CRuntimeClass::FromName("CHFile")->CreateObject());
+    EXPECT_TRUE(made->IsKindOf(RUNTIME_CLASS(CFile)));
+}
+
+TEST_F(HFileOpen, FlagsOfTheThreeForms) {
+    const std::string path = Put(Block({"A = 1"}) + kBody, "t.Typ");
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    EXPECT_EQ(file.CanRead(), 1);
+    EXPECT_EQ(file.CanWrite(), 0);
+    EXPECT_EQ(file.IsTypeFile(), 1);
+    EXPECT_EQ(file.HasHeader(), 1);
+    EXPECT_EQ(file.FileName(), path.c_str());
+    file.Close();
+    EXPECT_EQ(file.FileName(), "--no-file-currently-open--");
+    EXPECT_EQ(file.CanRead(), 0);
+    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+    EXPECT_EQ(file.CanRead() + file.CanWrite(), 2);
+    file.Close();
+    ASSERT_EQ(file.OpenCreate(dir_.file("new.st").c_str(), 0), 1);
+    EXPECT_EQ(file.CanRead(), 0);
+    EXPECT_EQ(file.CanWrite(), 1);
+    EXPECT_EQ(file.IsTypeFile(), 0);
+    EXPECT_EQ(file.HasHeader(), 0);
+}
+
+TEST_F(HFileOpen, UnopenableFile) {
+    const std::string missing = dir_.file("missing.st");
+    CHFile file;
+    EXPECT_EQ(file.OpenRead(missing.c_str(), 1), 0);
+    EXPECT_EQ(file.OpenUpdate(missing.c_str(), 1), 0);
+    EXPECT_EQ(file.OpenCreate(dir_.file("no/such/dir.st").c_str(), 1), 0);
+    EXPECT_EQ(file.FileName(), "--no-file-currently-open--");
+    try {
+        file.OpenRead(missing.c_str(), 0);
+        ADD_FAILURE() << "no exception";
+    } catch (const CFileException& e) {
+        EXPECT_EQ(e.m_cause, CFileException::fileNotFound);
+        EXPECT_EQ(e.m_strFileName, missing.c_str());
+    }
+    EXPECT_EQ(file.CloseChecked(0), 1);
+}
+
+TEST_F(HFileOpen, HeaderDisplacedWhenMoreThanBlockAndBody) {
+    const std::pair<std::string, int> cases[] = {
+        {Block({"A = 1"}) + kBody, 0},
+        {"junk\r\n" + Block({"A = 1"}) + kBody, 1},
+        {Block({"A = 1"}) + "(* comment *)\r\n" + kBody, 1},
+        {Block({"A = 1"}), 1},
+    };
+    for (const auto& [text, displaced] : cases) {
+        CHFile file;
+        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        EXPECT_EQ(file.HeaderDisplaced(), displaced) << text;
+    }
+}
+
+// Closes the descriptor behind the file's back, so that the platform's close fails.
+class BrokenHFile : public CHFile {
+public:
+    void LoseDescriptor() { ::close(m_fd); }
+};
+
+TEST_F(HFileOpen, CloseReportsFailureInMessageBox) {
+    vemtest::MessageCapture boxes;
+    const std::string path = Put(kBody);
+    BrokenHFile file;
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    file.LoseDescriptor();
+    file.Close();
+    ASSERT_EQ(boxes.texts().size(), 1u);
+    EXPECT_EQ(boxes.texts()[0], "Error during file-close.\nFile: " + path + "\n");
+    EXPECT_EQ(boxes.styles()[0], 0x1110u);
+    EXPECT_EQ(file.FileName(), "--no-file-currently-open--");
+    EXPECT_FALSE(file.IsOpen());
+}
+
+TEST_F(HFileOpen, CloseCheckedGivesFailureWithoutMessage) {
+    vemtest::MessageCapture boxes;
+    const std::string path = Put(kBody);
+    BrokenHFile file;
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    file.LoseDescriptor();
+    EXPECT_EQ(file.CloseChecked(1), 0);
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    file.LoseDescriptor();
+    EXPECT_EQ(CauseOf([&] { file.CloseChecked(0); }), CFileException::invalidFile);
+    EXPECT_TRUE(boxes.texts().empty());
+}
+
+class HFileUnit : public HFileTest {
+protected:
+    CString KindOf(const std::string& text) {
+        CHFile file;
+        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        return file.GetUnitKind(1);
+    }
+    CString NameOf(const std::string& text) {
+        CHFile file;
+        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        return file.GetUnitName(1);
+    }
+    int NameCause(const std::string& text) {
+        CHFile file;
+        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        return CauseOf([&] { file.GetUnitName(0); });
+    }
+};
+
+TEST_F(HFileUnit, KindIsTheFirstWord) {
+    EXPECT_EQ(KindOf(Block({"A = 1"}) + "PROGRAM p\r\n"), "PROGRAM");
+    EXPECT_EQ(KindOf("FUNCTION_BLOCK fb\r\nFUNCTION f : INT\r\n"), "FUNCTION_BLOCK");
+    EXPECT_EQ(KindOf("function f : INT\r\n"), "FUNCTION");
+    EXPECT_EQ(KindOf("TYPE t : INT; END_TYPE\r\n"), "");
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put("").c_str(), 0), 1);
+    EXPECT_EQ(CauseOf([&] { file.GetUnitKind(0); }), CFileException::genericException);
+}
+
+TEST_F(HFileUnit, NameOfEachKind) {
+    EXPECT_EQ(NameOf(Block({"A = 1"}) + "PROGRAM  main \r\n"), "main");
+    EXPECT_EQ(NameOf("FUNCTION_BLOCK\tfb1\r\n"), "fb1");
+    EXPECT_EQ(NameOf("FUNCTION f : INT\r\n"), "f");
+    EXPECT_EQ(NameOf("PROGRAM p"), "p");
+}
+
+TEST_F(HFileUnit, NameFailures) {
+    EXPECT_EQ(NameCause("FUNCTION f\r\n"), CFileException::genericException);
+    EXPECT_EQ(NameCause("PROGRAM  \r\n"), CFileException::genericException);
+    EXPECT_EQ(NameCause("FUNCTION  : INT\r\n"), CFileException::genericException);
+    EXPECT_EQ(NameCause("program p\r\n"), CFileException::genericException);
+    EXPECT_EQ(NameCause("TYPE t\r\n"), CFileException::badSeek);
+    EXPECT_EQ(NameCause(""), CFileException::badSeek);
+    const std::string longLine = "PROGRAM " + std::string(248, 'p');
+    EXPECT_EQ(NameCause(longLine.substr(0, 255) + "\r\n"), -1);
+    EXPECT_EQ(NameCause(longLine + "\r\n"), CFileException::badSeek);
+    EXPECT_EQ(NameOf(longLine + "\r\n"), "");
+}
+
+TEST_F(HFileUnit, KeywordCountsFromOffsetZero) {
+    // The word PROGRAM in a value of the block starts the body.
+    const std::string text = Block({"NAME = PROGRAM x"}) + kBody;
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    EXPECT_EQ(file.FindKeyword(), static_cast<i64>(kBegin.size() + 7));
+    EXPECT_EQ(file.GetLength(), text.size() - kBegin.size() - 7);
+}
+
+class HFileBody : public HFileTest {
+protected:
+    static std::string ReadAll(CHFile& file, unsigned piece) {
+        std::string all;
+        std::string buf(piece, '\0');
+        while (unsigned got = file.Read(buf.data(), piece)) all.append(buf, 0, got);
+        return all;
+    }
+};
+
+TEST_F(HFileBody, LengthAndReadSkipTheBlock) {
+    const std::string text = Block({"A = 1"}) + kBody;
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    EXPECT_EQ(file.GetLength(), kBody.size());
+    EXPECT_EQ(ReadAll(file, 5), kBody);
+    EXPECT_EQ(file.BodyPosition(), static_cast<i64>(text.size()));
+    EXPECT_EQ(file.GetPosition(), 0u);
+}
+
+TEST_F(HFileBody, WithoutBlockLengthFromKeyword) {
+    const std::string text = "(* c *)\r\n" + kBody;
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    EXPECT_EQ(file.GetValue("A"), "");
+    EXPECT_EQ(file.GetLength(), kBody.size());
+    EXPECT_EQ(ReadAll(file, 1000), kBody);
+}
+
+TEST_F(HFileBody, NoBodyMeansNoLengthAndBadSeek) {
+    for (const std::string& text : {std::string(), Block({"A = 1"}), std::string("TYPE t : INT;\r\n")}) {
+        CHFile file;
+        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        EXPECT_EQ(file.GetLength(), CHFile::kNoBody);
+        char c = 0;
+        EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
+        EXPECT_EQ(file.ReadChecked(&c, 1), -1);
+    }
+}
+
+TEST_F(HFileBody, TypeFileBodyStartsAtSection) {
+    const std::string text = Block({"A = [1]"}) + "(* t *)\r\n[TYPES]\r\nX=1\r\n";
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text, "types.TYP").c_str(), 0), 1);
+    EXPECT_EQ(file.GetLength(), 14u);
+    EXPECT_EQ(ReadAll(file, 3), "[TYPES]\r\nX=1\r\n");
+}
+
+TEST_F(HFileBody, TypeFileWithoutEndMarkerHasNoBody) {
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(kBegin + "A = 1\r\n[TYPES]\r\n", "t.typ").c_str(), 0), 1);
+    char c = 0;
+    EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
+}
+
+TEST_F(HFileBody, ReadNeedsReadingMode) {
+    CHFile file;
+    ASSERT_EQ(file.OpenCreate(dir_.file("n.st").c_str(), 0), 1);
+    char c = 0;
+    EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
+}
+
+TEST_F(HFileBody, WriteOnlyOncePerOpening) {
+    const std::string path = Put(Block({"A = 1"}) + kBody);
+    CHFile file;
+    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+    file.Write("PROGRAM q\r\n", 11);
+    EXPECT_EQ(file.BodyWritten(), 1);
+    try {
+        file.Write("x", 1);
+        ADD_FAILURE() << "no exception";
+    } catch (const CFileException& e) {
+        EXPECT_EQ(e.m_cause, CFileException::accessDenied);
+        EXPECT_EQ(e.m_strFileName, path.c_str());
+    }
+    EXPECT_EQ(file.WriteChecked("x", 1), 0);
+    file.Close();
+    EXPECT_EQ(Content(path), Block({"A = 1"}) + "PROGRAM q\r\n");
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    EXPECT_EQ(CauseOf([&] { file.Write("x", 1); }), CFileException::accessDenied);
+}
+
+TEST_F(HFileBody, NewFileGetsEmptyBlockThenKeys) {
+    const std::string path = dir_.file("new.st");
+    CHFile file;
+    ASSERT_EQ(file.OpenCreate(path.c_str(), 0), 1);
+    EXPECT_EQ(file.WriteChecked(kBody.data(), static_cast<unsigned>(kBody.size())), 1);
+    EXPECT_EQ(file.HasHeader(), 1);
+    EXPECT_EQ(file.SetValue("CHECK", "42"), 1);
+    file.Close();
+    EXPECT_EQ(Content(path), kBegin + "\r\nCHECK = 42\r\n" + kEnd + kBody);
+    u32 check = 0;
+    EXPECT_TRUE(VemReadCheckKey(path.c_str(), check));
+    EXPECT_EQ(check, 42u);
+}
+
+TEST_F(HFileBody, WriteMovesDisplacedBlockToStart) {
+    const std::string block = Block({"A = 1", "B = 2"});
+    const std::string path = Put("(* before *)\r\n" + block + "(* between *)\r\n" + kBody);
+    CHFile file;
+    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+    file.Write("FUNCTION f : INT\r\n", 18);
+    EXPECT_EQ(file.HeaderDisplaced(), 0);
+    file.Close();
+    EXPECT_EQ(Content(path), block + "FUNCTION f : INT\r\n");
+}
+
+TEST_F(HFileBody, WriteCompletesBlockWithoutEndMarker) {
+    const std::string path = Put(kBegin + "A = 1\r\n" + kBody);
+    CHFile file;
+    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+    file.Write("PROGRAM q\r\n", 11);
+    file.Close();
+    EXPECT_EQ(Content(path), Block({"A = 1"}) + "PROGRAM q\r\n");
+}
+
+TEST_F(HFileBody, WriteGivesEndMarkerItsLineEnd) {
+    const std::string path = Put(kBegin + "A = 1\r\n$END_ZQ_HEADER");
+    CHFile file;
+    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+    file.Write("PROGRAM q\r\n", 11);
+    file.Close();
+    EXPECT_EQ(Content(path), Block({"A = 1"}) + "PROGRAM q\r\n");
+}
+
+}  // namespace

@@ -1,0 +1,277 @@
+// Source header file: edits in place on large files keep every byte outside the edited range.
+#include "hfile_test_util.h"
+
+#include <new>
+
+#include "alloc_hook.h"
+
+using namespace hfiletest;
+using namespace std::string_literals;
+
+namespace {
+
+constexpr std::size_t kLarge = 400000;
+
+// A block, a unit line, several hundred kilobytes of body.
+std::string LargeSource(const std::string& block, const std::string& unitLine = "PROGRAM main") {
+    return block + unitLine + "\r\n" + Filler(kLarge, 7) + "END_PROGRAM\r\n";
+}
+
+const std::string kBlock = Block({"CHECK = 123", "AUTHOR = someone", "LONG = first", "second"});
+
+// A block whose line `line` starts at `offset`.
+std::string BlockWithLineAt(std::size_t offset, const std::string& line) {
+    return kBegin + PadLine(kBegin.size(), offset) + "\r\n" + line + "\r\n" + kEnd;
+}
+
+class HFileEdit : public HFileTest {
+protected:
+    // Opens `text` for update, runs the edit, closes, and gives the file's bytes.
+    template <class F>
+    std::string Edited(const std::string& text, F edit) {
+        const std::string path = Put(text);
+        CHFile file;
+        EXPECT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+        edit(file);
+        file.Close();
+        return Content(path);
+    }
+};
+
+TEST_F(HFileEdit, SetValueReplacesOnlyTheValue) {
+    const std::string text = LargeSource(kBlock);
+    const std::size_t at = text.find("123");
+    for (const std::string value : {"1234567", "9", "", "456"}) {
+        SCOPED_TRACE(value);
+        const std::string after = Edited(text, [&](CHFile& f) { EXPECT_EQ(f.SetValue("check", value.c_str()), 1); });
+        EXPECT_TRUE(after == Spliced(text, at, 3, value));
+    }
+}
+
+TEST_F(HFileEdit, SetValueReplacesFirstLineOfLongValue) {
+    const std::string text = LargeSource(kBlock);
+    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("LONG", "x"), 1); });
+    EXPECT_TRUE(after == Spliced(text, text.find("first"), 5, "x"));
+}
+
+TEST_F(HFileEdit, SetValueAddsNewKeyInFrontOfEndMarker) {
+    const std::string text = LargeSource(kBlock);
+    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("NEW", "v w"), 1); });
+    EXPECT_TRUE(after == Spliced(text, text.find(kEnd), 0, "NEW = v w\r\n"));
+}
+
+TEST_F(HFileEdit, SetValueWithoutBlockPutsOneInFront) {
+    // A body that starts within the new block's length gets room made in front of it.
+    for (const std::string& prefix : {""s, "(* c *)\r\n"s}) {
+        const std::string text = LargeSource(prefix);
+        const std::string after = Edited(text, [](CHFile& f) {
+            EXPECT_EQ(f.SetValue("CHECK", "9"), 1);
+            EXPECT_EQ(f.HasHeader(), 1);
+        });
+        EXPECT_TRUE(after == Block({"CHECK = 9"}) + text);
+    }
+    // A body that starts further in keeps its place: the block takes the bytes in front of it.
+    const std::string prefix = "(* " + std::string(300, 'c') + " *)\r\n";
+    const std::string text = LargeSource(prefix);
+    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("CHECK", "9"), 1); });
+    const std::string block = Block({"CHECK = 9"});
+    EXPECT_TRUE(after == block + text.substr(block.size()));
+}
+
+TEST_F(HFileEdit, SetValueRefusals) {
+    for (const std::string& text : {""s, "TYPE t : INT; END_TYPE\r\n"s}) {
+        const std::string after = Edited(text, [](CHFile& f) {
+            EXPECT_EQ(CauseOf([&] { f.SetValue("CHECK", "1"); }), CFileException::badSeek);
+        });
+        EXPECT_EQ(after, text);
+    }
+    // A begin marker alone gives no place for a new key.
+    const std::string open = kBegin + "A = 1\r\nPROGRAM p\r\n";
+    EXPECT_EQ(Edited(open, [](CHFile& f) { EXPECT_EQ(CauseOf([&] { f.SetValue("B", "1"); }), 1); }), open);
+    const std::string path = Put(kBlock + "PROGRAM p\r\n");
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    EXPECT_EQ(file.SetValue("CHECK", "1"), 0);
+    file.Close();
+    EXPECT_EQ(Content(path), kBlock + "PROGRAM p\r\n");
+}
+
+TEST_F(HFileEdit, SetValueOnKeyAcrossBlockBorders) {
+    for (std::size_t offset : {2040u, 2044u, 2047u, 4094u, 6140u}) {
+        SCOPED_TRACE(offset);
+        const std::string text = LargeSource(BlockWithLineAt(offset, "CHECK = 123"));
+        const std::size_t at = offset + 8;
+        EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetValue("CHECK", "77777777"); }) == Spliced(text, at, 3, "77777777"));
+        EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetValue("CHECK", "7"); }) == Spliced(text, at, 3, "7"));
+    }
+}
+
+TEST_F(HFileEdit, ZeroByteInValueLineDoesNotWidenTheEdit) {
+    const std::string block = kBegin + "CHECK = 1\0002\r\nNEXT = x\r\n"s + kEnd;
+    const std::string text = LargeSource(block);
+    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("CHECK", "5"), 1); });
+    EXPECT_TRUE(after == Spliced(text, kBegin.size() + 8, 3, "5"));
+}
+
+// text with `token` written over the bytes at offset.
+std::string WithTokenAt(std::string text, std::size_t offset, const std::string& token) {
+    return text.replace(offset, token.size(), token);
+}
+
+TEST_F(HFileEdit, ReplaceTextAtStartMiddleEndAndBorders) {
+    const std::string base = LargeSource(kBlock);
+    const std::string token = "ZZTOKENZZ";
+    for (std::size_t offset : {std::size_t{0}, std::size_t{2044}, std::size_t{2047}, std::size_t{4092},
+                               std::size_t{200001}, base.size() - token.size()}) {
+        const std::string text = WithTokenAt(base, offset, token);
+        for (const std::string& with : {""s, "short"s, "ZZTOKENZZ"s, std::string(5000, 'n')}) {
+            SCOPED_TRACE(offset);
+            SCOPED_TRACE(with.size());
+            const std::string after =
+                Edited(text, [&](CHFile& f) { EXPECT_EQ(f.ReplaceText("zztokenzz", with.c_str()), 1); });
+            EXPECT_TRUE(after == Spliced(text, offset, token.size(), with));
+        }
+    }
+}
+
+TEST_F(HFileEdit, ReplaceTextOnlyTheFirstMatch) {
+    const std::string text = "A tok B TOK C\r\n";
+    EXPECT_EQ(Edited(text, [](CHFile& f) { EXPECT_EQ(f.ReplaceText("TOK", "x"), 1); }), "A x B TOK C\r\n");
+}
+
+TEST_F(HFileEdit, ReplaceTextRefusals) {
+    const std::string text = LargeSource(kBlock);
+    EXPECT_TRUE(Edited(text, [](CHFile& f) {
+        f.Seek(100, CFile::begin);
+        EXPECT_EQ(f.ReplaceText("absent text", "x"), 0);
+        EXPECT_EQ(f.GetPosition(), 0u);
+    }) == text);
+    const std::string path = Put(text);
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+    EXPECT_EQ(file.ReplaceText("CHECK", "x"), 0);
+}
+
+TEST_F(HFileEdit, SetUnitNameKeepsFunctionReturnType) {
+    const std::string text = kBlock + "FUNCTION f : INT\r\nEND_FUNCTION\r\n";
+    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("g"), 1); });
+    EXPECT_EQ(after, kBlock + "FUNCTION G : INT\r\nEND_FUNCTION\r\n");
+}
+
+TEST_F(HFileEdit, SetUnitNameAcrossBlockBorders) {
+    for (std::size_t offset : {2030u, 2040u, 2047u, 4090u}) {
+        SCOPED_TRACE(offset);
+        const std::string block = kBegin + PadLine(kBegin.size(), offset - kEnd.size()) + "\r\n" + kEnd;
+        const std::string text = LargeSource(block, "FUNCTION_BLOCK fb_one");
+        ASSERT_EQ(text.find("FUNCTION_BLOCK"), offset);
+        const std::size_t at = text.find("FUNCTION_BLOCK");
+        EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetUnitName("Longer_Name_Of_Block"); }) ==
+                    Spliced(text, at, 21, "FUNCTION_BLOCK LONGER_NAME_OF_BLOCK"));
+        EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetUnitName("b"); }) == Spliced(text, at, 21, "FUNCTION_BLOCK B"));
+    }
+}
+
+TEST_F(HFileEdit, SetUnitNameCutsNameAndRefuses) {
+    const std::string text = LargeSource(kBlock);
+    const std::string name(80, 'q');
+    EXPECT_TRUE(Edited(text, [&](CHFile& f) { EXPECT_EQ(f.SetUnitName(name.c_str()), 1); }) ==
+                Spliced(text, kBlock.size(), 12, "PROGRAM " + std::string(64, 'Q')));
+    const std::string longLine = kBlock + "PROGRAM " + std::string(300, 'p') + "\r\n";
+    EXPECT_EQ(Edited(longLine, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), longLine);
+    const std::string noUnit = kBlock + "TYPE t : INT;\r\n";
+    EXPECT_EQ(Edited(noUnit, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), noUnit);
+    const std::string lower = kBlock + "program p\r\n";
+    EXPECT_EQ(Edited(lower, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), lower);
+}
+
+TEST_F(HFileEdit, WriteReplacesLargeBody) {
+    const std::string text = LargeSource(kBlock);
+    for (std::size_t size : {std::size_t{300000}, std::size_t{600000}, std::size_t{0}}) {
+        SCOPED_TRACE(size);
+        const std::string body = Filler(size, 3);
+        const std::string after = Edited(text, [&](CHFile& f) { f.Write(body.data(), static_cast<unsigned>(body.size())); });
+        EXPECT_TRUE(after == kBlock + body);
+    }
+}
+
+TEST_F(HFileEdit, GapAndRemovalKeepAllOtherBytes) {
+    const std::string text = LargeSource(kBlock);
+    const std::size_t size = text.size();
+    for (std::size_t at : {std::size_t{0}, std::size_t{2047}, size / 2, size - 1, size}) {
+        for (std::size_t count : {std::size_t{1}, std::size_t{3000}, std::size_t{500000}}) {
+            SCOPED_TRACE(at);
+            SCOPED_TRACE(count);
+            const std::string after = Edited(text, [&](CHFile& f) {
+                f.Seek(1234, CFile::begin);
+                EXPECT_EQ(f.InsertGap(static_cast<i64>(at), static_cast<i64>(count)), 1);
+                EXPECT_EQ(f.GetPosition(), 1234u);
+                const u64 expected = at < size ? size + count : size;
+                EXPECT_EQ(f.CFile::GetLength(), expected);
+            });
+            if (at == size) {
+                EXPECT_TRUE(after == text);
+                continue;
+            }
+            EXPECT_TRUE(after.compare(0, at, text, 0, at) == 0);
+            EXPECT_TRUE(after.compare(at + count, std::string::npos, text, at) == 0);
+            const std::string back = Edited(after, [&](CHFile& f) {
+                EXPECT_EQ(f.RemoveBytes(static_cast<i64>(at), static_cast<i64>(count)), 1);
+                EXPECT_EQ(f.GetPosition(), 0u);
+            });
+            EXPECT_TRUE(back == text);
+        }
+    }
+}
+
+TEST_F(HFileEdit, RemovalPastTheEndIsRefused) {
+    const std::string text = kBlock + "PROGRAM p\r\n";
+    EXPECT_EQ(Edited(text, [&](CHFile& f) { EXPECT_EQ(f.RemoveBytes(10, static_cast<i64>(text.size())), 0); }), text);
+    EXPECT_EQ(Edited(text, [](CHFile& f) { EXPECT_EQ(f.InsertGap(5, 0), 1); }), text);
+}
+
+// A shortage of memory at any point of an edit leaves the file whole or fully edited, and
+// leaks nothing.
+TEST_F(HFileEdit, MemoryShortageLeavesFileWhole) {
+    const std::string text = Block({"CHECK = 1"}) + "FUNCTION f : INT\r\n" + Filler(20000, 5);
+    const std::string path = Put(text);
+    struct Edit {
+        const char* what;
+        int (*run)(CHFile&);
+        std::string result;
+    };
+    const Edit edits[] = {
+        {"SetValue", [](CHFile& f) { return f.SetValue("CHECK", "123456"); }, Spliced(text, 26, 1, "123456")},
+        {"NewKey", [](CHFile& f) { return f.SetValue("NEW", "2"); }, Spliced(text, text.find(kEnd), 0, "NEW = 2\r\n")},
+        {"ReplaceText", [](CHFile& f) { return f.ReplaceText("v100 ", "w"); }, Spliced(text, text.find("v100 "), 5, "w")},
+        {"SetUnitName", [](CHFile& f) { return f.SetUnitName("longer_name"); },
+         Spliced(text, text.find("f : INT"), 1, "LONGER_NAME")},
+    };
+    for (const Edit& edit : edits) {
+        for (long k = 0;; ++k) {
+            SCOPED_TRACE(edit.what);
+            SCOPED_TRACE(k);
+            vemtest::WriteFileText(path, text);
+            int result = 0;
+            {
+                CHFile file;
+                ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+                vemtest::AllocationWatch watch;
+                watch.FailAfter(k);
+                try {
+                    result = edit.run(file);
+                } catch (const std::bad_alloc&) {
+                }
+                watch.FailAfter(-1);
+                EXPECT_EQ(watch.Live(), 0);
+            }
+            const std::string after = Content(path);
+            if (result == 1) {
+                EXPECT_TRUE(after == edit.result);
+                break;
+            }
+            EXPECT_TRUE(after == text);
+        }
+    }
+}
+
+}  // namespace

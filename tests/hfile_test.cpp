@@ -1,0 +1,209 @@
+// Source header file: finding and reading keys, the block scanner at block borders, iteration.
+#include "hfile_test_util.h"
+
+using namespace hfiletest;
+
+namespace {
+
+const std::string kBody = "PROGRAM main\r\nVAR x : INT; END_VAR\r\nEND_PROGRAM\r\n";
+
+class HFileKeys : public HFileTest {
+protected:
+    CString ValueIn(const std::string& text, const char* key) {
+        CHFile file;
+        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        CString value = file.GetValue(key);
+        file.Close();
+        return value;
+    }
+};
+
+TEST_F(HFileKeys, ValueOfKeyWhateverTheCase) {
+    EXPECT_EQ(ValueIn(Block({"CHECK = 123"}) + kBody, "CHECK"), "123");
+    EXPECT_EQ(ValueIn(Block({"CHECK = 123"}) + kBody, "check"), "123");
+    EXPECT_EQ(ValueIn(Block({"check = 123"}) + kBody, "CHECK"), "123");
+    EXPECT_EQ(ValueIn(Block({"Check = MixedValue"}) + kBody, "cHECK"), "MixedValue");
+}
+
+TEST_F(HFileKeys, KeyOnlyAtLineStartAfterBlanks) {
+    EXPECT_EQ(ValueIn(Block({"NOTE CHECK = 1"}) + kBody, "CHECK"), "");
+    EXPECT_EQ(ValueIn(Block({"NOTE = text CHECK = 1", "CHECK = 2"}) + kBody, "CHECK"), "2");
+    EXPECT_EQ(ValueIn(Block({" \t CHECK = 5"}) + kBody, "CHECK"), "5");
+    // Part of a longer key is no match either.
+    EXPECT_EQ(ValueIn(Block({"XCHECK = 1"}) + kBody, "CHECK"), "");
+}
+
+TEST_F(HFileKeys, ContinuationLinesJoinWithLineEnds) {
+    EXPECT_EQ(ValueIn(Block({"KEY = A", "B"}) + kBody, "KEY"), "A\r\nB");
+    EXPECT_EQ(ValueIn(Block({"KEY = A", "B", "C", "NEXT = D"}) + kBody, "KEY"), "A\r\nB\r\nC");
+    EXPECT_EQ(ValueIn(Block({"KEY = A", "NEXT = D", "E"}) + kBody, "NEXT"), "D\r\nE");
+    // An end marker behind blanks still ends the value.
+    EXPECT_EQ(ValueIn(kBegin + "KEY = A\r\n  " + kEnd + kBody, "KEY"), "A");
+}
+
+TEST_F(HFileKeys, EmptyOrMissingGivesEmptyText) {
+    EXPECT_EQ(ValueIn(Block({"KEY = "}) + kBody, "KEY"), "");
+    EXPECT_EQ(ValueIn(Block({"KEY = 1"}) + kBody, "OTHER"), "");
+    EXPECT_EQ(ValueIn(kBody, "KEY"), "");
+    EXPECT_EQ(ValueIn("", "KEY"), "");
+    // Behind the end marker a key line does not count.
+    EXPECT_EQ(ValueIn(Block({"A = 1"}) + "CHECK = 9\r\n" + kBody, "CHECK"), "");
+    // A begin marker alone is a header without an end.
+    EXPECT_EQ(ValueIn(kBegin + "CHECK = 9\r\n" + kBody, "CHECK"), "");
+    // The value's line has no end.
+    EXPECT_EQ(ValueIn(kBegin + "CHECK = 9", "CHECK"), "");
+}
+
+TEST_F(HFileKeys, BlockNeedNotStandAtTheStart) {
+    const std::string text = "(* leading comment *)\r\n" + Block({"CHECK = 77"}) + kBody;
+    EXPECT_EQ(ValueIn(text, "CHECK"), "77");
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    EXPECT_EQ(file.HasHeader(), 1);
+    EXPECT_EQ(file.HeaderDisplaced(), 1);
+    EXPECT_EQ(file.FindBegin(), 23);
+}
+
+TEST_F(HFileKeys, ZeroByteEndsTheTextOfItsBlock) {
+    // The zero hides the rest of its 2048 bytes: no block, no body.
+    const std::string text = std::string("(*\0*)\r\n", 7) + Block({"CHECK = 1"}) + kBody;
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    EXPECT_EQ(file.HasHeader(), 0);
+    EXPECT_EQ(file.GetValue("CHECK"), "");
+    char c = 0;
+    EXPECT_EQ(file.ReadChecked(&c, 1), -1);
+    file.Close();
+    // Behind the body's start a zero is read as any other byte.
+    const std::string withZero = Block({"CHECK = 1"}) + kBody + std::string("\0tail", 5);
+    ASSERT_EQ(file.OpenRead(Put(withZero).c_str(), 0), 1);
+    EXPECT_EQ(file.GetValue("CHECK"), "1");
+    std::string body(200, '\0');
+    body.resize(file.Read(body.data(), 200));
+    EXPECT_EQ(body, kBody + std::string("\0tail", 5));
+}
+
+TEST_F(HFileKeys, OnlyFileOpenForReadingGivesValues) {
+    const std::string path = Put(Block({"CHECK = 1"}) + kBody);
+    CHFile file;
+    ASSERT_EQ(file.OpenCreate(dir_.file("other.st").c_str(), 0), 1);
+    EXPECT_EQ(file.GetValue("CHECK"), "");
+    file.Close();
+    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+    EXPECT_EQ(file.GetValue("CHECK"), "1");
+}
+
+// A block whose CHECK line starts at `offset`, padded by one long key line.
+std::string BlockWithCheckAt(std::size_t offset, const std::string& checkLine = "CHECK = 123") {
+    return kBegin + PadLine(kBegin.size(), offset) + "\r\n" + checkLine + "\r\n" + kEnd + kBody;
+}
+
+TEST_F(HFileKeys, KeyAcrossBlockBorders) {
+    for (std::size_t offset : {2030u, 2040u, 2043u, 2044u, 2047u, 2048u, 2049u, 4090u, 4093u, 6140u}) {
+        SCOPED_TRACE(offset);
+        EXPECT_EQ(ValueIn(BlockWithCheckAt(offset), "CHECK"), "123");
+    }
+}
+
+TEST_F(HFileKeys, LineStartSeenAcrossBorders) {
+    // Blanks before the key on both sides of a border, more than the look-behind holds.
+    for (std::size_t offset : {1900u, 1950u, 1990u, 2040u}) {
+        SCOPED_TRACE(offset);
+        EXPECT_EQ(ValueIn(BlockWithCheckAt(offset, std::string(150, ' ') + "CHECK = 3"), "CHECK"), "3");
+    }
+    // Text in the middle of a line stays no key where a later block begins with it.
+    for (std::size_t offset = 1970; offset < 1990; ++offset) {
+        SCOPED_TRACE(offset);
+        const std::string line = "NOTE = x" + std::string(offset - kBegin.size() - 8, 'y');
+        const std::string text = kBegin + line + "CHECK = 1" + std::string(200, 'z') + "\r\nCHECK = 2\r\n" + kEnd + kBody;
+        EXPECT_EQ(ValueIn(text, "CHECK"), "2");
+    }
+}
+
+TEST_F(HFileKeys, ScannerFindsEarliestAndPrefersEarlierNeedle) {
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put("abc FUNCTION_BLOCK x FUNCTION y").c_str(), 0), 1);
+    const std::string_view needles[] = {"function", "FUNCTION_BLOCK", "x"};
+    CHFileMatch match;
+    EXPECT_EQ(file.FindFirst(0, needles, false, CHFile::kNoLimit, match), 1);
+    EXPECT_EQ(match.found, 1);
+    EXPECT_EQ(match.position, 4);
+    EXPECT_EQ(match.index, 0);
+    EXPECT_EQ(file.FindFirst(5, needles, false, CHFile::kNoLimit, match), 1);
+    EXPECT_EQ(match.position, 19);
+    EXPECT_EQ(match.index, 2);
+    // A match above the limit is none.
+    EXPECT_EQ(file.FindFirst(0, needles, false, 3, match), 1);
+    EXPECT_EQ(match.found, 0);
+    EXPECT_EQ(match.position, -1);
+    EXPECT_EQ(match.index, -1);
+}
+
+TEST_F(HFileKeys, LineAndEqualsDistances) {
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put("AB = C\r\nlast").c_str(), 0), 1);
+    EXPECT_EQ(file.LineLength(0), 6);
+    EXPECT_EQ(file.DistanceToEquals(0), 2);
+    EXPECT_EQ(file.LineLength(8), -1);
+    EXPECT_EQ(file.DistanceToEquals(3), -1);
+    EXPECT_EQ(file.DistanceToEquals(0, 1), -1);
+}
+
+TEST_F(HFileKeys, IteratorGoesThroughKeysInFileOrder) {
+    const std::string text = Block({"A = 1", "continued", "", "  B  = 2", "C = 3"}) + kBody;
+    CHFile file;
+    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    std::vector<std::string> keys;
+    for (CHFileKeyIterator it(&file); it.IsValid(); it.Next()) keys.push_back(it.GetKey().str());
+    EXPECT_EQ(keys, (std::vector<std::string>{"A", "B", "C"}));
+}
+
+TEST_F(HFileKeys, IteratorWithoutCompleteBlockHasNoKeys) {
+    for (const std::string& text : {kBody, kBegin + "A = 1\r\n" + kBody, Block({}) + kBody}) {
+        CHFile file;
+        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+        CHFileKeyIterator it(&file);
+        EXPECT_EQ(it.IsValid(), 0);
+        EXPECT_EQ(it.GetKey(), "");
+    }
+}
+
+class HFileCheckKey : public HFileTest {};
+
+TEST_F(HFileCheckKey, NumberOfTheCheckKey) {
+    u32 value = 5;
+    EXPECT_TRUE(VemReadCheckKey(Put(Block({"CHECK = 123"}) + kBody).c_str(), value));
+    EXPECT_EQ(value, 123u);
+    EXPECT_TRUE(VemReadCheckKey(Put(Block({"CHECK =  -42abc"}) + kBody).c_str(), value));
+    EXPECT_EQ(value, static_cast<u32>(-42));
+}
+
+TEST_F(HFileCheckKey, NoBlockOrNoKeyGivesZero) {
+    u32 value = 5;
+    EXPECT_TRUE(VemReadCheckKey(Put(kBody).c_str(), value));
+    EXPECT_EQ(value, 0u);
+    value = 5;
+    EXPECT_TRUE(VemReadCheckKey(Put(Block({"OTHER = 1"}) + kBody).c_str(), value));
+    EXPECT_EQ(value, 0u);
+}
+
+TEST_F(HFileCheckKey, UnreadableFileLeavesValue) {
+    u32 value = 5;
+    EXPECT_FALSE(VemReadCheckKey(dir_.file("missing.st").c_str(), value));
+    EXPECT_FALSE(VemReadCheckKey(dir_.path().c_str(), value));
+    EXPECT_EQ(value, 5u);
+}
+
+TEST(HFileCheckValue, ParsesLeadingSignedDecimal) {
+    EXPECT_EQ(VemParseCheckValue("123"), 123u);
+    EXPECT_EQ(VemParseCheckValue(" \t+7x"), 7u);
+    EXPECT_EQ(VemParseCheckValue("-1"), 0xFFFFFFFFu);
+    EXPECT_EQ(VemParseCheckValue("12 34"), 12u);
+    EXPECT_EQ(VemParseCheckValue("x12"), 0u);
+    EXPECT_EQ(VemParseCheckValue("-"), 0u);
+    EXPECT_EQ(VemParseCheckValue(""), 0u);
+    EXPECT_EQ(VemParseCheckValue(nullptr), 0u);
+    EXPECT_EQ(VemParseCheckValue("4294967297"), 1u);
+}
+
+}  // namespace

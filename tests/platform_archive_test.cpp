@@ -1,0 +1,249 @@
+// The archive's encodings: strings, counts, schema words, object references.
+#include "node/basenode.h"
+#include "test_util.h"
+
+using vemtest::Bytes;
+
+namespace {
+
+std::vector<u8> Store(const std::function<void(CArchive&)>& write) {
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        write(ar);
+        ar.Close();
+    }
+    return file.Detach();
+}
+
+// A serializable class of the tests' own, to watch the object numbering.
+class CTestItem : public CObject {
+    VEM_DECLARE_SERIAL(CTestItem)
+public:
+    u16 value = 0;
+    void Serialize(CArchive& ar) override {
+        if (ar.IsStoring()) {
+            ar << value;
+        } else {
+            ar >> value;
+        }
+    }
+};
+VEM_IMPLEMENT_SERIAL(CTestItem, CObject, 5)
+
+}  // namespace
+
+TEST(ArchiveStrings, LengthPrefixesByLength) {
+    auto prefix = [](std::size_t n) {
+        std::vector<u8> bytes = Store([n](CArchive& ar) { ar << CString(std::string(n, 'x')); });
+        return std::vector<u8>(bytes.begin(), bytes.end() - static_cast<long>(n));
+    };
+    EXPECT_EQ(prefix(0), (std::vector<u8>{0x00}));
+    EXPECT_EQ(prefix(254), (std::vector<u8>{0xFE}));
+    EXPECT_EQ(prefix(255), (std::vector<u8>{0xFF, 0xFF, 0x00}));
+    EXPECT_EQ(prefix(0xFFFD), (std::vector<u8>{0xFF, 0xFD, 0xFF}));
+    EXPECT_EQ(prefix(0xFFFE), (std::vector<u8>{0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0x00, 0x00}));
+}
+
+TEST(ArchiveStrings, RoundTripOfEveryPrefixForm) {
+    for (std::size_t n : {0u, 1u, 254u, 255u, 0xFFFDu, 0xFFFEu, 0x10005u}) {
+        const std::string text(n, 'q');
+        CMemFile file(Store([&](CArchive& ar) { ar << CString(text) << CString("tail"); }));
+        CArchive ar(&file, CArchive::load);
+        EXPECT_EQ(ar.ReadString().str(), text);
+        EXPECT_EQ(ar.ReadString(), "tail");
+    }
+}
+
+TEST(ArchiveStrings, SixteenBitCharactersAreReadAsEightBit) {
+    Bytes b;
+    b.u8_(0xFF).u16_(0xFFFE).u8_(3);      // 16-bit form, three units
+    b.u16_('A').u16_(0xFC).u16_(0x263A);  // 'A', u-umlaut, a character beyond 8 bits
+    CMemFile file(b.v);
+    CArchive ar(&file, CArchive::load);
+    EXPECT_EQ(ar.ReadString(), "A\xFC?");
+}
+
+TEST(ArchiveStrings, HostileLengthFailsAsEndOfFileWithoutAllocating) {
+    Bytes b;
+    b.u8_(0xFF).u16_(0xFFFF).u32_(0xFFFFFFFF).u32_(0).u32_(0x100);  // 2^40 characters
+    CMemFile file(b.v);
+    CArchive ar(&file, CArchive::load);
+    try {
+        ar.ReadString();
+        FAIL() << "no exception";
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::endOfFile);
+    }
+}
+
+TEST(ArchiveCounts, SixteenBitsOrEscapedToThirtyTwo) {
+    EXPECT_EQ(Store([](CArchive& ar) { ar.WriteCount(0xFFFE); }), (std::vector<u8>{0xFE, 0xFF}));
+    EXPECT_EQ(Store([](CArchive& ar) { ar.WriteCount(0xFFFF); }),
+              (std::vector<u8>{0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x00}));
+    CMemFile file(Store([](CArchive& ar) { ar.WriteCount(0x12345); }));
+    CArchive ar(&file, CArchive::load);
+    EXPECT_EQ(ar.ReadCount(), 0x12345u);
+}
+
+TEST(ArchiveNumbers, LittleEndianWithoutPadding) {
+    EXPECT_EQ(Store([](CArchive& ar) { ar << u8(0x01) << u16(0x0302) << u32(0x07060504) << i32(-1); }),
+              (std::vector<u8>{1, 2, 3, 4, 5, 6, 7, 0xFF, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST(ArchiveDirection, WrongDirectionRaisesItsCause) {
+    CMemFile file;
+    CArchive store(&file, CArchive::store);
+    u16 w = 0;
+    try {
+        store >> w;
+        FAIL();
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::writeOnly);
+    }
+    CMemFile input(std::vector<u8>{1, 2});
+    CArchive load(&input, CArchive::load);
+    try {
+        load << w;
+        FAIL();
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::readOnly);
+    }
+}
+
+TEST(ArchiveDirection, ShortFileRaisesEndOfFile) {
+    CMemFile file(std::vector<u8>{1});
+    CArchive ar(&file, CArchive::load);
+    u16 w = 0;
+    try {
+        ar >> w;
+        FAIL();
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::endOfFile);
+    }
+}
+
+TEST(ArchiveSchema, WordAboveCurrentVersionIsRefused) {
+    CMemFile file(std::vector<u8>{0x03, 0x00, 0x04, 0x00});
+    CArchive ar(&file, CArchive::load);
+    EXPECT_EQ(VemSerializeSchema(ar, 3), 3);
+    try {
+        VemSerializeSchema(ar, 3);
+        FAIL();
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::badIndex);
+    }
+}
+
+TEST(ArchiveObjects, ClassesAndObjectsShareOneNumbering) {
+    CTestItem a, b;
+    a.value = 0x1111;
+    b.value = 0x2222;
+    std::vector<u8> bytes = Store([&](CArchive& ar) {
+        ar.WriteObject(&a);
+        ar.WriteObject(&b);
+        ar.WriteObject(&a);
+        ar.WriteObject(nullptr);
+    });
+    Bytes expected;
+    expected.u16_(0xFFFF).u16_(5).u16_(9);  // new class: schema, name length
+    for (char c : std::string("CTestItem")) expected.u8_(static_cast<u8>(c));
+    expected.u16_(0x1111);                  // object 2, behind class 1
+    expected.u16_(0x8001).u16_(0x2222);     // class 1 seen before, object 3
+    expected.u16_(0x0002);                  // object 2 again
+    expected.u16_(0x0000);                  // null
+    EXPECT_EQ(bytes, expected.v);
+
+    CMemFile file(bytes);
+    CArchive ar(&file, CArchive::load);
+    auto* ra = static_cast<CTestItem*>(ar.ReadObject(RUNTIME_CLASS(CTestItem)));
+    auto* rb = static_cast<CTestItem*>(ar.ReadObject(RUNTIME_CLASS(CTestItem)));
+    EXPECT_EQ(ar.ReadObject(RUNTIME_CLASS(CTestItem)), ra);
+    EXPECT_EQ(ar.ReadObject(nullptr), nullptr);
+    EXPECT_EQ(ra->value, 0x1111);
+    EXPECT_EQ(rb->value, 0x2222);
+    delete ra;
+    delete rb;
+}
+
+TEST(ArchiveObjects, BadReferencesRaiseTheirCauses) {
+    auto causeOf = [](const std::vector<u8>& bytes, const CRuntimeClass* asked) {
+        CMemFile file(bytes);
+        CArchive ar(&file, CArchive::load);
+        try {
+            delete ar.ReadObject(asked);
+        } catch (const CArchiveException& e) {
+            return e.m_cause;
+        }
+        return -1;
+    };
+    auto newClass = [](const std::string& name, u16 schema) {
+        Bytes b;
+        b.u16_(0xFFFF).u16_(schema).u16_(static_cast<unsigned>(name.size()));
+        for (char c : name) b.u8_(static_cast<u8>(c));
+        b.u16_(7);
+        return b.v;
+    };
+    EXPECT_EQ(causeOf(newClass("CNoSuchClass", 5), nullptr), CArchiveException::badClass);
+    EXPECT_EQ(causeOf(newClass("CTestItem", 4), nullptr), CArchiveException::badSchema);
+    EXPECT_EQ(causeOf(newClass("CTestItem", 5), RUNTIME_CLASS(CVemBaseNode)), CArchiveException::badClass);
+    EXPECT_EQ(causeOf(newClass(std::string(64, 'C'), 5), nullptr), CArchiveException::badClass);
+    EXPECT_EQ(causeOf({0x05, 0x00}, nullptr), CArchiveException::badIndex);
+    EXPECT_EQ(causeOf({0x03, 0x80}, nullptr), CArchiveException::badIndex);
+    EXPECT_EQ(causeOf(newClass("CTestItem", 5), RUNTIME_CLASS(CTestItem)), -1);
+}
+
+TEST(ArchiveObjects, BigNumbersUseTheEscape) {
+    // Numbers of 0x7FFF and above go as 7FFF and 32 bits; a class number gets the high bit there.
+    std::vector<CTestItem> many(0x8000);  // class 1, objects 2 .. 0x8001
+    CDWordArray first, second;            // class 0x8002, objects 0x8003 and 0x8004
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        for (CTestItem& item : many) ar.WriteObject(&item);
+        ar.WriteObject(&many[0x7FFD]);  // object 0x7FFF
+        ar.WriteObject(&first);
+        ar.WriteObject(&second);
+        ar.Close();
+    }
+    const std::vector<u8>& bytes = file.Data();
+    Bytes expected;
+    expected.u16_(0x7FFF).u32_(0x7FFF);                  // object 0x7FFF
+    expected.u16_(0xFFFF).u16_(0).u16_(11);              // new class CDWordArray, schema 0
+    for (char c : std::string("CDWordArray")) expected.u8_(static_cast<u8>(c));
+    expected.u16_(0);                                    // its record: count 0
+    expected.u16_(0x7FFF).u32_(0x80008002).u16_(0);      // known class 0x8002, count 0
+    EXPECT_EQ(std::vector<u8>(bytes.end() - static_cast<long>(expected.v.size()), bytes.end()), expected.v);
+
+    CMemFile again(bytes);
+    CArchive ar(&again, CArchive::load);
+    std::vector<CObject*> read;
+    for (int i = 0; i < 0x8000; ++i) read.push_back(ar.ReadObject(RUNTIME_CLASS(CTestItem)));
+    EXPECT_EQ(ar.ReadObject(RUNTIME_CLASS(CTestItem)), read[0x7FFD]);
+    CObject* a = ar.ReadObject(RUNTIME_CLASS(CDWordArray));
+    CObject* b = ar.ReadObject(RUNTIME_CLASS(CDWordArray));
+    EXPECT_NE(a, nullptr);
+    EXPECT_NE(b, nullptr);
+    EXPECT_NE(a, b);
+    delete a;
+    delete b;
+    for (CObject* o : read) delete o;
+}
+
+TEST(ArchiveObjects, NestingIsBounded) {
+    // A chain of nodes each holding the next as its first child, deeper than the bound.
+    Bytes b;
+    const int depth = CArchive::kMaxDepth + 10;
+    for (int i = 0; i < depth; ++i) {
+        b.u16_(0).u8_(1).u8_(1).u8_(0).u32_(0).u8_(0).u16_(1).u8_(1);
+    }
+    CMemFile file(b.v);
+    CArchive ar(&file, CArchive::load);
+    CVemBaseNode root;
+    try {
+        root.Serialize(ar);
+        FAIL();
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::genericException);
+    }
+}
