@@ -1,11 +1,14 @@
 // Unit records in node files: the golden record of a function, the tails of the three kinds, what
 // a load gives back, and damaged records.
+#include "alloc_hook.h"
 #include "test_util.h"
 #include "units/pou.h"
 #include "variables/struct.h"
 #include "vem_bytearray.h"
 
+using vemtest::AllocationWatch;
 using vemtest::Bytes;
+using vemtest::MessageCapture;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
 using vemtest::WriteFileBytes;
@@ -271,8 +274,59 @@ TEST(UnitsFile, EveryCutOfATreeOfUnitsFailsTheLoadWithoutALeak) {
     const std::vector<u8> full = ReadFileBytes(dir.file("full.vem"));
     for (std::size_t length = 27; length < full.size(); ++length) {
         WriteFileBytes(dir.file("cut.vem"), std::vector<u8>(full.begin(), full.begin() + length));
+        AllocationWatch watch;
         EXPECT_EQ(VemLoadNode(dir.file("cut.vem").c_str()), nullptr) << length;
+        EXPECT_EQ(watch.Live(), 0) << length;
     }
+}
+
+TEST(UnitsFile, MemoryShortageAtAnyPointOfALoadLeavesNothingBehind) {
+    TempDir dir;
+    CVemBaseNode* program = RichProgram();
+    ASSERT_EQ(VemWriteNode(program, dir.file("full.vem").c_str()), 1);
+    VemDeleteNode(program);
+    MessageCapture messages;
+    for (long k = 0;; ++k) {
+        AllocationWatch watch;
+        watch.FailAfter(k);
+        CVemBaseNode* loaded = nullptr;
+        try {
+            loaded = VemLoadNode(dir.file("full.vem").c_str());
+        } catch (const std::bad_alloc&) {
+            continue;  // opening the file is not guarded: the shortage passes to the caller there
+        }
+        if (loaded) {
+            VemDeleteNode(loaded);
+            break;
+        }
+        EXPECT_EQ(watch.Live(), 0) << k;
+    }
+    EXPECT_FALSE(messages.texts().empty());
+}
+
+TEST(UnitsFile, MemoryShortageAtAnyPointOfACloneLeavesNothingBehind) {
+    CVemBaseNode* program = RichProgram();
+    CVemByteArray data;
+    VemSetDataSegmentPtr(program, &data);
+    for (long k = 0;; ++k) {
+        AllocationWatch watch;
+        watch.FailAfter(k);
+        CVemBaseNode* clone = nullptr;
+        try {
+            clone = VemClone(program);
+        } catch (const std::bad_alloc&) {
+        } catch (const CMemoryException&) {
+        }
+        watch.FailAfter(-1);
+        if (clone) {
+            EXPECT_EQ(clone->Children.GetCount(), 4);
+            VemDeleteNode(clone);
+            EXPECT_EQ(watch.Live(), 0) << k;
+            break;
+        }
+        EXPECT_EQ(watch.Live(), 0) << k;
+    }
+    VemDeleteNode(program);
 }
 
 TEST(UnitsFile, NewerRecordVersionsInsideAUnitFailTheLoad) {
