@@ -2,11 +2,17 @@
 #pragma once
 
 #include "vem32_types.h"
+#include "vem_bytearray.h"
+#include "vem_dc.h"
+#include "vem_evem.h"
 #include "vem_node.h"
 #include "vem_plain.h"
+#include "vem_segtbl.h"
 #include "vem_settings.h"
 
-// The node base, so that callers may cast the elements of a child list.
+// Class definitions that callers reach: the node base (so that the elements of a child list can
+// be cast), the statement base, and the exported classes.
+#include "download/download.h"
 #include "node/basenode.h"
 // The statement list of a unit, whose members callers call directly.
 #include "units/statlist.h"

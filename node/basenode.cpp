@@ -48,6 +48,7 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
 CVemBaseNode::~CVemBaseNode() { DeleteAllChildren(); }
 
 void CVemBaseNode::ApplyTypeRules() {
+    m_geometry = &GeometryOf(NodeType);
     switch (NodeType) {
         case kVemVariableNode:
         case kVemTaskNode:

@@ -60,15 +60,20 @@ public:
     CPoint ChildStart;
     CPoint ChildAnchor;
 
-    // Geometry relative to the node's origin, fixed by the node type.
+    // Geometry relative to the node's origin, fixed by the node type when the node is made; a
+    // load that reads another type into NodeType keeps it.
     struct Geometry {
         CPoint LineEnd, SymbolPos, SymbolSize, ElbowPoint, IconLineEnd, IconPos, TextPos;
     };
-    const Geometry& GetGeometry() const;
+    const Geometry& GetGeometry() const { return *m_geometry; }
+    static const Geometry& GeometryOf(u32 nodeType);
 
 protected:
-    // HasSymbol and the forced Expanded of executable and project nodes, by node type.
+    // HasSymbol, the forced Expanded of executable and project nodes, and the geometry, by node type.
     void ApplyTypeRules();
+
+private:
+    const Geometry* m_geometry = &GeometryOf(NodeType);
 };
 
 // Running serial of nodes made by VemNewNode and by the copy of a clone.

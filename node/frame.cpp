@@ -3,12 +3,13 @@
 #include <vector>
 
 #include "node/basenode.h"
+#include "node/resources.h"
 #include "vem_node.h"
 #include "vem_plain.h"
 
 namespace {
 
-// The library's module: the handle through which hosts reach its bitmaps and icons.
+// The object that InitVem32 gives a host with a module state of its own: opaque to the caller.
 struct ModuleRecord {
     const char* name;
 };
@@ -43,7 +44,8 @@ void InitVem() {}
 
 void* InitVem32() { return &g_module; }
 
-void* GetResourceHandleVemDll() { return &g_module; }
+// The module through which the library's bitmaps and icons are found.
+void* GetResourceHandleVemDll() { return &VemLibraryResources(); }
 
 u16 VemComputeChecksumForBuffer(const u8* buffer, u32 length, u16 seed) {
     if (!buffer || length == 0) return seed;

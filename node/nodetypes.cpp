@@ -1,6 +1,8 @@
 // VemNewNode: the class of each node type, and what its constructor is given.
 #include "node/basenode.h"
 #include "node/nodefile.h"
+#include "project/project.h"
+#include "project/tasks.h"
 #include "units/pou.h"
 #include "variables/struct.h"
 #include "vem_node.h"
@@ -15,6 +17,11 @@ CVemBaseNode* VemNewNode(tVemNodeType type) {
         case kVemFunctionNode: node = new CVemFunctionNode(CString(), CString(), CString()); break;
         case kVemStructNode: node = new CVemStructNode(CString(), 0, 0, 10); break;
         case kVemFbInstanceNode: node = new CVemFbInstanceNode(CString(), 0, CString()); break;
+        case kVemTaskNode: node = new CVemTaskNode(CString()); break;
+        case kVemResourceNode: node = new CVemResourceNode(CString()); break;
+        case kVemConfigNode: node = new CVemConfigNode(CString()); break;
+        case kVemProjectNode: node = new CVemProjectNode(CString()); break;
+        case kVemTaskContainerNode: node = new CVemTaskContainerNode(); break;
         default: return nullptr;
     }
     node->Serial = VemTakeNextSerial();

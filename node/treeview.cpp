@@ -1,6 +1,7 @@
 // The tree view: painting into the host's device context, hit tests, and stepping through the
 // shown nodes with the cursor keys.
 #include "node/basenode.h"
+#include "node/resources.h"
 
 namespace {
 
@@ -9,15 +10,14 @@ CVemBaseNode* g_prevNode = nullptr;
 int g_nextFound = 0;
 
 constexpr COLORREF kSelectedBackground = 0x0000FFFF;  // yellow
-constexpr unsigned kIconExpanded = 102;
-constexpr unsigned kIconCollapsed = 113;
 
 }  // namespace
 
-const CVemBaseNode::Geometry& CVemBaseNode::GetGeometry() const {
+//                      LineEnd  SymbolPos SymbolSize ElbowPoint IconLineEnd IconPos  TextPos
+const CVemBaseNode::Geometry& CVemBaseNode::GeometryOf(u32 nodeType) {
     static const Geometry normal{{0, 5}, {-4, 5}, {5, 14}, {4, 9}, {9, 9}, {9, 4}, {30, 25}};
     static const Geometry top{{0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {21, 21}};
-    return (NodeType == kVemExeNode || NodeType == kVemProjectNode) ? top : normal;
+    return (nodeType == kVemExeNode || nodeType == kVemProjectNode) ? top : normal;
 }
 
 void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selected) {
@@ -29,7 +29,7 @@ void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selec
         SymbolRect.top = origin.y + g.SymbolPos.y - 2;
         SymbolRect.right = SymbolRect.left + g.SymbolSize.x + 2;
         SymbolRect.bottom = SymbolRect.top + g.SymbolSize.y + 2;
-        dc->DrawIcon(origin + g.SymbolPos, Expanded ? kIconExpanded : kIconCollapsed);
+        dc->DrawIcon(origin + g.SymbolPos, Expanded ? kVemIconExpanded : kVemIconCollapsed);
     } else {
         dc->LineTo(CPoint(origin.x + g.LineEnd.x, origin.y + g.ElbowPoint.y));
         dc->LineTo(origin + g.ElbowPoint);

@@ -337,7 +337,11 @@ void CArchive::WriteObject(const CObject* object) {
     const_cast<CObject*>(object)->Serialize(*this);
 }
 
-CObject* CArchive::ReadObject(const CRuntimeClass* asked) {
+CObject* CArchive::ReadObject(const CRuntimeClass* asked) { return ReadObjectImpl(asked, true); }
+
+CObject* CArchive::ReadOwnedObject(const CRuntimeClass* asked) { return ReadObjectImpl(asked, false); }
+
+CObject* CArchive::ReadObjectImpl(const CRuntimeClass* asked, bool allowBackReference) {
     DepthGuard depth(*this);
     if (m_loadArray.empty()) m_loadArray.push_back({nullptr, nullptr});  // number 0 is null
 
@@ -376,6 +380,7 @@ CObject* CArchive::ReadObject(const CRuntimeClass* asked) {
         if (!cls) VemThrowArchive(CArchiveException::badClass, FileName());
     } else {
         if (index >= m_loadArray.size()) VemThrowArchive(CArchiveException::badIndex, FileName());
+        if (index != 0 && !allowBackReference) VemThrowArchive(CArchiveException::badIndex, FileName());
         const LoadEntry& e = m_loadArray[index];
         if (index != 0 && e.cls && !e.object) VemThrowArchive(CArchiveException::badIndex, FileName());
         if (e.object && asked && !e.object->IsKindOf(asked)) VemThrowArchive(CArchiveException::badClass, FileName());

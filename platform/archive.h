@@ -90,6 +90,10 @@ public:
     void WriteObject(const CObject* object);
     // Makes the object by its class name; the class must derive from `asked` (null: any class).
     CObject* ReadObject(const CRuntimeClass* asked);
+    // As ReadObject, for a record that owns what it reads: only null or a new object is accepted, and
+    // a reference back to an object read before is a corrupt file (cause 5). So no object gets two
+    // owners, and no reference reaches an object that its owner has deleted during the load.
+    CObject* ReadOwnedObject(const CRuntimeClass* asked);
 
     // Counts nesting during a load; deeper than kMaxDepth fails as a corrupt file.
     class DepthGuard {
@@ -129,6 +133,7 @@ private:
     void FlushBuffer();
     void FillAtLeast(std::size_t count);  // raises end of file if the file has less
     u64 ReadStringLength(bool& wide);
+    CObject* ReadObjectImpl(const CRuntimeClass* asked, bool allowBackReference);
 
     CFile* m_file;
     bool m_loading;

@@ -21,14 +21,16 @@ namespace {
     VemThrowFile(CFileException::OsErrorToCause(err), name, err);
 }
 
+bool HasDrive(const std::string& s) {
+    return s.size() >= 2 && s[1] == ':' && ((s[0] >= 'A' && s[0] <= 'Z') || (s[0] >= 'a' && s[0] <= 'z'));
+}
+
 }  // namespace
 
 CString VemHostPath(const char* name) {
     CString path(name);
     std::string& s = path.str();
-    if (s.size() >= 2 && s[1] == ':' && ((s[0] >= 'A' && s[0] <= 'Z') || (s[0] >= 'a' && s[0] <= 'z'))) {
-        s.erase(0, 2);
-    }
+    if (HasDrive(s)) s.erase(0, 2);
     std::replace(s.begin(), s.end(), '\\', '/');
     return path;
 }
@@ -37,7 +39,7 @@ VemPathParts VemSplitPath(const char* path) {
     VemPathParts parts;
     std::string s = path ? path : "";
     std::size_t pos = 0;
-    if (s.size() >= 2 && s[1] == ':') {
+    if (HasDrive(s)) {
         parts.drive = CString(s.substr(0, 2));
         pos = 2;
     }
@@ -57,6 +59,8 @@ VemPathParts VemSplitPath(const char* path) {
     }
     return parts;
 }
+
+bool VemMakeDirectory(const char* name) { return ::mkdir(VemHostPath(name), 0777) == 0; }
 
 // ---- CFile -----------------------------------------------------------------------------------------
 

@@ -98,14 +98,17 @@ private:
     std::vector<u8> m_data;
 };
 
-// Paths. Names inside node files keep the Windows form (drive letter, backslashes); where the
-// library opens or makes a file on this host, VemHostPath turns such a name into a host path:
-// every backslash becomes a slash, and a drive prefix such as "C:" is dropped, so that
-// "C:\PRJ\a.obj" is "/PRJ/a.obj" and "D\FILE12" is "D/FILE12".
+// Paths. Names that the library stores keep the Windows form in which callers give them (drive
+// letter, backslashes), in node files and in memory alike. Only where the library touches the host's
+// file system (open, status, remove, rename, make a directory) does it turn such a name into a host
+// path, through VemHostPath and nowhere else: every backslash becomes a slash, and a drive prefix
+// (a letter and a colon) is dropped, so that "C:\PRJ\a.obj" is "/PRJ/a.obj" and "D\FILE12" is
+// "D/FILE12". A relative name stays relative to the process's working directory.
 VEM_API CString VemHostPath(const char* name);
 
 // Splits a path by the Windows rules on every host: a drive is a letter and a colon at the start,
-// both slashes separate directories, and the last dot of the last part starts the extension.
+// both slashes separate directories, and the last dot of the last part starts the extension. A path
+// without a file part ("C:\PRJ\") gives an empty title.
 struct VemPathParts {
     CString drive;      // "C:" or empty
     CString directory;  // with its trailing separator, "\PRJ\"
@@ -113,3 +116,7 @@ struct VemPathParts {
     CString extension;  // with its dot, ".obj"
 };
 VEM_API VemPathParts VemSplitPath(const char* path);
+
+// Makes one directory level (the host path of `name`). False if it could not be made, also when it
+// exists already.
+VEM_API bool VemMakeDirectory(const char* name);

@@ -1,0 +1,55 @@
+// Statement functions: the flat functions of the statement model. A code node stands for a compiled
+// unit and owns the chain of its statements; each statement is one instruction of the unit's
+// instruction list. Each function takes the node first and forwards to the operation of the same
+// name without the prefix; a node that does not serve an operation answers its default
+// (vem_evem_ops.def).
+//
+// All of it hangs on the switch EvemEnabled of the settings library: with the switch off the
+// functions build nothing and give fixed answers, and with a null node they give others.
+#pragma once
+
+#include "vem32_types.h"
+
+// Kind of a node of the statement model; a signed 32-bit number in memory, 16 bits in a record.
+enum tEVemNodeType : i32 {
+#define EVEM_NODE_TYPE(Value, Name, Class) Name = Value,
+#include "vem_evem_types.def"
+#undef EVEM_NODE_TYPE
+};
+
+// Number of kinds, and the width of a row of their texts.
+inline constexpr int kEVemNodeTypeCount = 187;
+inline constexpr int kEVemNodeTypeTextWidth = 40;
+
+#define EVEM_NODE_PARAMS(...) (CEVemBaseNode * node __VA_OPT__(, ) __VA_ARGS__)
+#define EVEM_FLAT_DECL_RES(Ret, Name, Params) VEM_API Ret EVem##Name EVEM_NODE_PARAMS Params;
+#define EVEM_FLAT_DECL_ONE(Ret, Name, Params) VEM_API int EVem##Name EVEM_NODE_PARAMS Params;
+#define EVEM_FLAT_DECL_TEXT(Ret, Name, Params) VEM_API int EVem##Name(CEVemBaseNode* node, const char* text);
+#define EVEM_FLAT_DECL_NONE(Ret, Name, Params)
+#define EVEM_OP(Ret, Name, Params, Args, Default, Flat, Off, Null) EVEM_FLAT_DECL_##Flat(Ret, Name, Params)
+#include "vem_evem_ops.def"
+#undef EVEM_OP
+
+// The node's kind, read without a virtual call; 0 with the switch off or a null node.
+VEM_API tEVemNodeType EVemGetNodeType(CEVemBaseNode* node);
+
+// A new code node (type 3) or statement of that kind; null with the switch off, for a kind that has
+// no class, or when memory runs out. Only code nodes, labels and calls use the name.
+VEM_API CEVemBaseNode* EVemCreateNode(tEVemNodeType type, CString name);
+// A new statement of kind 7 to 186, handed to the parent's AddNewStmtNode; given back whatever the
+// parent answers (a statement that the parent did not take belongs to the caller). Null with the
+// switch off, a null parent, or another kind.
+VEM_API CEVemBaseNode* EVemAddNewStmtNode(CEVemBaseNode* parent, tEVemNodeType type);
+// Deletes only this node: a code node takes its statements with it; a statement leaves its
+// neighbours linked to it, so the caller unlinks it first.
+VEM_API void EVemDeleteNode(CEVemBaseNode* node);
+// Writes the node's dump into a new file of that name (code nodes only).
+VEM_API void EVemNodeDump(CEVemBaseNode* node, const char* fileName);
+// Code offset of a statement's instruction; nothing for a node that is no statement.
+VEM_API void EVemSetUcodeOffset(CEVemBaseNode* statement, u16 offset);
+
+// One node as an object reference, with its class name and the class schema 5. Both act only when
+// the switch holds exactly 1: otherwise EVemWriteObject gives 1 and EVemReadObject null, and
+// neither touches the archive. A file or archive exception gives 0 or null.
+VEM_API int EVemWriteObject(CEVemBaseNode* node, CArchive& ar);
+VEM_API CEVemBaseNode* EVemReadObject(CArchive& ar);

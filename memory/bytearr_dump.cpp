@@ -1,0 +1,114 @@
+// CVemByteArray: text dumps of a segment, one element of the string array per line.
+#include <cstdio>
+
+#include "memory/bytearr_dump.h"
+#include "memory/cbytearr.h"
+#include "memory/segkind.h"
+#include "memory/units.h"
+
+using vem_units::WordWidth;
+
+namespace vem_dump {
+
+void AppendHexByte(CString& line, u8 value, bool wideGap) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%02X%s ", value, wideGap ? " " : "");
+    line += text;
+}
+
+CString HexLineStart(u32 index) {
+    CString line;
+    line.Format("    %04X : ", index);
+    return line;
+}
+
+void DumpTables(CVemByteArray& array, unsigned kind, CStringArray& lines) {
+    if (VemIsInstanceTableKind(kind)) array.DumpInstanceTable(lines);
+    if (VemIsDownloadTableKind(kind)) array.DumpDownloadTable(static_cast<int>(kind), lines);
+}
+
+}  // namespace vem_dump
+
+namespace {
+
+CString ByteSizeLine(unsigned byteSize) {
+    if (byteSize < 1 || byteSize > 8) return " ByteSize nicht korrekt!! \n";
+    CString line;
+    line.Format(" ByteSize = %u \n", byteSize);
+    return line;
+}
+
+// Eight bytes a line where the ByteSize divides eight, otherwise one unit a line.
+unsigned BytesPerLine(unsigned byteSize) {
+    if (byteSize == 1 || byteSize == 2 || byteSize == 4 || byteSize == 8) return 8;
+    return byteSize ? byteSize : 8;
+}
+
+}  // namespace
+
+// Kind, ByteSize, the bytes in hexadecimal, then the records of a table segment.
+void CVemByteArray::Dump(CStringArray& lines) {
+    u8 kind = 0xFF;  // a segment too short for its header shows as unknown
+    GetByte(static_cast<u16>(WordWidth(m_byteSize)), &kind);
+    lines.Add(VemSegmentKindName(kind));
+    lines.Add(ByteSizeLine(m_byteSize));
+    const unsigned perLine = BytesPerLine(m_byteSize);
+    CString line = vem_dump::HexLineStart(0);
+    for (u32 i = 0; i < m_length; ++i) {
+        if (i != 0 && i % perLine == 0) {
+            lines.Add(line);
+            line = vem_dump::HexLineStart(i);
+        }
+        vem_dump::AppendHexByte(line, m_data[i], i % perLine == 3);
+    }
+    lines.Add(line);
+    vem_dump::DumpTables(*this, kind, lines);
+}
+
+// Header words, then one line per record: Len, IniSeg, DataSeg and the record's own bytes.
+// Records are stored DataSeg before IniSeg.
+void CVemByteArray::DumpInstanceTable(CStringArray& lines) {
+    const unsigned b = m_byteSize, w = WordWidth(b);
+    u16 size = 0, next = 0, num = 0;
+    GetWord(0, &size);
+    GetWord(static_cast<u16>(w + 2 * b), &next);
+    GetWord(static_cast<u16>(2 * w + 2 * b), &num);
+    CString line;
+    lines.Add("");
+    line.Format("Size: %d ", size);
+    lines.Add(line);
+    line.Format("Next Seg: %d ", next);
+    lines.Add(line);
+    line.Format("Num: %d ", num);
+    lines.Add(line);
+    u16 record = static_cast<u16>(3 * w + 2 * b);
+    for (unsigned r = 0; r < num; ++r) {
+        u16 len = 0, dataSeg = 0, iniSeg = 0;
+        GetWord(record, &len);
+        GetWord(static_cast<u16>(record + w), &dataSeg);
+        GetWord(static_cast<u16>(record + 2 * w), &iniSeg);
+        line.Format("Len:%4d, IniSeg:%3d, DataSeg:%3d :  ", len, iniSeg, dataSeg);
+        for (u32 i = record + 3 * w; i < static_cast<u32>(record) + len && i < m_length; ++i) {
+            char text[4];
+            std::snprintf(text, sizeof text, "%02X ", m_data[i]);
+            line += text;
+        }
+        lines.Add(line);
+        record = static_cast<u16>(record + len);
+    }
+}
+
+// The download table is only summed up.
+void CVemByteArray::DumpDownloadTable(int /*kind*/, CStringArray& lines) {
+    const unsigned b = m_byteSize, w = WordWidth(b);
+    u16 size = 0, next = 0;
+    GetWord(0, &size);
+    GetWord(static_cast<u16>(w + 2 * b), &next);
+    CString line;
+    lines.Add("");
+    line.Format("Size: %d ", size);
+    lines.Add(line);
+    line.Format("Next Seg: %d ", next);
+    lines.Add(line);
+    lines.Add("full dump of kPlcSegDownloadTable(2) segments not implemented");
+}

@@ -1,0 +1,84 @@
+// CSegmentTable: the stored form and the text dump.
+#include <memory>
+
+#include "memory/layouts.h"
+#include "memory/segtbl.h"
+
+namespace {
+
+constexpr u16 kObjectVersion = 0;
+
+// Entry tags: nothing, a little-endian array, a big-endian array. A fract layout array goes as a
+// little-endian one and comes back as such.
+enum : u8 { kEntryNull = 0, kEntryLittle = 1, kEntryBig = 2 };
+
+void StoreEntry(CArchive& ar, CVemByteArray* array) {
+    if (!array) {
+        ar << u8{kEntryNull};
+        return;
+    }
+    ar << u8{array->IsMotorolaFormat() ? kEntryBig : kEntryLittle};
+    array->Serialize(ar);
+}
+
+// Any other tag is an empty number with nothing more to read.
+CVemByteArray* LoadEntry(CArchive& ar) {
+    u8 tag = 0;
+    ar >> tag;
+    std::unique_ptr<CVemByteArray> array;
+    if (tag == kEntryLittle) array = std::make_unique<CVemByteArray>(1, 1);
+    if (tag == kEntryBig) array = std::make_unique<CMotorolaByteArray>(1, 1);
+    if (array) array->Serialize(ar);
+    return array.release();
+}
+
+}  // namespace
+
+//  Width  Field
+//  2      count: highest number stored plus 1
+//  ...    count entries: tag (u8), and behind tags 1 and 2 the array's record
+//  2      object version (0)
+//  ...    usedNumbers, as an array record
+//  ...    pouName (string)
+//  2      noOfSegments
+//  2      startSegmentNo
+//  2      nextSegmentNo
+void CSegmentTable::Serialize(CArchive& ar) {
+    if (ar.IsStoring()) {
+        const u16 count = static_cast<u16>(GetSize());
+        ar << count;
+        for (int i = 0; i < count; ++i) StoreEntry(ar, At(i));
+    } else {
+        u16 count = 0;
+        ar >> count;
+        ar.CheckRemaining(count);  // every entry takes at least its tag
+        DeleteAllArrays();
+        SetSize(count);
+        for (int i = 0; i < count; ++i) SetAt(i, LoadEntry(ar));
+    }
+    VemSerializeSchema(ar, kObjectVersion);
+    m_usedNumbers.Serialize(ar);
+    if (ar.IsStoring())
+        ar << m_pouName << m_noOfSegments << m_startSegmentNo << m_nextSegmentNo;
+    else
+        ar >> m_pouName >> m_noOfSegments >> m_startSegmentNo >> m_nextSegmentNo;
+}
+
+// Each piece is one write that begins with the prefix.
+void CSegmentTable::Dump(const CString& prefix, CFile* file) {
+    if (!file) return;
+    auto put = [&](const CString& text) { file->Write(text.GetString(), static_cast<unsigned>(text.GetLength())); };
+    put(prefix + "======== Dump of SegmentTable ========= \n");
+    for (int i = 0; i < GetSize(); ++i) {
+        CVemByteArray* array = At(i);
+        if (!array) continue;
+        put(prefix + "\n" + "=====================================\n");
+        CString number;
+        number.Format("No: %d   0x%x     ", i, static_cast<unsigned>(i));
+        put(prefix + number);
+        CStringArray lines;
+        array->Dump(lines);
+        for (int k = 0; k < lines.GetSize(); ++k) put(prefix + lines[k] + "\n");
+    }
+    put(prefix + "\n" + "======== End Dump of SegmentTable ========= \n");
+}

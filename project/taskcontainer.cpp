@@ -1,0 +1,110 @@
+// Task container: the compile state of a resource as a map from task names to task files. Its
+// children are never stored with it; a load reads them back from the task files.
+#include <memory>
+
+#include "project/tasks.h"
+
+VEM_IMPLEMENT_SERIAL(CVemTaskContainerNode, CVemBaseNode, 5)
+
+namespace {
+
+// Task files being read inside one another: a container in a task file that names a task file.
+int g_taskFileNesting = 0;
+
+class TaskFileNesting {
+public:
+    TaskFileNesting() {
+        if (g_taskFileNesting >= CVemTaskContainerNode::kMaxTaskFileNesting) {
+            VemThrowArchive(CArchiveException::badIndex);
+        }
+        ++g_taskFileNesting;
+    }
+    ~TaskFileNesting() { --g_taskFileNesting; }
+    TaskFileNesting(const TaskFileNesting&) = delete;
+    TaskFileNesting& operator=(const TaskFileNesting&) = delete;
+};
+
+}  // namespace
+
+CVemBaseNode* VemReadTaskFile(const CString& path) {
+    CFile file;
+    if (!file.Open(path, CFile::modeRead | CFile::typeBinary)) return nullptr;
+    std::unique_ptr<CObject> object;
+    try {
+        TaskFileNesting nesting;
+        CArchive ar(&file, CArchive::load);
+        object.reset(ar.ReadObject(RUNTIME_CLASS(CVemBaseNode)));
+        ar.Close();
+    } catch (...) {
+        file.Abort();  // closed before the exception reaches the loader of the tree
+        throw;
+    }
+    file.Close();
+    return static_cast<CVemBaseNode*>(object.release());
+}
+
+CVemTaskContainerNode::CVemTaskContainerNode() : CVemBaseNode(kVemTaskContainerNode, "TASKS", 1) {}
+
+CVemTaskContainerNode::~CVemTaskContainerNode() = default;
+
+//  width   field
+//  .       base record, child count 0
+//  2       schema word (0)
+//  count   entries of TaskList, then per entry:
+//  string    task name
+//  string    path of the task file, empty while not compiled
+void CVemTaskContainerNode::Serialize(CArchive& ar) {
+    DeleteAllChildren();
+    LastChild = nullptr;
+    CVemBaseNode::Serialize(ar);
+    VemSerializeSchema(ar, kSchema);
+    TaskList.Serialize(ar);
+    if (ar.IsLoading()) ReadTasks();
+}
+
+void CVemTaskContainerNode::ReadTasks() {
+    CString name, path;
+    for (POSITION pos = TaskList.GetStartPosition(); pos;) {
+        TaskList.GetNextAssoc(pos, name, path);
+        if (path.IsEmpty()) {
+            DeleteAllChildren();
+            LastChild = nullptr;
+            return;
+        }
+        CVemBaseNode* task = VemReadTaskFile(path);
+        if (!task) return;
+        AddChildTail(task);
+    }
+}
+
+void CVemTaskContainerNode::TaskCompiled(const CString& taskName, const CString& filePath) {
+    TaskList.SetAt(taskName, filePath);
+}
+
+void CVemTaskContainerNode::RegisterTask(const CString& taskName) { TaskList.SetAt(taskName, CString()); }
+
+tCompiledTasks CVemTaskContainerNode::AllTaskCompiledSuccesfully() {
+    tCompiledTasks counts{};
+    CString name, path;
+    for (POSITION pos = TaskList.GetStartPosition(); pos;) {
+        TaskList.GetNextAssoc(pos, name, path);
+        ++counts.NoOfTasks;
+        if (!path.IsEmpty()) ++counts.NoOfCompiledTasks;
+    }
+    return counts;
+}
+
+void CVemTaskContainerNode::NodeDump(CFile* file, CString indent) {
+    CString text = indent + "*TUITASKNODE: " + Name + "\n" + indent;
+    if (!TaskList.IsEmpty()) {
+        text += "\nTASKLISTE\n";
+        CString name, path;
+        for (POSITION pos = TaskList.GetStartPosition(); pos;) {
+            TaskList.GetNextAssoc(pos, name, path);
+            text += "\n" + indent + name + "   ->  " + path;
+        }
+    }
+    text += "\n" + indent + "========================================  \n";
+    WriteText(file, text);
+    DumpChildren(file, indent);
+}

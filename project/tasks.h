@@ -1,0 +1,60 @@
+// Tasks: the plain task level of the tree, and the container that keeps the task files of a
+// compiled resource and reads them when it is loaded.
+#pragma once
+
+#include "node/basenode.h"
+
+class CVemTaskNode : public CVemBaseNode {
+    VEM_DECLARE_SERIAL(CVemTaskNode)
+public:
+    static constexpr u16 kSchema = 0;
+
+    explicit CVemTaskNode(const CString& name = CString());
+    ~CVemTaskNode() override;
+
+    // base record, schema word (u16); ResourceName is not stored
+    void Serialize(CArchive& ar) override;
+    unsigned GetBitmapID() override { return 127; }
+    unsigned GetIconID() override { return 122; }
+    // The name without one leading backslash and then without "KOMPO.SYS\".
+    CString GetNodeText() override;
+    int SetResourceName(CString resourceName) override;
+    CString GetResourceName() override { return ResourceName; }
+    void NodeDump(CFile* file, CString indent) override;
+
+    CString ResourceName;
+};
+
+class CVemTaskContainerNode : public CVemBaseNode {
+    VEM_DECLARE_SERIAL(CVemTaskContainerNode)
+public:
+    static constexpr u16 kSchema = 0;
+    // Task files that may be read inside one another's load (a container inside a task file);
+    // real trees have one level.
+    static constexpr int kMaxTaskFileNesting = 16;
+
+    CVemTaskContainerNode();  // always named "TASKS"
+    ~CVemTaskContainerNode() override;
+
+    // Deletes the children first, in both directions, then: base record (no children), schema word
+    // (u16), TaskList. A load then reads the task files.
+    void Serialize(CArchive& ar) override;
+    unsigned GetBitmapID() override { return 127; }
+    unsigned GetIconID() override { return 122; }
+    void TaskCompiled(const CString& taskName, const CString& filePath) override;
+    void RegisterTask(const CString& taskName) override;
+    tCompiledTasks AllTaskCompiledSuccesfully() override;
+    void NodeDump(CFile* file, CString indent) override;
+
+    // Task name → path of its task file, or empty while the task is not compiled.
+    CMapStringToString TaskList;
+
+private:
+    // Hangs the task of each entry below this node, in map order, until an entry without a file
+    // (which takes all of them away again) or a file that gives no task.
+    void ReadTasks();
+};
+
+// One task file: a node as an object of a class derived from CVemBaseNode. Null if the file cannot
+// be opened or holds a null object; archive exceptions pass on, with the file closed.
+CVemBaseNode* VemReadTaskFile(const CString& path);

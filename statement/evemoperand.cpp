@@ -1,0 +1,96 @@
+// Statements with an operand: type, operator, constant, variable and indexed variable.
+#include "statement/evemoperand.h"
+
+#include "statement/evemdump.h"
+
+VEM_IMPLEMENT_SERIAL(CEVemOpOnTypeStmtNode, CEVemBaseStmtNode, 5)
+VEM_IMPLEMENT_SERIAL(CEVemOperatorStmtNode, CEVemOpOnTypeStmtNode, 5)
+VEM_IMPLEMENT_SERIAL(CEVemOpOnConstStmtNode, CEVemOperatorStmtNode, 5)
+VEM_IMPLEMENT_SERIAL(CEVemOpOnVarStmtNode, CEVemOperatorStmtNode, 5)
+VEM_IMPLEMENT_SERIAL(CEVemArrayOperatorStmtNode, CEVemOpOnVarStmtNode, 5)
+
+void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
+    CEVemBaseStmtNode::DumpNode(file, prefix);
+    CString text;
+    text.Format("%sCbeType = %s\n", prefix.GetString(), EVemCbeTypeText(CbeType));
+    WriteDump(file, text);
+}
+
+void CEVemOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
+    CEVemOpOnTypeStmtNode::DumpNode(file, prefix);
+    CString text;
+    text.Format("%sNegOperand = %s\n%sAccuType = %s\n", prefix.GetString(), NegOperand == 1 ? "TRUE" : "FALSE",
+                prefix.GetString(), AccuType == 1 ? "normal" : "shadow");
+    WriteDump(file, text);
+}
+
+CEVemOpOnConstStmtNode::~CEVemOpOnConstStmtNode() = default;
+
+int CEVemOpOnConstStmtNode::SetValue(CVemByteArray* value) {
+    if (!value) return 0;
+    Value.reset(value->Clone());
+    return 1;
+}
+
+void CEVemOpOnConstStmtNode::DumpNode(CFile* file, CString prefix) {
+    CEVemOperatorStmtNode::DumpNode(file, prefix);
+    WriteDump(file, prefix + "Value = " + EVemValueText(CbeType, Value.get()));
+}
+
+// offset width field (behind the statement part)
+//   0      2   schema word, version 3
+//   2          Name, as a string
+//          2   NearOffset
+//          2   FarOffset
+//          2   AddressMode, low 16 bits
+void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
+    VemSerializeSchema(ar, kSchema);
+    if (ar.IsStoring()) {
+        ar << Name << NearOffset << FarOffset << static_cast<u16>(AddressMode);
+    } else {
+        u16 mode = 0;
+        ar >> Name >> NearOffset >> FarOffset >> mode;
+        AddressMode = static_cast<tEVemAddressMode>(mode);
+    }
+}
+
+void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
+    CEVemOperatorStmtNode::DumpNode(file, prefix);
+    CString text = prefix + "Name = " + Name + prefix + "AddressMode = " + EVemAddressModeText(AddressMode);
+    text.AppendFormat("%sNearOffset = %u\n", prefix.GetString(), unsigned{NearOffset});
+    text.AppendFormat("%sFarOffset = %u\n", prefix.GetString(), unsigned{FarOffset});
+    text += prefix + "VemNode = " + EVemPointerText(VemNode) + "\n";
+    text += prefix + "VemInstanceNode = " + EVemPointerText(InstanceNode) + "\n";
+    WriteDump(file, text);
+}
+
+CEVemArrayOperatorStmtNode::~CEVemArrayOperatorStmtNode() = default;
+
+CEVemBaseNode* CEVemArrayOperatorStmtNode::GetIndexNode(int index) {
+    if (index < 0 || index >= GetIndexCount()) VemThrowInvalidArg();
+    return IndexNodes[static_cast<std::size_t>(index)].get();
+}
+
+// A null index has nothing to stand for; the array takes only statements it can dump.
+void CEVemArrayOperatorStmtNode::AddIndexNode(CEVemBaseNode* indexNode) {
+    if (indexNode) IndexNodes.emplace_back(indexNode);
+}
+
+void CEVemArrayOperatorStmtNode::SetPrevOperandNode(CEVemBaseNode* operand) {
+    EVemReplaceOwned(PrevOperandNode, operand);
+}
+
+void CEVemArrayOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
+    CEVemOpOnVarStmtNode::DumpNode(file, prefix);
+    CString text = prefix + "Element node = " + EVemPointerText(ElementNode) + "\n";
+    text.AppendFormat("%sIndex count = %d\n", prefix.GetString(), GetIndexCount());
+    WriteDump(file, text);
+    for (int i = 0; i < GetIndexCount(); ++i) {
+        CEVemBaseNode* index = IndexNodes[static_cast<std::size_t>(i)].get();
+        CString line;
+        line.Format("%sIndex %d = %s\n", prefix.GetString(), i, EVemPointerText(index).GetString());
+        WriteDump(file, line);
+        index->DumpNode(file, prefix);
+    }
+    if (PrevOperandNode) PrevOperandNode->DumpNode(file, prefix);
+}

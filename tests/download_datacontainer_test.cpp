@@ -1,0 +1,204 @@
+// Data container: file records by key, their getters and setters, directories, the stored form.
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "alloc_hook.h"
+#include "download/datacontainer.h"
+#include "test_util.h"
+
+using vemtest::Bytes;
+using vemtest::MessageCapture;
+using vemtest::TempDir;
+
+namespace {
+
+// The host's temporary directory written with backslashes, as callers name files.
+std::string WindowsForm(std::string path) {
+    for (char& c : path) {
+        if (c == '/') c = '\\';
+    }
+    return path;
+}
+
+std::vector<u8> Store(CObject& object) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    object.Serialize(ar);
+    ar.Close();
+    return file.Data();
+}
+
+void Load(CObject& object, const std::vector<u8>& bytes) {
+    CMemFile file(bytes);
+    CArchive ar(&file, CArchive::load);
+    object.Serialize(ar);
+}
+
+std::vector<std::string> Keys(CVemDataContainer& container) {
+    CStringList list;
+    EXPECT_EQ(container.GetFileList(&list), 1);
+    std::vector<std::string> keys;
+    for (POSITION pos = list.GetHeadPosition(); pos;) keys.push_back(list.GetNext(pos).str());
+    return keys;
+}
+
+// The record of a new object of a new class CVemDataObject, with empty contents.
+Bytes& DataObjectRecord(Bytes& b, u32 type, const std::string& name, u32 checkSum) {
+    b.u16_(0xFFFF).u16_(5).u16_(14);  // new class, class schema 5, name length
+    for (char c : std::string("CVemDataObject")) b.u8_(static_cast<u8>(c));
+    b.u32_(type);
+    b.str(name);
+    b.u16_(1).u16_(0).u8_(0).u8_(1);  // contents: version 1, no bytes, little-endian, ByteSize 1
+    b.u32_(checkSum);
+    return b;
+}
+
+}  // namespace
+
+TEST(DataContainer, AddFileOfAMissingFileShowsTheMessageAndAddsNothing) {
+    TempDir dir;
+    MessageCapture messages;
+    CVemDataContainer container;
+    const std::string path = WindowsForm(dir.path()) + "\\none.bin";
+    EXPECT_EQ(container.AddFile(path.c_str(), "K", 3), 0);
+    ASSERT_EQ(messages.texts().size(), 1u);
+    EXPECT_EQ(messages.texts()[0], "Can not find the File:\r\n" + path);
+    EXPECT_TRUE(Keys(container).empty());
+    EXPECT_EQ(container.GetType("K"), 0u);
+}
+
+TEST(DataContainer, RecordsAreNamedAfterTheLastPartOfThePath) {
+    TempDir dir;
+    vemtest::WriteFileText(dir.file("a.txt"), "a");
+    CVemDataContainer container;
+    // Backslashes reach the host file through the one path rule; the name is behind the last one.
+    EXPECT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\a.txt").c_str(), "first", 7), 1);
+    // A path without a backslash is the name as a whole.
+    EXPECT_EQ(container.AddFile(dir.file("a.txt").c_str(), "second", 8), 1);
+    EXPECT_EQ(Keys(container), (std::vector<std::string>{"first", "second"}));
+    auto* first = static_cast<CVemDataObject*>(container["first"]);
+    auto* second = static_cast<CVemDataObject*>(container["second"]);
+    EXPECT_EQ(first->Name, "a.txt");
+    EXPECT_EQ(second->Name, dir.file("a.txt").c_str());
+    EXPECT_EQ(container.GetType("first"), 7u);
+    EXPECT_EQ(container.GetType("second"), 8u);
+    EXPECT_EQ(first->Contents.GetLength(), 0u);
+    EXPECT_EQ(container.GetCheckSum("first"), 0u);
+
+    // A second record under a key replaces the first, which does not outlive it.
+    EXPECT_EQ(container.AddFile(dir.file("a.txt").c_str(), "first", 9), 1);
+    EXPECT_EQ(container.GetType("first"), 9u);
+    EXPECT_EQ(Keys(container), (std::vector<std::string>{"first", "second"}));
+}
+
+TEST(DataContainer, GettersAndSettersByKey) {
+    TempDir dir;
+    vemtest::WriteFileText(dir.file("a.txt"), "a");
+    CVemDataContainer container;
+    ASSERT_EQ(container.AddFile(dir.file("a.txt").c_str(), "k", 1), 1);
+    EXPECT_EQ(container.SetCheckSum("k", 0xDEADBEEF), 1);
+    EXPECT_EQ(container.GetCheckSum("k"), 0xDEADBEEFu);
+    EXPECT_EQ(container.SetCheckSum("K", 5), 0);  // keys keep their case
+    EXPECT_EQ(container.GetCheckSum("K"), 0u);
+    EXPECT_EQ(container.GetType("missing"), 0u);
+
+    CVemByteArray array(2, 1);
+    array.AppendByte(0x55);
+    EXPECT_EQ(container.WriteToByteArray("k", &array), 1);
+    EXPECT_EQ(container.WriteToByteArray("missing", &array), 0);
+    EXPECT_EQ(array.GetLength(), 1u);
+    for (const char* key : {"k", "missing"}) {
+        CVemByteArray contents = container.GetContents(key);
+        EXPECT_EQ(contents.GetLength(), 0u);
+        EXPECT_EQ(contents.GetAlignment(), 1);
+        EXPECT_EQ(contents.GetByteSize(), 1);
+    }
+}
+
+TEST(DataContainer, WriteToFileMakesTheDirectoriesOfTheTargetOnly) {
+    TempDir dir;
+    vemtest::WriteFileText(dir.file("a.txt"), "a");
+    CVemDataContainer container;
+    ASSERT_EQ(container.AddFile(dir.file("a.txt").c_str(), "sub\\deep\\f.bin", 1), 1);
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::string target = WindowsForm(dir.path()) + "\\out\\";
+    EXPECT_EQ(container.WriteToFile("sub\\deep\\f.bin", target.c_str()), 1);
+    EXPECT_TRUE(std::filesystem::is_directory(dir.file("out/sub/deep")));
+    EXPECT_FALSE(vemtest::FileExists(dir.file("out/sub/deep/f.bin")));
+    EXPECT_EQ(std::filesystem::current_path(), before);
+
+    // An unknown key still gets its directories, and the result says that the key is unknown.
+    EXPECT_EQ(container.WriteToFile("x/y\\z.bin", (WindowsForm(dir.path()) + "\\out2\\").c_str()), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(dir.file("out2/x/y")));
+
+    // A level that is a file is passed over; the next one is made beside it.
+    vemtest::WriteFileText(dir.file("plain"), "");
+    EXPECT_EQ(container.WriteToFile("plain\\next\\f", (dir.path() + "/").c_str()), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(dir.file("next")));
+}
+
+TEST(DataContainer, StoredFormIsAMapOfObjects) {
+    TempDir dir;
+    vemtest::WriteFileText(dir.file("a.txt"), "a");
+    CVemDataContainer container;
+    ASSERT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\a.txt").c_str(), "K1", 0x11223344), 1);
+    container.SetCheckSum("K1", 0xA1B2C3D4);
+    Bytes want;
+    want.u16_(1);     // count
+    want.str("K1");   // key
+    DataObjectRecord(want, 0x11223344, "a.txt", 0xA1B2C3D4);
+    EXPECT_EQ(Store(container), want.v);
+}
+
+TEST(DataContainer, StoreAndLoadKeepKeysTypesNamesAndCheckSums) {
+    TempDir dir;
+    vemtest::WriteFileText(dir.file("a.txt"), "a");
+    vemtest::WriteFileText(dir.file("b.txt"), "b");
+    CVemDataContainer container;
+    ASSERT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\a.txt").c_str(), "A", 1), 1);
+    ASSERT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\b.txt").c_str(), "B", 2), 1);
+    container.SetCheckSum("B", 77);
+    const std::vector<u8> bytes = Store(container);
+
+    CVemDataContainer loaded;
+    Load(loaded, bytes);
+    EXPECT_EQ(Keys(loaded), (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(loaded.GetType("A"), 1u);
+    EXPECT_EQ(loaded.GetType("B"), 2u);
+    EXPECT_EQ(loaded.GetCheckSum("B"), 77u);
+    EXPECT_EQ(static_cast<CVemDataObject*>(loaded["A"])->Name, "a.txt");
+    EXPECT_EQ(Store(loaded), bytes);
+}
+
+TEST(DataContainer, ADamagedStoredFormFailsWithoutLeaks) {
+    // The second record refers back to the first object: one object for two keys.
+    Bytes shared;
+    shared.u16_(2).str("A");
+    DataObjectRecord(shared, 1, "a", 0);
+    shared.str("B").u16_(2);  // object number 2: the first record (number 1 is its class)
+    // A record of a class that is no file record.
+    Bytes other;
+    other.u16_(1).str("A").u16_(0xFFFF).u16_(0).u16_(11);
+    for (char c : std::string("CStringList")) other.u8_(static_cast<u8>(c));
+    other.u16_(0);
+    // A count that the file cannot hold.
+    Bytes huge;
+    huge.u16_(0xFFFF).u32_(0x10000000);
+    Bytes good;
+    good.u16_(1).str("A");
+    DataObjectRecord(good, 1, "a", 0);
+
+    std::vector<std::vector<u8>> damaged = {shared.v, other.v, huge.v};
+    for (std::size_t cut = 0; cut < good.v.size(); ++cut) {
+        damaged.emplace_back(good.v.begin(), good.v.begin() + static_cast<long>(cut));
+    }
+    for (std::size_t i = 0; i < damaged.size(); ++i) {
+        vemtest::AllocationWatch watch;
+        {
+            CVemDataContainer loaded;
+            EXPECT_THROW(Load(loaded, damaged[i]), CArchiveException) << i;
+        }
+        EXPECT_EQ(watch.Live(), 0) << i;
+    }
+}

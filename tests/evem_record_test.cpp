@@ -1,0 +1,490 @@
+// Records of the statement model: the code node's chain, the three statement forms, the older
+// nested form, objects, and records that cannot be read.
+#include "alloc_hook.h"
+#include "evem_test_util.h"
+#include "statement/evemlist.h"
+
+using evemtest::ChainTypes;
+using evemtest::Create;
+using evemtest::DumpText;
+using evemtest::EVemTest;
+using evemtest::LoadRecord;
+using evemtest::NodePtr;
+using evemtest::StoreRecord;
+using vemtest::Bytes;
+
+namespace {
+
+// A code node with PouType 1, LocalDataSegSize 4, path "U", and one statement of kind 8 in line 5
+// at code offset 0x20, named "x", near offset 2, far offset 0, address mode 1.
+std::vector<u8> ExampleCodeNodeRecord() {
+    Bytes b;
+    b.u16_(3).u16_(3);             // base record: schema word, NodeType 3
+    b.u16_(3);                     // schema word of the code node
+    b.u16_(1);                     // PouType
+    b.u16_(4);                     // LocalDataSegSize
+    b.str("U");                    // PouPathName
+    b.u16_(8);                     // kind of the statement that follows
+    b.u16_(3).u16_(8);             // its base record: schema word, NodeType
+    b.u16_(3).u16_(5).u16_(0x20);  // statement part: schema word, AwlLine, UcodeOffset
+    b.u16_(3);                     // schema word of the variable part
+    b.str("x");                    // Name
+    b.u16_(2).u16_(0).u16_(1);     // NearOffset, FarOffset, AddressMode
+    b.u16_(0);                     // end of the chain
+    return b.v;
+}
+
+NodePtr ExampleCodeNode() {
+    NodePtr code = Create(kEVemPouCodeNode, "Unit");
+    EVemSetPouType(code.get(), kEVemPouProg);
+    EVemSetDataSegSize(code.get(), 4);
+    EVemSetPathName(code.get(), "U");
+    CEVemBaseNode* s = EVemAddNewStmtNode(code.get(), kEVemLdVariableStmtNode);
+    EVemSetAwlLine(s, 5);
+    EVemSetUcodeOffset(s, 0x20);
+    EVemSetName(s, "x");
+    EVemSetOffset(s, 2);
+    EVemSetFarOffset(s, 0);
+    EVemSetAddressMode(s, kEVemNearAddress);
+    return code;
+}
+
+// A list of code nodes as the compiled task and the executable node hold it in their records.
+std::vector<u8> ListRecord(const std::vector<std::vector<u8>>& records) {
+    Bytes b;
+    b.u16_(static_cast<unsigned>(records.size()));
+    for (const auto& r : records) b.raw(r);
+    return b.v;
+}
+
+void LoadList(const std::vector<u8>& bytes, CObList& list) {
+    CMemFile file(bytes);
+    CArchive ar(&file, CArchive::load);
+    EVemSerializeRootList(ar, list);
+}
+
+// A code node record with path "U" around the given statement records.
+std::vector<u8> CodeNodeAround(const std::vector<u8>& statements) {
+    Bytes b;
+    b.u16_(3).u16_(3).u16_(3).u16_(1).u16_(0).str("U");
+    b.raw(statements);
+    b.u16_(0);
+    return b.v;
+}
+
+// Head of a statement record of version 2: base record, schema word, AwlLine, kind of the next.
+Bytes& OldHead(Bytes& b, unsigned type, unsigned line, unsigned nextType) {
+    return b.u16_(3).u16_(type).u16_(2).u16_(line).u16_(nextType);
+}
+
+std::string UcodeLine(CEVemBaseNode* s) {
+    const std::string dump = DumpText(s, "");
+    const auto at = dump.find("UCODE Offset = ");
+    return dump.substr(at, dump.find('\n', at) - at);
+}
+
+}  // namespace
+
+TEST_F(EVemTest, CodeNodeRecordIsTheExampleByteForByte) {
+    NodePtr code = ExampleCodeNode();
+    EXPECT_EQ(StoreRecord(code.get()), ExampleCodeNodeRecord());
+}
+
+TEST_F(EVemTest, CodeNodeRecordLoadsBackWithItsChain) {
+    NodePtr code = LoadRecord(ExampleCodeNodeRecord(), kEVemPouCodeNode);
+    EXPECT_EQ(EVemGetName(code.get()), "");  // the unit's name is not stored
+    EXPECT_EQ(EVemGetPathName(code.get()), "U");
+    EXPECT_EQ(EVemGetPouType(code.get()), kEVemPouProg);
+    EXPECT_EQ(EVemGetDataSegSize(code.get()), 4);
+    CEVemBaseNode* s = EVemGetStatementNode(code.get());
+    EXPECT_EQ(ChainTypes(s), std::vector<int>{8});
+    EXPECT_EQ(EVemGetPrevious(s), nullptr);
+    EXPECT_EQ(EVemGetAwlLine(s), 5);
+    EXPECT_EQ(UcodeLine(s), "UCODE Offset = 32");
+    EXPECT_EQ(EVemGetName(s), "x");
+    EXPECT_EQ(EVemGetOffset(s), 2);
+    EXPECT_EQ(EVemGetFarOffset(s), 0);
+    EXPECT_EQ(EVemGetAddressMode(s), kEVemNearAddress);
+    EXPECT_EQ(StoreRecord(code.get()), ExampleCodeNodeRecord());
+}
+
+TEST_F(EVemTest, EmptyChainIsOnlyTheTerminator) {
+    NodePtr code = Create(kEVemPouCodeNode, "U");
+    const std::vector<u8> record = StoreRecord(code.get());
+    EXPECT_EQ(record, (Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v));
+    EXPECT_EQ(EVemGetStatementNode(LoadRecord(record, kEVemPouCodeNode).get()), nullptr);
+}
+
+TEST_F(EVemTest, StoreAndLoadKeepTheChainInOrder) {
+    NodePtr code = Create(kEVemPouCodeNode, "U");
+    const std::vector<int> kinds = {7, 8, 9, 38, 112, 116, 120, 127, 142, 164, 167, 169, 186};
+    for (int kind : kinds) EVemAddNewStmtNode(code.get(), static_cast<tEVemNodeType>(kind));
+    NodePtr loaded = LoadRecord(StoreRecord(code.get()), kEVemPouCodeNode);
+    CEVemBaseNode* first = EVemGetStatementNode(loaded.get());
+    EXPECT_EQ(ChainTypes(first), kinds);
+    EXPECT_EQ(EVemGetPrevious(first), nullptr);
+    EXPECT_EQ(EVemGetPrevious(EVemGetNext(first)), first);
+    // A loaded chain has no known end: appending gives a statement outside it.
+    CEVemBaseNode* outside = EVemAddNewStmtNode(loaded.get(), kEVemNotStmtNode);
+    EXPECT_EQ(ChainTypes(first), kinds);
+    EVemDeleteNode(outside);
+}
+
+TEST_F(EVemTest, ConstantAndPlainStatementRecordsAreTenBytes) {
+    NodePtr constant = Create(kEVemLdConstStmtNode);
+    NodePtr plain = Create(kEVemNotStmtNode);
+    CVemByteArray value;
+    value.AppendDword(7);
+    EVemSetValue(constant.get(), &value);
+    EVemSetCbeType(constant.get(), kCbeTypeDint);
+    EXPECT_EQ(StoreRecord(constant.get()).size(), 10u);
+    EXPECT_EQ(StoreRecord(plain.get()),
+              (Bytes().u16_(3).u16_(38).u16_(3).u16_(0).u16_(0xCDCD).v));  // base, schema, line, offset
+}
+
+TEST_F(EVemTest, LabelRecordHoldsNameTypeNameOffsetAndNumber) {
+    NodePtr label = Create(kEVemCalFbStmtNode, "Inst");
+    EVemSetTypeName(label.get(), "FB");
+    EVemSetOffset(label.get(), 0x102);
+    EVemSetLabelNum(label.get(), 3);
+    EVemSetAwlLine(label.get(), 9);
+    EVemSetUcodeOffset(label.get(), 0x40);
+    const std::vector<u8> record = StoreRecord(label.get());
+    EXPECT_EQ(record, (Bytes()
+                           .u16_(3).u16_(120)               // base record
+                           .u16_(3).u16_(9).u16_(0x40)      // statement part
+                           .u16_(3).str("Inst").str("FB")   // label part: schema, Name, TypeName
+                           .u16_(0x102).u16_(3)             // Offset, LabelNum
+                           .v));
+    NodePtr loaded = LoadRecord(record, kEVemCalFbStmtNode);
+    EXPECT_EQ(EVemGetName(loaded.get()), "Inst");
+    EXPECT_EQ(EVemGetTypeName(loaded.get()), "FB");
+    EXPECT_EQ(EVemGetOffset(loaded.get()), 0x102);
+    EXPECT_EQ(EVemGetLabelNum(loaded.get()), 3);
+    EXPECT_EQ(EVemGetVemNode(loaded.get()), nullptr);
+}
+
+TEST_F(EVemTest, StoreAndLoadLoseWhatIsNotStored) {
+    auto* borrowed = reinterpret_cast<CVemBaseNode*>(0x1000);  // only kept, never touched
+    CVemByteArray value;
+    value.AppendWord(5);
+
+    NodePtr constant = Create(kEVemLdConstStmtNode);
+    EVemSetAwlPosition(constant.get(), 12, 3);
+    EVemSetValue(constant.get(), &value);
+    EVemSetCbeType(constant.get(), kCbeTypeInt);
+    EVemSetNegOperand(constant.get(), 1);
+    EVemSetAccuType(constant.get(), 1);
+    NodePtr c = LoadRecord(StoreRecord(constant.get()), kEVemLdConstStmtNode);
+    u16 line = 0, column = 9;
+    EVemGetAwlPosition(c.get(), line, column);
+    EXPECT_EQ(line, 12);
+    EXPECT_EQ(column, 0);
+    EXPECT_EQ(EVemGetValue(c.get()), nullptr);
+    EXPECT_EQ(EVemGetCbeType(c.get()), kCbeTypeUndef);
+    EXPECT_EQ(EVemGetNegOperand(c.get()), 0);
+    EXPECT_EQ(EVemGetAccuType(c.get()), 0u);
+
+    NodePtr array = Create(kEVemLdIndexedVarStmtNode);
+    EVemSetName(array.get(), "a");
+    EVemSetVemNode(array.get(), borrowed);
+    EVemSetInstanceNode(array.get(), borrowed);
+    EVemSetElementNode(array.get(), borrowed);
+    EVemAddIndexNode(array.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
+    EVemAddIndexNode(array.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
+    EVemSetPrevOperandNode(array.get(), EVemCreateNode(kEVemLdVariableStmtNode, ""));
+    NodePtr a = LoadRecord(StoreRecord(array.get()), kEVemLdIndexedVarStmtNode);
+    EXPECT_EQ(EVemGetName(a.get()), "a");
+    EXPECT_EQ(EVemGetIndexCount(a.get()), 0);
+    EXPECT_THROW(EVemGetIndexNode(a.get(), 0), CInvalidArgException);
+    EXPECT_EQ(EVemGetVemNode(a.get()), nullptr);
+    EXPECT_EQ(EVemGetInstanceNode(a.get()), nullptr);
+    EXPECT_EQ(EVemGetElementNode(a.get()), nullptr);
+    EXPECT_EQ(EVemGetPrevOperandNode(a.get()), nullptr);
+    EXPECT_EQ(EVemGetAddressMode(a.get()), kEVemNoAddressMode);  // 4 goes through as it is
+
+    NodePtr ref = Create(kEVemLdRefStmtNode);
+    EVemSetOffset(ref.get(), 8);
+    EVemSetFarOffset(ref.get(), 9);
+    EVemSetVemNode(ref.get(), borrowed);
+    NodePtr r = LoadRecord(StoreRecord(ref.get()), kEVemLdRefStmtNode);
+    EXPECT_EQ(EVemGetOffset(r.get()), 0);
+    EXPECT_EQ(EVemGetFarOffset(r.get()), 0);
+    EXPECT_EQ(EVemGetVemNode(r.get()), nullptr);
+
+    NodePtr conv = Create(kEVemTruncStmtNode);
+    EVemSetInType(conv.get(), kCbeTypeReal);
+    EVemSetOutType(conv.get(), kCbeTypeInt);
+    NodePtr v = LoadRecord(StoreRecord(conv.get()), kEVemTruncStmtNode);
+    EXPECT_EQ(EVemGetInType(v.get()), kCbeTypeUndef);
+    EXPECT_EQ(EVemGetOutType(v.get()), kCbeTypeUndef);
+
+    NodePtr replace = Create(kEVemStdStringReplaceStmtNode);
+    EVemSetStdStringPParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
+    EVemSetStdStringLParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
+    EVemSetStdStringIn2ParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
+    NodePtr p = LoadRecord(StoreRecord(replace.get()), kEVemStdStringReplaceStmtNode);
+    EXPECT_EQ(EVemGetStdStringPParamStmtNode(p.get()), nullptr);
+    EXPECT_EQ(EVemGetStdStringLParamStmtNode(p.get()), nullptr);
+    EXPECT_EQ(EVemGetStdStringIn2ParamStmtNode(p.get()), nullptr);
+}
+
+TEST_F(EVemTest, CodeNodeKeepsOnlyTheLowBitsOfItsKind) {
+    NodePtr code = Create(kEVemPouCodeNode, "U");
+    EVemSetPouType(code.get(), static_cast<tEVemPouType>(0x10001));
+    EVemSetDataSegSize(code.get(), 300);
+    EXPECT_EQ(EVemGetPouType(code.get()), 0x10001u);
+    NodePtr loaded = LoadRecord(StoreRecord(code.get()), kEVemPouCodeNode);
+    EXPECT_EQ(EVemGetPouType(loaded.get()), kEVemPouProg);
+    EXPECT_EQ(EVemGetDataSegSize(loaded.get()), 300);
+}
+
+TEST_F(EVemTest, OlderRecordWithANestedChainLoadsAsAChain) {
+    Bytes s;
+    OldHead(s, 8, 1, 38);                                   // LD x, then a NOT inside it
+    OldHead(s, 38, 2, 10);                                  //   NOT, then an ST y inside it
+    OldHead(s, 10, 3, 0);                                   //     ST y, the end of the chain
+    s.u16_(0x30).u16_(3).str("y").u16_(4).u16_(0).u16_(1);  //     its offset and variable part
+    s.u16_(0x20);                                           //   offset of the NOT
+    s.u16_(0x10).u16_(3).str("x").u16_(2).u16_(0).u16_(1);  // offset and variable part of LD x
+    const std::vector<u8> record = CodeNodeAround(Bytes().u16_(8).raw(s.v).v);
+    NodePtr code = LoadRecord(record, kEVemPouCodeNode);
+    CEVemBaseNode* first = EVemGetStatementNode(code.get());
+    ASSERT_EQ(ChainTypes(first), (std::vector<int>{8, 38, 10}));
+    CEVemBaseNode* second = EVemGetNext(first);
+    CEVemBaseNode* third = EVemGetNext(second);
+    EXPECT_EQ(EVemGetPrevious(second), first);
+    EXPECT_EQ(EVemGetPrevious(third), second);
+    EXPECT_EQ(EVemGetName(first), "x");
+    EXPECT_EQ(EVemGetName(third), "y");
+    EXPECT_EQ(EVemGetOffset(third), 4);
+    EXPECT_EQ(EVemGetAwlLine(second), 2);
+    EXPECT_EQ(UcodeLine(first), "UCODE Offset = 16");
+    EXPECT_EQ(UcodeLine(second), "UCODE Offset = 32");
+    EXPECT_EQ(UcodeLine(third), "UCODE Offset = 48");
+    // Storing writes the current form, which loads to the same chain.
+    NodePtr again = LoadRecord(StoreRecord(code.get()), kEVemPouCodeNode);
+    EXPECT_EQ(ChainTypes(EVemGetStatementNode(again.get())), (std::vector<int>{8, 38, 10}));
+}
+
+TEST_F(EVemTest, OlderRecordWithoutANextIsASingleStatement) {
+    Bytes s;
+    OldHead(s, 38, 7, 0).u16_(0x11);
+    NodePtr single = LoadRecord(s.v, kEVemNotStmtNode);
+    EXPECT_EQ(EVemGetNext(single.get()), nullptr);
+    EXPECT_EQ(EVemGetAwlLine(single.get()), 7);
+    EXPECT_EQ(UcodeLine(single.get()), "UCODE Offset = 17");
+}
+
+TEST_F(EVemTest, LongChainLoadsAndGoesWithoutDeepCalls) {
+    constexpr int kLength = 100000;
+    const long live = CEVemBaseNode::LiveCount();
+    {
+        NodePtr code = Create(kEVemPouCodeNode, "U");
+        for (int i = 0; i < kLength; ++i) EVemAddNewStmtNode(code.get(), kEVemNotStmtNode);
+        NodePtr loaded = LoadRecord(StoreRecord(code.get()), kEVemPouCodeNode);
+        EXPECT_EQ(ChainTypes(EVemGetStatementNode(loaded.get())).size(), static_cast<std::size_t>(kLength));
+    }
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
+
+TEST_F(EVemTest, DeeplyNestedOlderChainLoadsWithoutDeepCalls) {
+    constexpr unsigned kDepth = 100000;
+    Bytes s;
+    s.u16_(38);
+    for (unsigned i = 0; i < kDepth; ++i) OldHead(s, 38, i & 0xFFFF, i + 1 < kDepth ? 38 : 0);
+    for (unsigned i = kDepth; i-- > 0;) s.u16_(i & 0xFFFF);  // offsets, deepest first: each its line
+    NodePtr code = LoadRecord(CodeNodeAround(s.v), kEVemPouCodeNode);
+    CEVemBaseNode* first = EVemGetStatementNode(code.get());
+    CEVemBaseNode* last = first;
+    std::size_t length = 1;
+    for (; EVemGetNext(last); ++length) last = EVemGetNext(last);
+    EXPECT_EQ(length, kDepth);
+    EXPECT_EQ(UcodeLine(first), "UCODE Offset = 0");
+    EXPECT_EQ(EVemGetAwlLine(last), (kDepth - 1) & 0xFFFF);
+    EXPECT_EQ(UcodeLine(last), "UCODE Offset = " + std::to_string((kDepth - 1) & 0xFFFF));
+}
+
+TEST_F(EVemTest, UnknownStatementKindInARecordRaisesTheUserException) {
+    const long live = CEVemBaseNode::LiveCount();
+    const std::vector<u8> good = Bytes().u16_(3).u16_(38).u16_(3).u16_(1).u16_(2).v;
+    for (unsigned kind : {0x83u, 200u, 3u, 5u, 1u}) {  // 131 has no class; 3 is no statement
+        CObList list;
+        const std::vector<u8> chain = Bytes().u16_(38).raw(good).u16_(kind).raw(good).v;
+        EXPECT_THROW(LoadList(ListRecord({CodeNodeAround(chain)}), list), CUserException) << kind;
+        EXPECT_TRUE(list.IsEmpty());
+    }
+    Bytes nested;  // the unknown kind inside an older record
+    OldHead(nested, 38, 1, 38);
+    OldHead(nested, 38, 2, 131);
+    CObList list;
+    EXPECT_THROW(LoadList(ListRecord({CodeNodeAround(Bytes().u16_(38).raw(nested.v).v)}), list), CUserException);
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
+
+TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
+    const long live = CEVemBaseNode::LiveCount();
+    Bytes nested;
+    OldHead(nested, 38, 1, 8);
+    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
+    nested.u16_(0x20);
+    const std::vector<u8> older = CodeNodeAround(Bytes().u16_(38).raw(nested.v).v);
+    for (const std::vector<u8>& whole : {ListRecord({ExampleCodeNodeRecord(), ExampleCodeNodeRecord()}),
+                                        ListRecord({older})}) {
+        for (std::size_t length = 0; length < whole.size(); ++length) {
+            const std::vector<u8> cut(whole.begin(), whole.begin() + static_cast<long>(length));
+            vemtest::AllocationWatch watch;
+            CObList list;
+            try {
+                LoadList(cut, list);
+                ADD_FAILURE() << "loaded " << length << " bytes";
+            } catch (const CArchiveException& e) {
+                EXPECT_EQ(e.m_cause, CArchiveException::endOfFile) << length;
+            }
+            EVemDeleteRootList(list);
+            EXPECT_EQ(watch.Live(), 0) << length;
+        }
+    }
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
+
+TEST_F(EVemTest, MemoryShortageAnywhereInALoadLeavesNothing) {
+    Bytes nested;
+    OldHead(nested, 38, 1, 8);
+    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
+    nested.u16_(0x20);
+    const std::vector<u8> bytes =
+        ListRecord({ExampleCodeNodeRecord(), CodeNodeAround(Bytes().u16_(38).raw(nested.v).v)});
+    for (long k = 0;; ++k) {
+        vemtest::AllocationWatch watch;
+        watch.FailAfter(k);
+        CObList list;
+        try {
+            LoadList(bytes, list);
+        } catch (const std::bad_alloc&) {
+        } catch (const CException&) {  // a code node that could not be made
+        }
+        const bool complete = list.GetCount() == 2;
+        EVemDeleteRootList(list);
+        EXPECT_EQ(watch.Live(), 0) << k;
+        if (complete) break;
+    }
+}
+
+TEST_F(EVemTest, SchemaWordAboveThreeFailsTheLoad) {
+    const long live = CEVemBaseNode::LiveCount();
+    std::vector<std::size_t> schemaOffsets = {0, 4, 14, 18, 24};  // base, code node, statement's base,
+    for (std::size_t at : schemaOffsets) {                        // statement part, variable part
+        std::vector<u8> record = ExampleCodeNodeRecord();
+        ASSERT_EQ(record[at], 3) << at;
+        record[at] = 4;
+        CObList list;
+        try {
+            LoadList(ListRecord({record}), list);
+            ADD_FAILURE() << "loaded a schema word of 4 at " << at;
+        } catch (const CArchiveException& e) {
+            EXPECT_EQ(e.m_cause, CArchiveException::badIndex) << at;
+        }
+    }
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
+
+TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
+    CObList list;
+    list.AddTail(ExampleCodeNode().release());
+    list.AddTail(Create(kEVemPouCodeNode, "Other").release());
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        EVemSerializeRootList(ar, list);
+        ar.Close();
+    }
+    const std::vector<u8> empty = Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v;
+    EXPECT_EQ(file.Data(), ListRecord({ExampleCodeNodeRecord(), empty}));
+    EVemDeleteRootList(list);
+    LoadList(file.Data(), list);
+    ASSERT_EQ(list.GetCount(), 2);
+    auto* first = static_cast<CEVemBaseNode*>(list.GetHead());
+    EXPECT_EQ(EVemGetPathName(first), "U");
+    EXPECT_EQ(ChainTypes(EVemGetStatementNode(first)), std::vector<int>{8});
+    EVemDeleteRootList(list);
+    EXPECT_TRUE(list.IsEmpty());
+}
+
+TEST_F(EVemTest, ObjectFormHoldsTheClassNameAndSchemaFive) {
+    NodePtr code = ExampleCodeNode();
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        EXPECT_EQ(EVemWriteObject(code.get(), ar), 1);
+        ar.Close();
+    }
+    const std::string name = "CEVemPouCodeNode";
+    Bytes expected;
+    expected.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));  // new class, schema, name
+    for (char ch : name) expected.u8_(static_cast<u8>(ch));
+    expected.raw(ExampleCodeNodeRecord());
+    EXPECT_EQ(file.Data(), expected.v);
+
+    CMemFile in(file.Data());
+    CArchive ar(&in, CArchive::load);
+    NodePtr loaded(EVemReadObject(ar));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(EVemGetNodeType(loaded.get()), kEVemPouCodeNode);
+    EXPECT_EQ(ChainTypes(EVemGetStatementNode(loaded.get())), std::vector<int>{8});
+}
+
+TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
+    NodePtr code = ExampleCodeNode();
+    for (i32 setting : {0, 2, -1}) {
+        LurSetEvemEnabled(setting);
+        CMemFile file;
+        CArchive out(&file, CArchive::store);
+        EXPECT_EQ(EVemWriteObject(code.get(), out), 1) << setting;
+        out.Close();
+        EXPECT_TRUE(file.Data().empty()) << setting;
+        CMemFile in(std::vector<u8>{0xFF, 0xFF});
+        CArchive ar(&in, CArchive::load);
+        EXPECT_EQ(EVemReadObject(ar), nullptr) << setting;
+        EXPECT_EQ(ar.GetRemaining(), 2u) << setting;
+    }
+}
+
+TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
+    const long live = CEVemBaseNode::LiveCount();
+    Bytes other;
+    const std::string name = "CObList";
+    other.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
+    for (char ch : name) other.u8_(static_cast<u8>(ch));
+    other.u16_(0);
+    CMemFile in(other.v);
+    CArchive ar(&in, CArchive::load);
+    EXPECT_EQ(EVemReadObject(ar), nullptr);
+
+    NodePtr code = ExampleCodeNode();
+    CMemFile file;
+    CArchive out(&file, CArchive::store);
+    EVemWriteObject(code.get(), out);
+    out.Close();
+    const std::vector<u8> whole = file.Data();
+    code.reset();
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        CMemFile cut(std::vector<u8>(whole.begin(), whole.begin() + static_cast<long>(length)));
+        CArchive cutAr(&cut, CArchive::load);
+        EXPECT_EQ(EVemReadObject(cutAr), nullptr) << length;
+    }
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}
+
+TEST_F(EVemTest, ObjectWithAnUnknownStatementKindPassesTheUserExceptionOn) {
+    const long live = CEVemBaseNode::LiveCount();
+    const std::string name = "CEVemPouCodeNode";
+    Bytes object;
+    object.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
+    for (char ch : name) object.u8_(static_cast<u8>(ch));
+    object.raw(CodeNodeAround(Bytes().u16_(131).u16_(3).u16_(131).u16_(3).u16_(0).u16_(0).v));
+    CMemFile in(object.v);
+    CArchive ar(&in, CArchive::load);
+    EXPECT_THROW(EVemReadObject(ar), CUserException);
+    EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
+}

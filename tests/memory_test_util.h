@@ -1,0 +1,46 @@
+// Helpers of the target memory tests: archives over memory, the bytes of an array.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "test_util.h"
+
+namespace memtest {
+
+// What a store through the archive writes.
+inline std::vector<u8> Stored(const std::function<void(CArchive&)>& store) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    store(ar);
+    ar.Close();
+    return file.Data();
+}
+
+// Loads from the bytes; `load` may throw.
+inline void Load(const std::vector<u8>& bytes, const std::function<void(CArchive&)>& load) {
+    CMemFile file(bytes);
+    CArchive ar(&file, CArchive::load);
+    load(ar);
+}
+
+inline std::vector<u8> BytesOf(CVemByteArray* array) {
+    const u8* p = VemBaGetBytePointer(array);
+    return p ? std::vector<u8>(p, p + VemBaGetLength(array)) : std::vector<u8>();
+}
+
+// Owns an array made by VemBaNewByteArray for the length of a test.
+struct Array {
+    CVemByteArray* p;
+    Array(int motorola, u16 alignment, u8 byteSize, int fract = 0)
+        : p(VemBaNewByteArray(motorola, alignment, byteSize, fract)) {}
+    ~Array() { VemBaDeleteByteArray(p); }
+    Array(const Array&) = delete;
+    Array& operator=(const Array&) = delete;
+    operator CVemByteArray*() const { return p; }  // NOLINT: passes as the pointer
+    std::vector<u8> bytes() const { return BytesOf(p); }
+};
+
+using ByteVec = std::vector<u8>;
+
+}  // namespace memtest

@@ -1,0 +1,316 @@
+// Project, configuration, resource and task nodes: counting, node texts, records, dumps.
+#include "test_util.h"
+
+using vemtest::Bytes;
+using vemtest::ReadFileBytes;
+using vemtest::ReadFileText;
+using vemtest::TempDir;
+using vemtest::WriteFileBytes;
+
+namespace {
+
+CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
+    CVemBaseNode* node = VemNewNode(type);
+    VemSetName(node, name);
+    return node;
+}
+
+std::vector<std::string> ChildNames(CVemBaseNode* parent) {
+    std::vector<std::string> names;
+    CObList* list = VemGetChildList(parent);
+    for (POSITION pos = list->GetHeadPosition(); pos;) {
+        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
+    }
+    return names;
+}
+
+// Node type word and version stamp in front of every node file.
+Bytes Frame(unsigned rootType) {
+    Bytes b;
+    b.u16_(rootType);
+    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
+    b.u8_(0);
+    return b;
+}
+
+// Base record of a childless node with an empty extra text.
+Bytes& BaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::string& name) {
+    return b.u16_(0).u8_(type).u8_(expanded).str(name).u32_(0).u8_(0).u16_(0);
+}
+
+CVemBaseNode* LoadBytes(const TempDir& dir, const std::vector<u8>& bytes) {
+    WriteFileBytes(dir.file("in.vem"), bytes);
+    return VemLoadNode(dir.file("in.vem").c_str());
+}
+
+}  // namespace
+
+TEST(ProjectNodes, NewNodesOfTheUpperLevels) {
+    struct Case {
+        tVemNodeType type;
+        int expanded;
+        int hasSymbol;
+        unsigned bitmap;
+        unsigned icon;
+        const char* name;
+    };
+    for (const Case& c : {Case{kVemProjectNode, 1, 1, 126, 119, ""}, Case{kVemConfigNode, 0, 0, 149, 138, ""},
+                          Case{kVemResourceNode, 1, 1, 125, 121, ""}, Case{kVemTaskNode, 1, 0, 127, 122, ""},
+                          Case{kVemTaskContainerNode, 1, 1, 127, 122, "TASKS"}}) {
+        CVemBaseNode* node = VemNewNode(c.type);
+        ASSERT_NE(node, nullptr) << c.type;
+        EXPECT_EQ(VemGetNodeType(node), c.type);
+        EXPECT_EQ(node->Expanded, c.expanded) << c.type;
+        EXPECT_EQ(node->HasSymbol, c.hasSymbol) << c.type;
+        EXPECT_EQ(VemGetBitmapID(node), c.bitmap) << c.type;
+        EXPECT_EQ(node->GetIconID(), c.icon) << c.type;
+        EXPECT_EQ(VemGetName(node), c.name) << c.type;
+        EXPECT_NE(node->Serial, 0xFFFFFFFFu);
+        VemDeleteNode(node);
+    }
+}
+
+TEST(ProjectNodes, ResourceCountsWhatIsAddedAndDeletedThroughIt) {
+    CVemBaseNode* res = VemNewNode(kVemResourceNode);
+    EXPECT_EQ(VemGetNoOfTask(res), 0);
+    CVemBaseNode* a = NewNode(kVemBaseNode, "A");
+    CVemBaseNode* b = NewNode(kVemTaskNode, "B");
+    CVemBaseNode* c = NewNode(kVemBaseNode, "C");
+    VemAddChildTail(res, a);
+    VemAddChildTail(res, b);
+    VemAddChildTail(res, c);
+    EXPECT_EQ(VemGetNoOfTask(res), 3);
+    EXPECT_EQ(VemGetParentNode(b), res);
+    EXPECT_EQ(VemGetLastChild(res), c);
+
+    // A grandchild goes, the count stays.
+    CVemBaseNode* grandchild = NewNode(kVemBaseNode, "G");
+    VemAddChildTail(a, grandchild);
+    EXPECT_EQ(VemDeleteChildNode(res, grandchild), 1);
+    EXPECT_TRUE(ChildNames(a).empty());
+    EXPECT_EQ(VemGetNoOfTask(res), 3);
+
+    EXPECT_EQ(VemDeleteChildNode(res, b), 1);
+    EXPECT_EQ(VemGetNoOfTask(res), 2);
+    EXPECT_EQ(ChildNames(res), (std::vector<std::string>{"A", "C"}));
+    VemDeleteNode(res);
+}
+
+TEST(ProjectNodes, AddHeadSortsOnAResourceButNotOnAConfiguration) {
+    for (tVemNodeType type : {kVemResourceNode, kVemConfigNode}) {
+        CVemBaseNode* parent = VemNewNode(type);
+        VemAddChildTail(parent, NewNode(kVemBaseNode, "B"));
+        VemAddChildTail(parent, NewNode(kVemBaseNode, "D"));
+        CVemBaseNode* c = NewNode(kVemBaseNode, "C");
+        EXPECT_EQ(VemAddChildHead(parent, c), 1);
+        EXPECT_EQ(VemGetParentNode(c), parent);
+        if (type == kVemResourceNode) {
+            EXPECT_EQ(ChildNames(parent), (std::vector<std::string>{"B", "C", "D"}));
+            EXPECT_EQ(VemGetNoOfTask(parent), 3);
+            EXPECT_EQ(VemGetName(VemGetLastChild(parent)), "D");  // the sorted insert leaves it
+        } else {
+            EXPECT_EQ(ChildNames(parent), (std::vector<std::string>{"C", "B", "D"}));
+            EXPECT_EQ(VemGetNoOfTask(parent), 0);
+            EXPECT_EQ(VemGetLastChild(parent), c);
+        }
+        VemAddChildSorted(parent, NewNode(kVemBaseNode, "A"));
+        EXPECT_EQ(ChildNames(parent).front(), "A");
+        EXPECT_EQ(VemGetNoOfTask(parent), type == kVemResourceNode ? 4 : 0);
+        VemDeleteNode(parent);
+    }
+}
+
+TEST(ProjectNodes, ResourceTextIsNameTitleAndConfigurationTitleInUpperCase) {
+    CVemBaseNode* res = NewNode(kVemResourceNode, "C:\\PRJ\\res1.obj");
+    EXPECT_EQ(VemGetNodeText(res), "RES1  -  ");
+    VemSetConfigName(res, "..\\cfg\\main.cfg");
+    EXPECT_EQ(VemGetNodeText(res), "RES1  -  MAIN");
+    EXPECT_EQ(VemGetName(res), "C:\\PRJ\\res1.obj");  // the name itself is kept as given
+    EXPECT_EQ(VemGetConfigName(res), "..\\cfg\\main.cfg");
+
+    // Forward slashes separate too; a dot in a directory is no extension; the last dot is.
+    VemSetName(res, "d:/x.y/Res2");
+    VemSetConfigName(res, "cfg.v1/conf.a.b");
+    EXPECT_EQ(VemGetNodeText(res), "RES2  -  CONF.A");
+    VemSetName(res, "C:\\PRJ\\");  // no file part: an empty title
+    EXPECT_EQ(VemGetNodeText(res), "  -  CONF.A");
+
+    char buffer[64];
+    VemGetNodeTextEx(res, buffer);
+    EXPECT_STREQ(buffer, "  -  CONF.A");
+    VemDeleteNode(res);
+}
+
+TEST(ProjectNodes, PathSplittingKeepsWindowsRulesOnThisHost) {
+    VemPathParts p = VemSplitPath("c:rel\\name.ext");
+    EXPECT_EQ(p.drive, "c:");
+    EXPECT_EQ(p.directory, "rel\\");
+    EXPECT_EQ(p.title, "name");
+    p = VemSplitPath("1:\\x.y");  // only a letter makes a drive
+    EXPECT_EQ(p.drive, "");
+    EXPECT_EQ(p.directory, "1:\\");
+    EXPECT_EQ(p.title, "x");
+    p = VemSplitPath(".cfg");
+    EXPECT_EQ(p.title, "");
+    EXPECT_EQ(p.extension, ".cfg");
+    EXPECT_EQ(VemHostPath("z:rel\\a"), "rel/a");
+}
+
+TEST(ProjectNodes, PathNameBelongsToTheResource) {
+    CVemBaseNode* res = VemNewNode(kVemResourceNode);
+    VemSetPathName(res, "C:\\PRJ\\res1.obj");
+    EXPECT_EQ(VemGetPathName(res), "C:\\PRJ\\res1.obj");
+    EXPECT_EQ(VemGetObjFileName(res), "C:\\PRJ\\res1.obj");
+    char buffer[64];
+    VemGetPathNameEx(res, buffer);
+    EXPECT_STREQ(buffer, "C:\\PRJ\\res1.obj");
+
+    CVemBaseNode* project = VemNewNode(kVemProjectNode);
+    VemSetPathName(project, "x");
+    VemSetConfigName(project, "y");
+    EXPECT_EQ(VemGetPathName(project), "");
+    EXPECT_EQ(VemGetObjFileName(project), "");
+    EXPECT_EQ(VemGetConfigName(project), "");
+    EXPECT_EQ(VemGetNoOfTask(project), 0);
+    VemSetResourceName(res, "R");
+    EXPECT_EQ(VemGetResourceName(res), "");  // the task's field, not the resource's
+    VemDeleteNode(project);
+    VemDeleteNode(res);
+}
+
+TEST(ProjectNodes, ResourceRecordByteForByte) {
+    TempDir dir;
+    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
+    VemSetConfigName(res, "C");
+    VemSetPathName(res, "not stored");
+    ASSERT_EQ(VemWriteNode(res, dir.file("r.vem").c_str()), 1);
+    Bytes want = Frame(13);
+    BaseRecord(want, 13, 1, "R");
+    want.u16_(0);    // schema word of the resource record
+    want.str("C");   // ConfigName
+    EXPECT_EQ(ReadFileBytes(dir.file("r.vem")), want.v);
+    VemDeleteNode(res);
+}
+
+TEST(ProjectNodes, ResourceLoadsWithItsChildrenAndNoCount) {
+    TempDir dir;
+    CVemBaseNode* project = NewNode(kVemProjectNode, "P");
+    CVemBaseNode* config = NewNode(kVemConfigNode, "K");
+    CVemBaseNode* res = NewNode(kVemResourceNode, "C:\\PRJ\\res1.obj");
+    VemSetConfigName(res, "..\\cfg\\main.cfg");
+    VemSetPathName(res, "C:\\PRJ\\res1.obj");
+    VemAddChildTail(project, config);
+    VemAddChildTail(config, res);
+    VemAddChildTail(res, NewNode(kVemTaskNode, "\\KOMPO.SYS\\T1"));
+    VemAddChildTail(res, NewNode(kVemBaseNode, "Global - Resource"));
+    ASSERT_EQ(VemWriteNode(project, dir.file("p.vem").c_str()), 1);
+    VemDeleteNode(project);
+
+    CVemBaseNode* loaded = VemLoadNode(dir.file("p.vem").c_str());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetNodeType(loaded), kVemProjectNode);
+    CVemBaseNode* cfg = VemGetFirstNodeOfType(loaded, kVemConfigNode);
+    ASSERT_NE(cfg, nullptr);
+    EXPECT_EQ(cfg->Expanded, 0);
+    CVemBaseNode* r = VemGetFirstNodeOfType(cfg, kVemResourceNode);
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(VemGetParentNode(r), cfg);
+    EXPECT_EQ(ChildNames(r), (std::vector<std::string>{"\\KOMPO.SYS\\T1", "Global - Resource"}));
+    EXPECT_EQ(VemGetConfigName(r), "..\\cfg\\main.cfg");
+    EXPECT_EQ(VemGetPathName(r), "");
+    EXPECT_EQ(VemGetNoOfTask(r), 0);
+    EXPECT_EQ(VemGetNodeText(r), "RES1  -  MAIN");
+    EXPECT_EQ(VemGetNodeText(VemGetFirstNodeOfType(r, kVemTaskNode)), "T1");
+
+    // The count is 16 bits wide and wraps: a deletion through a freshly loaded resource.
+    VemDeleteChildNode(r, VemGetFirstNodeOfType(r, kVemBaseNode));
+    EXPECT_EQ(VemGetNoOfTask(r), 65535);
+    VemDeleteNode(loaded);
+}
+
+TEST(ProjectNodes, ARecordOfANewerVersionDoesNotLoad) {
+    TempDir dir;
+    struct Case {
+        unsigned type;
+        unsigned expanded;
+        bool hasConfigName;
+    };
+    for (const Case& c : {Case{13, 1, true}, Case{14, 0, false}, Case{15, 1, false}, Case{11, 1, false}}) {
+        for (unsigned schema : {0u, 1u}) {
+            Bytes b = Frame(c.type);
+            BaseRecord(b, c.type, c.expanded, "N");
+            b.u16_(schema);
+            if (c.hasConfigName) b.str("C");
+            CVemBaseNode* n = LoadBytes(dir, b.v);
+            EXPECT_EQ(n != nullptr, schema == 0) << c.type;
+            if (n) VemDeleteNode(n);
+        }
+    }
+    // A resource record that ends before its ConfigName.
+    Bytes cut = Frame(13);
+    BaseRecord(cut, 13, 1, "N").u16_(0);
+    EXPECT_EQ(LoadBytes(dir, cut.v), nullptr);
+}
+
+TEST(ProjectNodes, CloneOfAnUpperLevelIsAPlainBaseNode) {
+    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
+    VemSetConfigName(res, "C");
+    VemAddChildTail(res, NewNode(kVemTaskNode, "T"));
+    CVemBaseNode* copy = VemClone(res);
+    EXPECT_EQ(copy->GetRuntimeClass(), RUNTIME_CLASS(CVemBaseNode));
+    EXPECT_EQ(VemGetNodeType(copy), kVemResourceNode);
+    EXPECT_EQ(VemGetConfigName(copy), "");
+    EXPECT_EQ(VemGetNodeText(copy), "R");
+    ASSERT_EQ(ChildNames(copy), (std::vector<std::string>{"T"}));
+    EXPECT_EQ(VemGetParentNode(copy), nullptr);
+    VemDeleteNode(copy);
+    VemDeleteNode(res);
+}
+
+TEST(TaskNode, TextDropsOneBackslashAndTheSystemDirectory) {
+    struct Case {
+        const char* name;
+        const char* text;
+    };
+    for (const Case& c : {Case{"MAIN", "MAIN"}, Case{"\\MAIN", "MAIN"}, Case{"KOMPO.SYS\\MAIN", "MAIN"},
+                          Case{"\\KOMPO.SYS\\MAIN", "MAIN"}, Case{"kompo.sys\\MAIN", "kompo.sys\\MAIN"},
+                          Case{"\\\\MAIN", "\\MAIN"}, Case{"KOMPO.SYS\\KOMPO.SYS\\M", "KOMPO.SYS\\M"},
+                          Case{"KOMPO.SYS", "KOMPO.SYS"}, Case{"\\", ""}, Case{"", ""}}) {
+        CVemBaseNode* task = NewNode(kVemTaskNode, c.name);
+        EXPECT_EQ(VemGetNodeText(task), c.text) << c.name;
+        EXPECT_EQ(VemGetName(task), c.name);
+        VemDeleteNode(task);
+    }
+}
+
+TEST(TaskNode, ResourceNameIsNotStored) {
+    TempDir dir;
+    CVemBaseNode* task = NewNode(kVemTaskNode, "T");
+    VemSetResourceName(task, "RES");
+    EXPECT_EQ(VemGetResourceName(task), "RES");
+    VemAddChildTail(task, NewNode(kVemBaseNode, "child"));
+    ASSERT_EQ(VemWriteNode(task, dir.file("t.vem").c_str()), 1);
+    Bytes want = Frame(11);
+    want.u16_(0).u8_(11).u8_(1).str("T").u32_(0).u8_(0).u16_(1);  // base record with one child
+    want.u8_(1);
+    BaseRecord(want, 1, 1, "child");
+    want.u16_(0);  // schema word of the task record
+    EXPECT_EQ(ReadFileBytes(dir.file("t.vem")), want.v);
+    VemDeleteNode(task);
+
+    CVemBaseNode* loaded = VemLoadNode(dir.file("t.vem").c_str());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetResourceName(loaded), "");
+    EXPECT_EQ(ChildNames(loaded), (std::vector<std::string>{"child"}));
+    VemDeleteNode(loaded);
+}
+
+TEST(TaskNode, DumpShowsNameAndResourceAndGoesOnToTheChildren) {
+    TempDir dir;
+    CVemBaseNode* task = NewNode(kVemTaskNode, "T");
+    VemSetResourceName(task, "R");
+    VemAddChildTail(task, NewNode(kVemBaseNode, "x"));
+    ASSERT_EQ(CVemNodeDump(task, CString(dir.file("d.txt").c_str())), 1);
+    EXPECT_EQ(ReadFileText(dir.file("d.txt")), "*TASKNODE: T\nResName: R \n\n  - BaseNodeType: 1\n");
+    VemDeleteNode(task);
+}

@@ -1,0 +1,298 @@
+// Task container: compile state, its record, and the task files it reads when it is loaded.
+#include <dirent.h>
+
+#include "alloc_hook.h"
+#include "download/datacontainer.h"
+#include "test_util.h"
+
+using vemtest::Bytes;
+using vemtest::MessageCapture;
+using vemtest::ReadFileBytes;
+using vemtest::ReadFileText;
+using vemtest::TempDir;
+using vemtest::WriteFileBytes;
+
+namespace {
+
+CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
+    CVemBaseNode* node = VemNewNode(type);
+    VemSetName(node, name);
+    return node;
+}
+
+std::vector<std::string> ChildNames(CVemBaseNode* parent) {
+    std::vector<std::string> names;
+    CObList* list = VemGetChildList(parent);
+    for (POSITION pos = list->GetHeadPosition(); pos;) {
+        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
+    }
+    return names;
+}
+
+int OpenDescriptors() {
+    int count = 0;
+    if (DIR* d = opendir("/proc/self/fd")) {
+        while (readdir(d)) ++count;
+        closedir(d);
+    }
+    return count;
+}
+
+// Writes an object into a file of its own, as the compiler writes a task.
+void WriteObjectFile(const std::string& path, const CObject* object) {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    CArchive ar(&file, CArchive::store);
+    ar.WriteObject(object);
+    ar.Close();
+    file.Close();
+}
+
+// A compiled task as it stands in for one here: a base node of type 16 with one child.
+void WriteTaskFile(const std::string& path, const char* name) {
+    CVemBaseNode task(kVemTuiTaskNode, name, 1);
+    task.AddChildTail(new CVemBaseNode(kVemBaseNode, "var", 0));
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    CArchive ar(&file, CArchive::store);
+    ASSERT_EQ(VemWriteObject(&task, ar), 1);
+    ar.Close();
+    file.Close();
+}
+
+// Executable-like root: a resource with the container below it.
+CVemBaseNode* NewResourceWithContainer(CVemBaseNode*& container) {
+    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
+    container = VemNewNode(kVemTaskContainerNode);
+    VemAddChildTail(res, container);
+    return res;
+}
+
+CVemBaseNode* StoreAndLoad(const TempDir& dir, CVemBaseNode* root) {
+    EXPECT_EQ(VemWriteNode(root, dir.file("exe.vem").c_str()), 1);
+    return VemLoadNode(dir.file("exe.vem").c_str());
+}
+
+tCompiledTasks Counts(CVemBaseNode* node) { return VemAllTaskCompiledSuccesfully(node); }
+
+}  // namespace
+
+TEST(TaskContainer, CountsRegisteredAndCompiledTasks) {
+    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 0);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    VemRegisterTask(tasks, "T1");
+    VemRegisterTask(tasks, "T2");
+    VemTaskCompiled(tasks, "T1", "t1.tsk");
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 1);
+    VemRegisterTask(tasks, "T1");  // takes the compile result back
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    VemTaskCompiled(tasks, "T3", "t3.tsk");  // never registered: the entry is made
+    VemTaskCompiled(tasks, "t3", "other.tsk");  // keys keep their case
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 4);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 2);
+
+    // Only the container answers.
+    CVemBaseNode* task = VemNewNode(kVemTaskNode);
+    VemRegisterTask(task, "T1");
+    EXPECT_EQ(Counts(task).NoOfTasks, 0);
+    EXPECT_EQ(Counts(task).NoOfCompiledTasks, 0);
+    VemDeleteNode(task);
+    VemDeleteNode(tasks);
+}
+
+TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
+    TempDir dir;
+    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
+    VemRegisterTask(tasks, "T1");
+    VemAddChildTail(tasks, NewNode(kVemBaseNode, "in memory only"));
+    VemAddChildTail(tasks, NewNode(kVemBaseNode, "also"));
+    ASSERT_EQ(VemWriteNode(tasks, dir.file("c.vem").c_str()), 1);
+    EXPECT_TRUE(ChildNames(tasks).empty());  // the store took them away
+
+    Bytes want;
+    want.u16_(17);  // node type word of the root
+    for (char c : std::string("Norvadis_VEM_Version:003")) want.u8_(static_cast<u8>(c));
+    want.u8_(0);
+    want.u16_(0).u8_(17).u8_(1).str("TASKS").u32_(0).u8_(0);  // base record: schema .. extra text
+    want.u16_(0);     // child count: never any
+    want.u16_(0);     // schema word of the container record
+    want.u16_(1);     // TaskList: count
+    want.str("T1");   // key
+    want.str("");     // value: not compiled
+    EXPECT_EQ(ReadFileBytes(dir.file("c.vem")), want.v);
+    VemDeleteNode(tasks);
+
+    CVemBaseNode* loaded = VemLoadNode(dir.file("c.vem").c_str());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetName(loaded), "TASKS");
+    EXPECT_TRUE(ChildNames(loaded).empty());
+    EXPECT_EQ(Counts(loaded).NoOfTasks, 1);
+    EXPECT_EQ(Counts(loaded).NoOfCompiledTasks, 0);
+    VemDeleteNode(loaded);
+}
+
+TEST(TaskContainer, AnEmptyContainerStoresACountOfZero) {
+    TempDir dir;
+    CVemBaseNode* container = nullptr;
+    CVemBaseNode* res = NewResourceWithContainer(container);
+    CVemBaseNode* loaded = StoreAndLoad(dir, res);
+    ASSERT_NE(loaded, nullptr);
+    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
+    ASSERT_NE(tasks, nullptr);
+    EXPECT_EQ(VemGetParentNode(tasks), loaded);
+    EXPECT_TRUE(ChildNames(tasks).empty());
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 0);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    VemDeleteNode(loaded);
+    VemDeleteNode(res);
+}
+
+TEST(TaskContainer, LoadHangsTheCompiledTasksBelowIt) {
+    TempDir dir;
+    WriteTaskFile(dir.file("t1.tsk"), "T1");
+    WriteTaskFile(dir.file("t2.tsk"), "T2");
+    CVemBaseNode* container = nullptr;
+    CVemBaseNode* res = NewResourceWithContainer(container);
+    VemRegisterTask(container, "T2");
+    VemRegisterTask(container, "T1");
+    VemTaskCompiled(container, "T2", dir.file("t2.tsk").c_str());
+    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
+    CVemBaseNode* loaded = StoreAndLoad(dir, res);
+    VemDeleteNode(res);
+    ASSERT_NE(loaded, nullptr);
+    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
+    EXPECT_EQ(ChildNames(tasks), (std::vector<std::string>{"T2", "T1"}));  // the map's order
+    CVemBaseNode* t2 = VemGetFirstNodeOfType(tasks, kVemTuiTaskNode);
+    EXPECT_EQ(VemGetParentNode(t2), tasks);
+    EXPECT_EQ(ChildNames(t2), (std::vector<std::string>{"var"}));
+    EXPECT_EQ(t2->Serial, 0u);
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 2);
+    VemDeleteNode(loaded);
+}
+
+TEST(TaskContainer, AMissingFileStopsTheReadingAndKeepsWhatWasRead) {
+    TempDir dir;
+    WriteTaskFile(dir.file("t1.tsk"), "T1");
+    WriteTaskFile(dir.file("t3.tsk"), "T3");
+    CVemBaseNode* container = nullptr;
+    CVemBaseNode* res = NewResourceWithContainer(container);
+    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
+    VemTaskCompiled(container, "T2", dir.file("missing.tsk").c_str());
+    VemTaskCompiled(container, "T3", dir.file("t3.tsk").c_str());
+    MessageCapture messages;
+    CVemBaseNode* loaded = StoreAndLoad(dir, res);
+    VemDeleteNode(res);
+    ASSERT_NE(loaded, nullptr);
+    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
+    EXPECT_EQ(ChildNames(tasks), (std::vector<std::string>{"T1"}));
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 3);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 3);
+    EXPECT_TRUE(messages.texts().empty());
+    VemDeleteNode(loaded);
+}
+
+TEST(TaskContainer, AnEntryWithoutAFileTakesAllTasksAway) {
+    TempDir dir;
+    WriteTaskFile(dir.file("t1.tsk"), "T1");
+    CVemBaseNode* container = nullptr;
+    CVemBaseNode* res = NewResourceWithContainer(container);
+    VemRegisterTask(container, "T1");
+    VemRegisterTask(container, "T2");
+    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
+    EXPECT_EQ(Counts(container).NoOfTasks, 2);
+    EXPECT_EQ(Counts(container).NoOfCompiledTasks, 1);
+    CVemBaseNode* loaded = StoreAndLoad(dir, res);
+    VemDeleteNode(res);
+    ASSERT_NE(loaded, nullptr);
+    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
+    EXPECT_TRUE(ChildNames(tasks).empty());  // T1 was read, then T2 took it away again
+    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
+    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 1);
+    VemDeleteNode(loaded);
+}
+
+TEST(TaskContainer, ANullObjectStopsLikeAMissingFile) {
+    TempDir dir;
+    WriteTaskFile(dir.file("t1.tsk"), "T1");
+    WriteFileBytes(dir.file("null.tsk"), Bytes().u16_(0).v);  // the null reference
+    WriteTaskFile(dir.file("t3.tsk"), "T3");
+    CVemBaseNode* container = nullptr;
+    CVemBaseNode* res = NewResourceWithContainer(container);
+    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
+    VemTaskCompiled(container, "T2", dir.file("null.tsk").c_str());
+    VemTaskCompiled(container, "T3", dir.file("t3.tsk").c_str());
+    CVemBaseNode* loaded = StoreAndLoad(dir, res);
+    VemDeleteNode(res);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(ChildNames(VemGetFirstNodeOfType(loaded, kVemTaskContainerNode)), (std::vector<std::string>{"T1"}));
+    VemDeleteNode(loaded);
+}
+
+TEST(TaskContainer, ADamagedTaskFileFailsTheWholeLoadCleanly) {
+    TempDir dir;
+    WriteTaskFile(dir.file("good.tsk"), "T1");
+    const std::vector<u8> good = ReadFileBytes(dir.file("good.tsk"));
+    CVemDataObject notANode;
+    WriteObjectFile(dir.file("other.tsk"), &notANode);
+    Bytes unknown;
+    unknown.u16_(0xFFFF).u16_(5).u16_(12);  // new class, schema 5, a name of 12 characters
+    for (char c : std::string("CVemNoSuchNd")) unknown.u8_(static_cast<u8>(c));
+    Bytes newer = Bytes().raw(good);
+    newer.v[2 + 2 + 2 + 12] = 1;  // behind tag, schema, length and "CVemBaseNode": the record's schema word
+
+    std::vector<std::vector<u8>> damaged = {{}, unknown.v, ReadFileBytes(dir.file("other.tsk")), newer.v};
+    for (std::size_t cut = 1; cut < good.size(); cut += 3) {
+        damaged.emplace_back(good.begin(), good.begin() + static_cast<long>(cut));
+    }
+    MessageCapture messages;
+    const int descriptors = OpenDescriptors();
+    for (std::size_t i = 0; i < damaged.size(); ++i) {
+        WriteFileBytes(dir.file("bad.tsk"), damaged[i]);
+        CVemBaseNode* container = nullptr;
+        CVemBaseNode* res = NewResourceWithContainer(container);
+        VemTaskCompiled(container, "T1", dir.file("good.tsk").c_str());
+        VemTaskCompiled(container, "T2", dir.file("bad.tsk").c_str());
+        ASSERT_EQ(VemWriteNode(res, dir.file("exe.vem").c_str()), 1);
+        VemDeleteNode(res);
+        vemtest::AllocationWatch watch;
+        EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr) << i;
+        EXPECT_EQ(watch.Live(), 0) << i;
+        EXPECT_EQ(OpenDescriptors(), descriptors) << i;
+    }
+    EXPECT_TRUE(messages.texts().empty());
+}
+
+TEST(TaskContainer, ATaskFileThatNamesItselfFailsInsteadOfRecursing) {
+    TempDir dir;
+    CVemBaseNode* inner = VemNewNode(kVemTaskContainerNode);
+    VemTaskCompiled(inner, "T", dir.file("self.tsk").c_str());
+    WriteObjectFile(dir.file("self.tsk"), inner);
+    VemDeleteNode(inner);
+    CVemBaseNode* container = nullptr;
+    CVemBaseNode* res = NewResourceWithContainer(container);
+    VemTaskCompiled(container, "T", dir.file("self.tsk").c_str());
+    const int descriptors = OpenDescriptors();
+    EXPECT_EQ(StoreAndLoad(dir, res), nullptr);
+    EXPECT_EQ(OpenDescriptors(), descriptors);
+    VemDeleteNode(res);
+}
+
+TEST(TaskContainer, DumpListsTheTasks) {
+    TempDir dir;
+    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
+    ASSERT_EQ(CVemNodeDump(tasks, CString(dir.file("empty.txt").c_str())), 1);
+    EXPECT_EQ(ReadFileText(dir.file("empty.txt")), "*TUITASKNODE: TASKS\n\n========================================  \n");
+    VemRegisterTask(tasks, "T1");
+    VemTaskCompiled(tasks, "T2", "t2.tsk");
+    VemAddChildTail(tasks, NewNode(kVemBaseNode, "x"));
+    CFile file(dir.file("full.txt").c_str(), CFile::modeCreate | CFile::modeWrite);
+    tasks->NodeDump(&file, "> ");
+    file.Close();
+    EXPECT_EQ(ReadFileText(dir.file("full.txt")),
+              "> *TUITASKNODE: TASKS\n> \nTASKLISTE\n\n> T1   ->  \n> T2   ->  t2.tsk\n"
+              "> ========================================  \n"
+              ">   - BaseNodeType: 1\n");
+    VemDeleteNode(tasks);
+}

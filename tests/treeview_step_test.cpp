@@ -1,0 +1,80 @@
+// Stepping through the shown nodes with the cursor keys: the order of painting, the ends, and
+// collapsed subtrees.
+#include "treeview_test_util.h"
+
+using vemtest::Add;
+
+namespace {
+
+// root
+//   a
+//     a1
+//     a2
+//   b (collapsed)
+//     b1
+//   c
+// Shown in the order root, a, a1, a2, b, c. Nothing needs to be drawn for stepping.
+struct ShownTree : ::testing::Test {
+    CVemBaseNode root{kVemBaseNode, "root", 1};
+    CVemBaseNode* a = Add(&root, new CVemBaseNode(kVemBaseNode, "a", 1));
+    CVemBaseNode* a1 = Add(a, new CVemBaseNode(kVemVariableNode, "a1", 0));
+    CVemBaseNode* a2 = Add(a, new CVemBaseNode(kVemVariableNode, "a2", 0));
+    CVemBaseNode* b = Add(&root, new CVemBaseNode(kVemBaseNode, "b", 0));
+    CVemBaseNode* b1 = Add(b, new CVemBaseNode(kVemVariableNode, "b1", 0));
+    CVemBaseNode* c = Add(&root, new CVemBaseNode(kVemBaseNode, "c", 1));
+};
+
+}  // namespace
+
+TEST_F(ShownTree, NextWalksTheShownNodesInPaintingOrder) {
+    const std::vector<CVemBaseNode*> shown = {&root, a, a1, a2, b, c};
+    for (std::size_t i = 0; i + 1 < shown.size(); ++i) {
+        EXPECT_EQ(VemGetSelectedNextNode(&root, shown[i]), shown[i + 1]) << VemGetName(shown[i]).str();
+    }
+}
+
+TEST_F(ShownTree, PrevWalksBack) {
+    const std::vector<CVemBaseNode*> shown = {&root, a, a1, a2, b, c};
+    for (std::size_t i = 1; i < shown.size(); ++i) {
+        EXPECT_EQ(VemGetSelectedPrevNode(&root, shown[i]), shown[i - 1]) << VemGetName(shown[i]).str();
+    }
+}
+
+TEST_F(ShownTree, TheEndsGiveNull) {
+    EXPECT_EQ(VemGetSelectedPrevNode(&root, &root), nullptr);
+    EXPECT_EQ(VemGetSelectedNextNode(&root, c), nullptr);
+}
+
+TEST_F(ShownTree, TargetBelowACollapsedNodeIsNotFound) {
+    EXPECT_EQ(VemGetSelectedPrevNode(&root, b1), nullptr);
+    EXPECT_EQ(VemGetSelectedNextNode(&root, b1), nullptr);
+    VemSetExpanded(b, 1);
+    EXPECT_EQ(VemGetSelectedPrevNode(&root, b1), b);
+    EXPECT_EQ(VemGetSelectedNextNode(&root, b1), c);
+    EXPECT_EQ(VemGetSelectedNextNode(&root, b), b1);
+}
+
+TEST_F(ShownTree, ANodeOutsideTheTreeIsNotFound) {
+    CVemBaseNode stranger(kVemBaseNode, "x", 1);
+    EXPECT_EQ(VemGetSelectedPrevNode(&root, &stranger), nullptr);
+    EXPECT_EQ(VemGetSelectedNextNode(&root, &stranger), nullptr);
+}
+
+// The flat functions start afresh each time, whatever the call before left behind.
+TEST_F(ShownTree, EachStepStartsAfresh) {
+    CVemBaseNode stranger(kVemBaseNode, "x", 1);
+    EXPECT_EQ(VemGetSelectedNextNode(&root, c), nullptr);  // leaves the found flag set
+    EXPECT_EQ(VemGetSelectedNextNode(&root, a), a1);
+    EXPECT_EQ(VemGetSelectedPrevNode(&root, &stranger), nullptr);  // leaves the last node behind
+    EXPECT_EQ(VemGetSelectedPrevNode(&root, &root), nullptr);
+}
+
+// Below a subtree, the operations of the node walk only that subtree.
+TEST_F(ShownTree, TheOperationsWalkFromTheNodeTheyAreAskedOn) {
+    VemInitPrevNextStaticVar(&root);
+    EXPECT_EQ(a->GetSelectedPrevNode(a2), a1);
+    VemInitPrevNextStaticVar(&root);
+    EXPECT_EQ(a->GetSelectedNextNode(a2), nullptr);
+    VemInitPrevNextStaticVar(&root);
+    EXPECT_EQ(a->GetSelectedPrevNode(a), nullptr);
+}
