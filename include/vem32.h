@@ -17,3 +17,4 @@
 #include "memory/segtbl.h"
 #include "node/basenode.h"
 #include "statement/evembase.h"
+#include "units/statlist.h"

@@ -3,12 +3,20 @@
 #include "node/nodefile.h"
 #include "project/project.h"
 #include "project/tasks.h"
+#include "units/pou.h"
+#include "variables/struct.h"
 #include "vem_node.h"
 
 CVemBaseNode* VemNewNode(tVemNodeType type) {
     CVemBaseNode* node = nullptr;
     switch (type) {
         case kVemBaseNode: node = new CVemBaseNode(kVemBaseNode, CString(), 1); break;
+        case kVemVariableNode: node = new CVemVariableNode(CString(), 0, kCbeTypeUndef, 0, 0); break;
+        case kVemProgramNode: node = new CVemProgramNode(CString(), CString(), CString()); break;
+        case kVemFbNode: node = new CVemFbNode(CString(), CString(), CString()); break;
+        case kVemFunctionNode: node = new CVemFunctionNode(CString(), CString(), CString()); break;
+        case kVemStructNode: node = new CVemStructNode(CString(), 0, 0, 10); break;
+        case kVemFbInstanceNode: node = new CVemFbInstanceNode(CString(), 0, CString()); break;
         case kVemTaskNode: node = new CVemTaskNode(CString()); break;
         case kVemResourceNode: node = new CVemResourceNode(CString()); break;
         case kVemConfigNode: node = new CVemConfigNode(CString()); break;

@@ -1,0 +1,365 @@
+// Unit records in node files: the golden record of a function, the tails of the three kinds, what
+// a load gives back, and damaged records.
+#include "alloc_hook.h"
+#include "test_util.h"
+#include "units/pou.h"
+#include "variables/struct.h"
+#include "vem_bytearray.h"
+
+using vemtest::AllocationWatch;
+using vemtest::Bytes;
+using vemtest::MessageCapture;
+using vemtest::ReadFileBytes;
+using vemtest::TempDir;
+using vemtest::WriteFileBytes;
+
+namespace {
+
+CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
+    auto* array = new CVemByteArray;
+    for (u8 b : bytes) array->Append(&b, 1);
+    return array;
+}
+
+CStatListEntry* NewEntry(u16 line, i32 codeLine, u32 aeType, u32 operandType) {
+    auto* entry = new CStatListEntry;
+    entry->AwlLine = line;
+    entry->CodeLine = codeLine;
+    entry->AEType = aeType;
+    entry->OperandType = operandType;
+    return entry;
+}
+
+// Gives a unit the fields of the golden record.
+void FillUnit(CVemBaseNode* unit) {
+    VemGetStatList(unit)->NewEntry(NewEntry(4, -1, 2, 3));
+    VemSetPflArray(unit, NewArray({0xAA, 0xBB}));
+    VemSetSegmentNumbers(unit, 8, 7, 9, 1);
+    VemSetCrSize(unit, 1);
+    VemSetCrStackSize(unit, 2);
+    VemSetCrStackElements(unit, 3);
+    VemSetCodePathName(unit, "C");
+    VemSetCheckSum(unit, 0x11223344u);
+    static_cast<CVemPouNode*>(unit)->Date = 0x55667788u;
+    VemSetDataSegLength(unit, 0x0A0B);
+    unit->SetStartOffset(0x01020304u);
+    VemSetProgramNr(unit, 0x0506);
+}
+
+std::vector<u8> FunctionFile() {
+    Bytes b;
+    b.u16_(5);  // 0 node type word of the root
+    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
+    b.u8_(0);                  // 26 end of the stamp
+    b.u16_(0);                 // 27 schema word of the base record
+    b.u8_(5);                  // 29 node type
+    b.u8_(1);                  // 30 Expanded
+    b.str("F");                // 31 name
+    b.u32_(0);                 // 33 Serial
+    b.u8_(0);                  // 37 ExtraText
+    b.u16_(0);                 // 38 child count
+    b.u16_(1);                 // 40 statement list: count
+    b.u16_(4);                 // 42   line
+    b.u16_(0);                 // 44   entry version
+    b.u16_(4);                 // 46   AwlLine
+    b.u32_(0xFFFFFFFF);        // 48   CodeLine
+    b.u16_(2);                 // 52   AEType
+    b.u16_(3);                 // 54   OperandType
+    b.u8_(3).u8_(1);           // 56 PflArray: tag 3, ByteSize 1
+    b.u16_(1);                 // 58   version
+    b.u16_(2);                 // 60   count
+    b.u8_(0xAA).u8_(0xBB);     // 62   bytes
+    b.u8_(0);                  // 64   not big-endian
+    b.u8_(1);                  // 65   ByteSize
+    b.u16_(7);                 // 66 CodeSegNr
+    b.u16_(8);                 // 68 DataSegNr
+    b.u16_(9);                 // 70 IniDataSegNr
+    b.u16_(1);                 // 72 CrSize
+    b.u16_(2);                 // 74 SizeCrStack
+    b.u16_(3);                 // 76 ElemCrStack
+    b.str("C");                // 78 CodeFileName
+    b.u32_(0x11223344);        // 80 Checksum
+    b.u32_(0x55667788);        // 84 Date
+    b.u16_(0x0A0B);            // 88 DataSegLength
+    b.u32_(0x01020304);        // 90 StartOffset
+    b.str("P");                // 94 Path
+    b.u16_(0x0506);            // 96 ProgramNr
+    b.u16_(0);                 // 98 Reserved of the function
+    return b.v;
+}
+
+std::size_t WrittenSize(CVemBaseNode* node, const TempDir& dir) {
+    EXPECT_EQ(VemWriteNode(node, dir.file("size.vem").c_str()), 1);
+    return ReadFileBytes(dir.file("size.vem")).size();
+}
+
+CVemBaseNode* StoreAndLoad(CVemBaseNode* node, const TempDir& dir) {
+    EXPECT_EQ(VemWriteNode(node, dir.file("unit.vem").c_str()), 1);
+    return VemLoadNode(dir.file("unit.vem").c_str());
+}
+
+// A program with children of every kind of this subsystem, a statement list and arrays.
+CVemBaseNode* RichProgram() {
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    VemSetName(program, "MAIN");
+    FillUnit(program);
+    VemSetGlobal(program, 1);
+    CVemBaseNode* fb = VemCreateCVemFbNode("I : T", "t.poe");
+    FillUnit(fb);
+    VemAddChildTail(fb, VemCreateCVemVariableNode("X", 0, kCbeTypeInt, 2, 0));
+    CVemBaseNode* structure = VemNewNode(kVemStructNode);
+    VemAddChildTail(structure, VemCreateCVemVariableNode("M", 2, kCbeTypeBool, 1, 0));
+    CVemBaseNode* instance = VemNewNode(kVemFbInstanceNode);
+    VemSetTypeName(instance, "T");
+    VemAddChildTail(program, fb);
+    VemAddChildTail(program, VemCreateCVemFunctionNode("G", "g.poe"));
+    VemAddChildTail(program, structure);
+    VemAddChildTail(program, instance);
+    return program;
+}
+
+}  // namespace
+
+TEST(UnitsFile, FunctionRecordIsWrittenByteForByte) {
+    TempDir dir;
+    CVemBaseNode* function = VemCreateCVemFunctionNode("F", "P");
+    FillUnit(function);
+    VemSetOffset(function, 0x77);  // not stored
+    ASSERT_EQ(VemWriteNode(function, dir.file("f.vem").c_str()), 1);
+    EXPECT_EQ(ReadFileBytes(dir.file("f.vem")), FunctionFile());
+    VemDeleteNode(function);
+}
+
+TEST(UnitsFile, FunctionRecordLoadsEveryField) {
+    TempDir dir;
+    WriteFileBytes(dir.file("f.vem"), FunctionFile());
+    CVemBaseNode* loaded = VemLoadNode(dir.file("f.vem").c_str());
+    ASSERT_NE(loaded, nullptr);
+    ASSERT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
+    auto* f = static_cast<CVemFunctionNode*>(loaded);
+    EXPECT_EQ(f->Name, "F");
+    EXPECT_EQ(f->Path, "P");
+    EXPECT_EQ(f->CodeSegNr, 7);
+    EXPECT_EQ(f->DataSegNr, 8);
+    EXPECT_EQ(f->IniDataSegNr, 9);
+    EXPECT_EQ(f->NccSegNr, CVemPouNode::kNoSegment);  // not stored
+    EXPECT_EQ(f->CrSize, 1);
+    EXPECT_EQ(f->SizeCrStack, 2);
+    EXPECT_EQ(f->ElemCrStack, 3);
+    EXPECT_EQ(f->CodeFileName, "C");
+    EXPECT_EQ(f->Checksum, 0x11223344u);
+    EXPECT_EQ(f->Date, 0x55667788u);
+    EXPECT_EQ(f->DataSegLength, 0x0A0B);
+    EXPECT_EQ(f->StartOffset, 0x01020304u);
+    EXPECT_EQ(f->ProgramNr, 0x0506);
+    EXPECT_EQ(f->Reserved, 0);
+    EXPECT_EQ(f->Offset, 0);
+    EXPECT_EQ(f->SubSegmentKind, kIpSegIo);
+    EXPECT_EQ(f->DataSegmentPtr, nullptr);
+    ASSERT_NE(f->PflArray, nullptr);
+    EXPECT_EQ(f->PflArray->GetLength(), 2u);
+    EXPECT_EQ(f->PflArray->GetBytePointer()[1], 0xBB);
+    ASSERT_EQ(f->StatList->GetCount(), 1);
+    CStatListEntry* entry = f->StatList->GetEntry(4);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->CodeLine, -1);
+    EXPECT_EQ(entry->AEType, 2u);
+    EXPECT_EQ(entry->OperandType, 3u);
+    VemDeleteNode(loaded);
+}
+
+TEST(UnitsFile, GlobalFlagKeepsItsLowByte) {
+    TempDir dir;
+    const std::pair<int, int> cases[] = {{0, 0}, {1, 1}, {256, 0}, {257, 1}, {0x1FF, 0xFF}};
+    for (const auto& [set, read] : cases) {
+        CVemBaseNode* program = VemNewNode(kVemProgramNode);
+        VemSetGlobal(program, set);
+        CVemBaseNode* loaded = StoreAndLoad(program, dir);
+        ASSERT_NE(loaded, nullptr);
+        EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
+        EXPECT_EQ(VemGetGlobal(loaded), read) << set;
+        EXPECT_EQ(loaded->GetIconID(), read ? 137u : 118u) << set;
+        VemDeleteNode(program);
+        VemDeleteNode(loaded);
+    }
+}
+
+TEST(UnitsFile, TailsOfTheThreeKinds) {
+    TempDir dir;
+    CVemPouNode plain(kVemBaseNode, "U", "u.poe");
+    CVemProgramNode program("U", "u.poe");
+    CVemFbNode fb("U", "u.poe");
+    CVemFunctionNode function("U", "u.poe");
+    const std::size_t plainSize = WrittenSize(&plain, dir);
+    EXPECT_EQ(WrittenSize(&program, dir), plainSize + 1);
+    EXPECT_EQ(WrittenSize(&function, dir), plainSize + 2);
+    EXPECT_EQ(WrittenSize(&fb, dir), plainSize + 4);
+}
+
+TEST(UnitsFile, FunctionBlockKeepsItsReservedWordsButNotItsKind) {
+    TempDir dir;
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "f.poe");
+    static_cast<CVemFbNode*>(fb)->Reserved = 0x1234;
+    static_cast<CVemFbNode*>(fb)->Reserved2 = 0x5678;
+    static_cast<CVemFbNode*>(fb)->SetFbSubSegmentKind(kIpSegData);
+    CVemBaseNode* loaded = StoreAndLoad(fb, dir);
+    ASSERT_NE(loaded, nullptr);
+    auto* f = static_cast<CVemFbNode*>(loaded);
+    EXPECT_EQ(f->Reserved, 0x1234);
+    EXPECT_EQ(f->Reserved2, 0x5678);
+    EXPECT_EQ(f->GetFbSubSegmentKind(), kIpSegCode);
+    VemDeleteNode(fb);
+    VemDeleteNode(loaded);
+}
+
+TEST(UnitsFile, FunctionLosesItsOffsetAndKind) {
+    TempDir dir;
+    CVemBaseNode* function = VemCreateCVemFunctionNode("G", "g.poe");
+    VemSetSubSegmentKind(function, kIpSegData);
+    VemSetOffset(function, 12);
+    CVemBaseNode* loaded = StoreAndLoad(function, dir);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetSubSegmentKind(loaded), kIpSegIo);
+    EXPECT_EQ(VemGetOffset(loaded), 0);
+    VemDeleteNode(function);
+    VemDeleteNode(loaded);
+}
+
+TEST(UnitsFile, EmptyListAndNoArrayComeBackSo) {
+    TempDir dir;
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    CVemByteArray data;
+    VemSetDataSegmentPtr(program, &data);
+    CVemBaseNode* loaded = StoreAndLoad(program, dir);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetPflArray(loaded), nullptr);
+    ASSERT_NE(VemGetStatList(loaded), nullptr);
+    EXPECT_EQ(VemGetStatList(loaded)->GetCount(), 0);
+    EXPECT_EQ(VemGetDataSegmentPtr(loaded), nullptr);
+    VemDeleteNode(program);
+    VemDeleteNode(loaded);
+}
+
+TEST(UnitsFile, TreeOfUnitsComesBackWithItsClassesAndParents) {
+    TempDir dir;
+    CVemBaseNode* program = RichProgram();
+    CVemBaseNode* loaded = StoreAndLoad(program, dir);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
+    EXPECT_EQ(VemGetGlobal(loaded), 1);
+    const CRuntimeClass* classes[] = {RUNTIME_CLASS(CVemFbNode), RUNTIME_CLASS(CVemFunctionNode),
+                                      RUNTIME_CLASS(CVemStructNode), RUNTIME_CLASS(CVemFbInstanceNode)};
+    int i = 0;
+    for (POSITION pos = loaded->Children.GetHeadPosition(); pos; ++i) {
+        CVemBaseNode* child = loaded->ChildAt(pos);
+        EXPECT_EQ(child->GetRuntimeClass(), classes[i]);
+        EXPECT_EQ(child->Parent, loaded);
+    }
+    CVemBaseNode* fb = VemGetFirstNodeOfType(loaded, kVemFbNode);
+    EXPECT_EQ(VemGetPathName(fb), "t.poe");
+    EXPECT_EQ(VemGetStatList(fb)->GetEntry(4)->OperandType, 3u);
+    EXPECT_EQ(VemGetName(static_cast<CVemBaseNode*>(fb->Children.GetHead())), "X");
+    // Written again, the tree gives the same bytes.
+    ASSERT_EQ(VemWriteNode(loaded, dir.file("again.vem").c_str()), 1);
+    EXPECT_EQ(ReadFileBytes(dir.file("again.vem")), ReadFileBytes(dir.file("unit.vem")));
+    VemDeleteNode(program);
+    VemDeleteNode(loaded);
+}
+
+TEST(UnitsFile, EveryCutOfATreeOfUnitsFailsTheLoadWithoutALeak) {
+    TempDir dir;
+    CVemBaseNode* program = RichProgram();
+    ASSERT_EQ(VemWriteNode(program, dir.file("full.vem").c_str()), 1);
+    VemDeleteNode(program);
+    const std::vector<u8> full = ReadFileBytes(dir.file("full.vem"));
+    for (std::size_t length = 27; length < full.size(); ++length) {
+        WriteFileBytes(dir.file("cut.vem"), std::vector<u8>(full.begin(), full.begin() + length));
+        AllocationWatch watch;
+        EXPECT_EQ(VemLoadNode(dir.file("cut.vem").c_str()), nullptr) << length;
+        EXPECT_EQ(watch.Live(), 0) << length;
+    }
+}
+
+TEST(UnitsFile, MemoryShortageAtAnyPointOfALoadLeavesNothingBehind) {
+    TempDir dir;
+    CVemBaseNode* program = RichProgram();
+    ASSERT_EQ(VemWriteNode(program, dir.file("full.vem").c_str()), 1);
+    VemDeleteNode(program);
+    MessageCapture messages;
+    for (long k = 0;; ++k) {
+        AllocationWatch watch;
+        watch.FailAfter(k);
+        CVemBaseNode* loaded = nullptr;
+        try {
+            loaded = VemLoadNode(dir.file("full.vem").c_str());
+        } catch (const std::bad_alloc&) {
+            continue;  // opening the file is not guarded: the shortage passes to the caller there
+        }
+        if (loaded) {
+            VemDeleteNode(loaded);
+            break;
+        }
+        EXPECT_EQ(watch.Live(), 0) << k;
+    }
+    EXPECT_FALSE(messages.texts().empty());
+}
+
+TEST(UnitsFile, MemoryShortageAtAnyPointOfACloneLeavesNothingBehind) {
+    CVemBaseNode* program = RichProgram();
+    CVemByteArray data;
+    VemSetDataSegmentPtr(program, &data);
+    for (long k = 0;; ++k) {
+        AllocationWatch watch;
+        watch.FailAfter(k);
+        CVemBaseNode* clone = nullptr;
+        try {
+            clone = VemClone(program);
+        } catch (const std::bad_alloc&) {
+        } catch (const CMemoryException&) {
+        }
+        watch.FailAfter(-1);
+        if (clone) {
+            EXPECT_EQ(clone->Children.GetCount(), 4);
+            VemDeleteNode(clone);
+            EXPECT_EQ(watch.Live(), 0) << k;
+            break;
+        }
+        EXPECT_EQ(watch.Live(), 0) << k;
+    }
+    VemDeleteNode(program);
+}
+
+TEST(UnitsFile, NewerRecordVersionsInsideAUnitFailTheLoad) {
+    TempDir dir;
+    std::vector<u8> file = FunctionFile();
+    file[44] = 1;  // version of the statement list entry
+    WriteFileBytes(dir.file("entry.vem"), file);
+    EXPECT_EQ(VemLoadNode(dir.file("entry.vem").c_str()), nullptr);
+
+    file = FunctionFile();
+    file[58] = 2;  // version of the byte array
+    WriteFileBytes(dir.file("array.vem"), file);
+    EXPECT_EQ(VemLoadNode(dir.file("array.vem").c_str()), nullptr);
+}
+
+TEST(UnitsFile, UnitsTravelAsObjectsByTheirClassName) {
+    CMemFile file;
+    CVemBaseNode* program = RichProgram();
+    {
+        CArchive ar(&file, CArchive::store);
+        ASSERT_EQ(VemWriteObject(program, ar), 1);
+        ar.Close();
+    }
+    const std::vector<u8> bytes = file.Data();
+    const std::string name = "CVemProgramNode";
+    ASSERT_GT(bytes.size(), 6 + name.size());
+    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 6 + static_cast<long>(name.size())), name);
+    CMemFile in(bytes);
+    CArchive ar(&in, CArchive::load);
+    CVemBaseNode* read = VemReadObject(ar);
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
+    EXPECT_EQ(read->Children.GetCount(), 4);
+    VemDeleteNode(program);
+    VemDeleteNode(read);
+}

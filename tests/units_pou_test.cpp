@@ -1,0 +1,427 @@
+// Program organisation units: segments, what reaches the children, the three kinds, and clones.
+#include "test_util.h"
+#include "units/pou.h"
+#include "variables/struct.h"
+#include "vem_bytearray.h"
+
+namespace {
+
+CVemBaseNode* NewVariable(const char* name, u16 offset) {
+    return VemCreateCVemVariableNode(name, offset, kCbeTypeInt, 2, 0);
+}
+
+CVemBaseNode* NewProgram(const char* name) {
+    CVemBaseNode* p = VemNewNode(kVemProgramNode);
+    VemSetName(p, name);
+    return p;
+}
+
+std::vector<CVemBaseNode*> ChildrenOf(CVemBaseNode* node) {
+    std::vector<CVemBaseNode*> out;
+    for (POSITION pos = node->Children.GetHeadPosition(); pos;) out.push_back(node->ChildAt(pos));
+    return out;
+}
+
+CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
+    auto* array = new CVemByteArray;
+    for (u8 b : bytes) array->Append(&b, 1);
+    return array;
+}
+
+struct DebugFlag {
+    explicit DebugFlag(int value) { VemSetDebugFlag(value); }
+    ~DebugFlag() { VemSetDebugFlag(0); }
+};
+
+}  // namespace
+
+TEST(UnitsPou, NewUnitsHaveNoSegmentsAndAnEmptyStatementList) {
+    for (tVemNodeType type : {kVemProgramNode, kVemFbNode, kVemFunctionNode}) {
+        CVemBaseNode* p = VemNewNode(type);
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(VemGetNodeType(p), type);
+        EXPECT_EQ(VemGetCodeSegment(p), 0xFFFF);
+        EXPECT_EQ(VemGetDataSegment(p), 0xFFFF);
+        EXPECT_EQ(VemGetIniSegment(p), 0xFFFF);
+        EXPECT_EQ(VemGetParentSegment(p), 0xFFFF);
+        EXPECT_EQ(VemGetCrSize(p), 0);
+        EXPECT_EQ(VemGetCrStackSize(p), 0);
+        EXPECT_EQ(VemGetCrStackElements(p), 0);
+        EXPECT_EQ(VemGetCheckSum(p), 0u);
+        EXPECT_EQ(VemGetDate(p), 0u);
+        EXPECT_EQ(VemGetDataSegLength(p), 0);
+        EXPECT_EQ(VemGetProgramNr(p), 0);
+        EXPECT_EQ(p->GetStartOffset(), 0u);
+        EXPECT_EQ(VemGetPflArray(p), nullptr);
+        EXPECT_EQ(VemGetDataSegmentPtr(p), nullptr);
+        ASSERT_NE(VemGetStatList(p), nullptr);
+        EXPECT_EQ(VemGetStatList(p)->GetCount(), 0);
+        EXPECT_EQ(VemGetPathName(p), "");
+        EXPECT_EQ(VemGetHeaderLength(p), 0);
+        VemDeleteNode(p);
+    }
+}
+
+TEST(UnitsPou, NodesThatAreNoUnitsAnswerTheDefaults) {
+    CVemBaseNode* v = NewVariable("V", 0);
+    CVemBaseNode* b = VemNewNode(kVemBaseNode);
+    for (CVemBaseNode* n : {v, b}) {
+        EXPECT_EQ(VemGetCrSize(n), 12345);
+        EXPECT_EQ(VemGetCrStackSize(n), 12345);
+        EXPECT_EQ(VemGetCrStackElements(n), 12345);
+        EXPECT_EQ(VemGetStatList(n), nullptr);
+        EXPECT_EQ(VemSetSegmentNumbers(n, 1, 2, 3, 4), 1);
+        EXPECT_EQ(VemGetCodeSegment(n), 0);
+        EXPECT_EQ(VemGetGlobal(n), 0);
+        EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(n, 0), "");
+    }
+    EXPECT_EQ(VemGetParentSegment(v), 0xFFFF);  // a variable answers by itself
+    VemDeleteNode(v);
+    VemDeleteNode(b);
+    EXPECT_EQ(VemSetSegmentNumbers(nullptr, 1, 2, 3, 4), 0);
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(nullptr, 0), "");
+}
+
+TEST(UnitsPou, SegmentNumbersAndTheNccNumber) {
+    CVemBaseNode* p = NewProgram("P");
+    EXPECT_EQ(VemSetSegmentNumbers(p, 10, 11, 12, 13), 1);
+    EXPECT_EQ(VemGetDataSegment(p), 10);
+    EXPECT_EQ(VemGetCodeSegment(p), 11);
+    EXPECT_EQ(VemGetIniSegment(p), 12);
+    EXPECT_EQ(VemGetParentSegment(p), 10);
+    // The fourth number is kept, but the getter answers with the ini segment.
+    EXPECT_EQ(static_cast<CVemPouNode*>(p)->NccSegNr, 13);
+    EXPECT_EQ(VemGetNccSegment(p), 12);
+    VemSetDataSegment(p, 20);
+    EXPECT_EQ(VemGetParentSegment(p), 20);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences) {
+    CVemBaseNode* p = NewProgram("P");
+    CVemBaseNode* plain = NewVariable("A", 0);
+    CVemBaseNode* atPi = NewVariable("B", 0);
+    VemSetPiLocation(atPi, "%IX0.0");
+    CVemBaseNode* reference = NewVariable("C", 0);
+    VemSetReference(reference, 1);
+    CVemBaseNode* structure = VemNewNode(kVemStructNode);
+    VemSetPiLocation(structure, "%IX0.1");  // the location test is for plain variables only
+    CVemBaseNode* member = NewVariable("M", 0);
+    VemAddChildTail(structure, member);
+    CVemBaseNode* own = VemCreateCVemVariableNode("D", 0, kCbeTypeInt, 2, 8);
+    for (CVemBaseNode* child : {plain, atPi, reference, structure, own}) VemAddChildTail(p, child);
+
+    VemSetSegmentNumbers(p, 5, 6, 7, 8);
+    EXPECT_EQ(VemGetParentSegment(plain), 5);
+    EXPECT_EQ(VemGetParentSegment(atPi), 0xFFFF);
+    EXPECT_EQ(VemGetParentSegment(reference), 0xFFFF);
+    EXPECT_EQ(VemGetParentSegment(structure), 5);
+    EXPECT_EQ(VemGetParentSegment(member), 5);
+    EXPECT_EQ(VemGetParentSegment(own), 0xFFFF);
+
+    // A child added later needs its own call.
+    CVemBaseNode* late = NewVariable("E", 0);
+    VemAddChildTail(p, late);
+    EXPECT_EQ(VemGetParentSegment(late), 0xFFFF);
+    VemSetChildSegments(p);
+    EXPECT_EQ(VemGetParentSegment(late), 5);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, ChildSegmentsDoNotDescendIntoChildUnits) {
+    CVemBaseNode* p = NewProgram("P");
+    CVemBaseNode* fb = VemCreateCVemFbNode("F : T", "f.poe");
+    CVemBaseNode* inner = NewVariable("X", 0);
+    VemAddChildTail(p, fb);
+    VemAddChildTail(fb, inner);
+    VemSetSegmentNumbers(fb, 3, 3, 3, 3);
+    VemSetSegmentNumbers(p, 9, 9, 9, 9);
+    EXPECT_EQ(VemGetDataSegment(fb), 3);  // a unit has no parent segment to set
+    EXPECT_EQ(VemGetParentSegment(inner), 3);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, ComputeOffsetsReachesEveryChildAndAddsEachTime) {
+    CVemBaseNode* p = NewProgram("P");
+    EXPECT_EQ(VemComputeOffsets(p, nullptr), 1);  // no children, nothing read
+    CVemBaseNode* a = NewVariable("A", 2);
+    VemSetSubSegmentKind(a, kIpSegData);
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
+    CVemBaseNode* inner = NewVariable("X", 4);
+    VemAddChildTail(p, a);
+    VemAddChildTail(p, fb);
+    VemAddChildTail(fb, inner);
+    const u16 starts[] = {10, 20};
+    EXPECT_EQ(VemComputeOffsets(p, starts), 1);
+    EXPECT_EQ(VemGetOffset(a), 22);
+    EXPECT_EQ(VemGetOffset(inner), 14);
+    VemComputeOffsets(p, starts);
+    EXPECT_EQ(VemGetOffset(a), 42);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, ProgramNumberReachesTheWholeSubtree) {
+    CVemBaseNode* p = NewProgram("P");
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
+    CVemBaseNode* structure = VemNewNode(kVemStructNode);
+    CVemBaseNode* member = NewVariable("M", 0);
+    CVemBaseNode* inner = NewVariable("X", 0);
+    VemAddChildTail(p, fb);
+    VemAddChildTail(p, structure);
+    VemAddChildTail(structure, member);
+    VemAddChildTail(fb, inner);
+    VemSetProgramNr(p, 7);
+    for (CVemBaseNode* n : {p, fb, structure, member, inner}) EXPECT_EQ(VemGetProgramNr(n), 7);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, DeleteAllChildPousKeepsTheVariables) {
+    CVemBaseNode* p = NewProgram("P");
+    CVemBaseNode* plain = NewVariable("A", 0);
+    CVemBaseNode* array = VemCreateCVemVariableNode("R", 0, kCbeTypeArray, 4, 0);  // node type 6
+    CVemBaseNode* structure = VemNewNode(kVemStructNode);
+    VemAddChildTail(p, VemNewNode(kVemFbInstanceNode));
+    VemAddChildTail(p, plain);
+    VemAddChildTail(p, VemCreateCVemFbNode("F", ""));
+    VemAddChildTail(p, array);
+    VemAddChildTail(p, VemCreateCVemFunctionNode("G", ""));
+    VemAddChildTail(p, structure);
+    VemAddChildTail(p, NewProgram("Q"));
+    VemDeleteAllChildPous(p);
+    EXPECT_EQ(ChildrenOf(p), (std::vector<CVemBaseNode*>{plain, array, structure}));
+    VemDeleteAllChildPous(p);
+    EXPECT_EQ(ChildrenOf(p).size(), 3u);
+    // On a node that is no unit nothing happens.
+    VemAddChildTail(structure, VemNewNode(kVemFbInstanceNode));
+    VemDeleteAllChildPous(structure);
+    EXPECT_EQ(ChildrenOf(structure).size(), 1u);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, PlainSettersAndGetters) {
+    CVemBaseNode* p = NewProgram("P");
+    VemSetCrSize(p, 1);
+    VemSetCrStackSize(p, 2);
+    VemSetCrStackElements(p, 3);
+    VemSetDataSegLength(p, 4);
+    VemSetPathName(p, "C:\\PRJ\\P.poe");
+    VemSetCodePathName(p, "C:\\PRJ\\P.obj");
+    VemSetCheckSum(p, 0xFEEDF00Du);
+    p->SetStartOffset(0x10000);
+    EXPECT_EQ(VemGetCrSize(p), 1);
+    EXPECT_EQ(VemGetCrStackSize(p), 2);
+    EXPECT_EQ(VemGetCrStackElements(p), 3);
+    EXPECT_EQ(VemGetDataSegLength(p), 4);
+    EXPECT_EQ(VemGetPathName(p), "C:\\PRJ\\P.poe");
+    EXPECT_EQ(VemGetObjFileName(p), "C:\\PRJ\\P.poe");
+    EXPECT_EQ(VemGetCodePathName(p), "C:\\PRJ\\P.obj");
+    EXPECT_EQ(VemGetCheckSum(p), 0xFEEDF00Du);
+    EXPECT_EQ(p->GetStartOffset(), 0x10000u);
+    VemSetHeaderLength(p, 5);
+    EXPECT_EQ(VemGetHeaderLength(p), 0);
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, PflArrayIsTakenAndFreedButNeverReplacedByTheSetter) {
+    CVemBaseNode* p = NewProgram("P");
+    CVemByteArray* first = NewArray({1, 2});
+    VemSetPflArray(p, first);
+    EXPECT_EQ(VemGetPflArray(p), first);
+    CVemByteArray* taken = VemGetPflArray(p);
+    VemSetPflArray(p, NewArray({3}));  // the caller took the first one away before
+    delete taken;
+    VemDeleteNode(p);  // frees the second; ASan checks
+
+    CVemBaseNode* q = NewProgram("Q");
+    CVemByteArray data;
+    VemSetDataSegmentPtr(q, &data);
+    EXPECT_EQ(VemGetDataSegmentPtr(q), &data);
+    VemDeleteNode(q);  // leaves the data segment alone
+}
+
+TEST(UnitsPou, NodeTextWithTheDebugFlagStartsWithTheDataSegment) {
+    CVemBaseNode* p = NewProgram("MAIN");
+    VemSetDataSegment(p, 12);
+    EXPECT_EQ(VemGetNodeText(p), "MAIN");
+    {
+        DebugFlag debug(1);
+        EXPECT_EQ(VemGetNodeText(p), "12   MAIN");
+        EXPECT_EQ(VemGetName(p), "MAIN");
+    }
+    VemDeleteNode(p);
+}
+
+TEST(UnitsPou, IconsAndBitmaps) {
+    CVemBaseNode* program = NewProgram("P");
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
+    CVemBaseNode* function = VemCreateCVemFunctionNode("G", "");
+    CVemPouNode plain(kVemBaseNode, "U", "");
+    EXPECT_EQ(VemGetBitmapID(program), 112u);
+    EXPECT_EQ(program->GetIconID(), 118u);
+    VemSetGlobal(program, 1);
+    EXPECT_EQ(program->GetIconID(), 137u);
+    VemSetGlobal(program, 256);
+    EXPECT_EQ(program->GetIconID(), 137u);
+    EXPECT_EQ(VemGetBitmapID(fb), 115u);
+    EXPECT_EQ(fb->GetIconID(), 115u);
+    EXPECT_EQ(VemGetBitmapID(function), 114u);
+    EXPECT_EQ(function->GetIconID(), 124u);
+    EXPECT_EQ(plain.GetBitmapID(), 116u);
+    EXPECT_EQ(plain.GetIconID(), 117u);
+    for (CVemBaseNode* n : {program, fb, function}) VemDeleteNode(n);
+}
+
+TEST(UnitsPou, FunctionHasAnOffsetAndAKindAndAFunctionBlockKeepsItsKindApart) {
+    CVemBaseNode* function = VemCreateCVemFunctionNode("G", "g.poe");
+    EXPECT_EQ(VemGetSubSegmentKind(function), kIpSegIo);
+    EXPECT_EQ(VemGetOffset(function), 0);
+    VemSetSubSegmentKind(function, kIpSegData);
+    VemSetOffset(function, 0x40);
+    EXPECT_EQ(VemGetSubSegmentKind(function), kIpSegData);
+    EXPECT_EQ(VemGetOffset(function), 0x40);
+
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "f.poe");
+    auto* block = static_cast<CVemFbNode*>(fb);
+    VemSetSubSegmentKind(fb, kIpSegData);
+    EXPECT_EQ(VemGetSubSegmentKind(fb), kIpSegCode);
+    EXPECT_EQ(block->GetFbSubSegmentKind(), kIpSegCode);
+    block->SetFbSubSegmentKind(kIpSegInit);
+    EXPECT_EQ(block->GetFbSubSegmentKind(), kIpSegInit);
+    EXPECT_EQ(VemGetSubSegmentKind(fb), kIpSegCode);
+    VemSetOffset(fb, 9);
+    EXPECT_EQ(VemGetOffset(fb), 0);
+    EXPECT_EQ(VemGetPathName(fb), "f.poe");
+    VemDeleteNode(function);
+    VemDeleteNode(fb);
+}
+
+TEST(UnitsPou, GlobalFlagOnlyOnPrograms) {
+    CVemBaseNode* program = NewProgram("P");
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
+    VemSetGlobal(program, 3);
+    VemSetGlobal(fb, 3);
+    EXPECT_EQ(VemGetGlobal(program), 3);
+    EXPECT_EQ(VemGetGlobal(fb), 0);
+    VemDeleteNode(program);
+    VemDeleteNode(fb);
+}
+
+TEST(UnitsPou, PathOfAUnitByCodeSegment) {
+    CVemBaseNode* top = VemCreateCVemFbNode("TOP", "top.poe");
+    VemSetSegmentNumbers(top, 1, 1, 1, 1);
+    CVemBaseNode* inner = VemCreateCVemFbNode("IN", "in.poe");
+    VemSetSegmentNumbers(inner, 2, 2, 2, 2);
+    CVemBaseNode* deep = VemCreateCVemFunctionNode("DEEP", "deep.poe");
+    VemSetSegmentNumbers(deep, 7, 7, 7, 7);
+    CVemBaseNode* program = NewProgram("P");
+    VemSetSegmentNumbers(program, 8, 8, 8, 8);
+    VemSetPathName(program, "p.poe");
+    CVemBaseNode* first = VemCreateCVemFunctionNode("F1", "first.poe");
+    VemSetSegmentNumbers(first, 9, 9, 9, 9);
+    CVemBaseNode* second = VemCreateCVemFunctionNode("F2", "second.poe");
+    VemSetSegmentNumbers(second, 9, 9, 9, 9);
+    VemAddChildTail(top, program);
+    VemAddChildTail(top, inner);
+    VemAddChildTail(inner, deep);
+    VemAddChildTail(top, first);
+    VemAddChildTail(top, second);
+
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 7), "deep.poe");  // through the child block
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 2), "in.poe");
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 9), "first.poe");  // first in list order
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 1), "");            // its own number is not compared
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 8), "");            // programs are skipped
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(deep, 7), "");           // a function is not searched
+    VemDeleteNode(top);
+}
+
+TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
+    CVemBaseNode* source = NewProgram("P");
+    auto* p = static_cast<CVemProgramNode*>(source);
+    VemSetSegmentNumbers(source, 1, 2, 3, 4);
+    VemSetCrSize(source, 5);
+    VemSetCrStackSize(source, 6);
+    VemSetCrStackElements(source, 7);
+    VemSetCheckSum(source, 8);
+    p->Date = 9;
+    VemSetDataSegLength(source, 10);
+    VemSetPathName(source, "p.poe");
+    VemSetCodePathName(source, "p.obj");
+    VemSetProgramNr(source, 11);
+    p->SetStartOffset(12);
+    VemSetGlobal(source, 1);
+    auto* entry = new CStatListEntry;
+    entry->AwlLine = 4;
+    VemGetStatList(source)->NewEntry(entry);
+    VemSetPflArray(source, NewArray({0xAA}));
+    CVemByteArray* data = NewArray({1, 2, 3});
+    VemSetDataSegmentPtr(source, data);
+    VemAddChildTail(source, NewVariable("V", 0));
+
+    CVemBaseNode* clone = VemClone(source);
+    auto* c = static_cast<CVemProgramNode*>(clone);
+    ASSERT_EQ(clone->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
+    EXPECT_EQ(c->DataSegNr, 1);
+    EXPECT_EQ(c->CodeSegNr, 2);
+    EXPECT_EQ(c->IniDataSegNr, 3);
+    EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);  // not copied
+    EXPECT_EQ(c->CrSize, 5);
+    EXPECT_EQ(c->SizeCrStack, 6);
+    EXPECT_EQ(c->ElemCrStack, 7);
+    EXPECT_EQ(c->Checksum, 8u);
+    EXPECT_EQ(c->Date, 9u);
+    EXPECT_EQ(c->DataSegLength, 10);
+    EXPECT_EQ(c->Path, "p.poe");
+    EXPECT_EQ(c->CodeFileName, "p.obj");
+    EXPECT_EQ(c->ProgramNr, 11);
+    EXPECT_EQ(c->StartOffset, 12u);
+    EXPECT_EQ(c->GlobalFlag, 1);
+    EXPECT_EQ(c->Children.GetCount(), 1);
+    ASSERT_NE(c->StatList, nullptr);
+    EXPECT_NE(c->StatList, p->StatList);
+    ASSERT_NE(c->StatList->GetEntry(4), nullptr);
+    EXPECT_NE(c->StatList->GetEntry(4), entry);
+    ASSERT_NE(c->PflArray, nullptr);
+    EXPECT_NE(c->PflArray, p->PflArray);
+    EXPECT_EQ(c->PflArray->GetLength(), 1u);
+    // The clone works on a copy of the data segment, which it owns (ASan checks the free).
+    ASSERT_NE(c->DataSegmentPtr, nullptr);
+    EXPECT_NE(c->DataSegmentPtr, data);
+    EXPECT_EQ(c->DataSegmentPtr->GetLength(), 3u);
+    CVemByteArray other;
+    VemSetDataSegmentPtr(clone, &other);  // the copy stays the clone's to free
+    EXPECT_EQ(VemGetDataSegmentPtr(clone), &other);
+    VemDeleteNode(clone);
+
+    // Without arrays the clone has none.
+    VemSetDataSegmentPtr(source, nullptr);
+    CVemByteArray* pfl = VemGetPflArray(source);
+    VemSetPflArray(source, nullptr);
+    delete pfl;
+    CVemBaseNode* bare = VemClone(source);
+    EXPECT_EQ(VemGetPflArray(bare), nullptr);
+    EXPECT_EQ(VemGetDataSegmentPtr(bare), nullptr);
+    VemDeleteNode(bare);
+    VemDeleteNode(source);
+    delete data;
+}
+
+TEST(UnitsPou, EachKindClonesToItsOwnClass) {
+    CVemBaseNode* fb = VemCreateCVemFbNode("F", "f");
+    static_cast<CVemFbNode*>(fb)->Reserved = 3;
+    static_cast<CVemFbNode*>(fb)->Reserved2 = 4;
+    CVemBaseNode* function = VemCreateCVemFunctionNode("G", "g");
+    VemSetOffset(function, 5);
+    VemSetSubSegmentKind(function, kIpSegData);
+    static_cast<CVemFunctionNode*>(function)->Reserved = 6;
+    CVemBaseNode* fbClone = VemClone(fb);
+    CVemBaseNode* functionClone = VemClone(function);
+    EXPECT_EQ(fbClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFbNode));
+    EXPECT_EQ(static_cast<CVemFbNode*>(fbClone)->Reserved, 3);
+    EXPECT_EQ(static_cast<CVemFbNode*>(fbClone)->Reserved2, 4);
+    EXPECT_EQ(functionClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
+    EXPECT_EQ(VemGetOffset(functionClone), 5);
+    EXPECT_EQ(VemGetSubSegmentKind(functionClone), kIpSegData);
+    EXPECT_EQ(static_cast<CVemFunctionNode*>(functionClone)->Reserved, 6);
+    for (CVemBaseNode* n : {fb, function, fbClone, functionClone}) VemDeleteNode(n);
+}

@@ -1,0 +1,113 @@
+// What a unit takes from its source file: the date of the file and the checksum of its header.
+#include <sys/time.h>
+
+#include <ctime>
+
+#include "test_util.h"
+#include "units/pou.h"
+
+using vemtest::TempDir;
+using vemtest::WriteFileText;
+
+namespace {
+
+// Sets the file's modification time to a local date and time.
+void SetLocalModificationTime(const std::string& path, int year, int month, int day, int hour, int minute,
+                              int second) {
+    std::tm local{};
+    local.tm_year = year - 1900;
+    local.tm_mon = month - 1;
+    local.tm_mday = day;
+    local.tm_hour = hour;
+    local.tm_min = minute;
+    local.tm_sec = second;
+    local.tm_isdst = -1;
+    const std::time_t when = std::mktime(&local);
+    const timeval times[2] = {{when, 0}, {when, 0}};
+    ASSERT_EQ(utimes(path.c_str(), times), 0);
+}
+
+const char kSource[] =
+    "$BEGIN_ZQ_HEADER\r\n"
+    "NAME = MAIN\r\n"
+    "CHECK = 305419896\r\n"
+    "$END_ZQ_HEADER\r\n"
+    "PROGRAM MAIN\r\n"
+    "END_PROGRAM\r\n";
+
+}  // namespace
+
+TEST(UnitsSource, DateIsPackedFromTheLocalModificationTime) {
+    TempDir dir;
+    const std::string path = dir.file("main.poe");
+    WriteFileText(path, kSource);
+    SetLocalModificationTime(path, 2024, 2, 29, 13, 7, 31);
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    VemSetDate(program, path.c_str());
+    const u32 date = VemGetDate(program);
+    EXPECT_EQ(date >> 25, 44u);          // year - 1980
+    EXPECT_EQ(date >> 21 & 0xF, 2u);     // month
+    EXPECT_EQ(date >> 16 & 0x1F, 29u);   // day
+    EXPECT_EQ(date >> 11 & 0x1F, 13u);   // hour
+    EXPECT_EQ(date >> 5 & 0x3F, 7u);     // minute
+    EXPECT_EQ(date & 0x1F, 15u);         // seconds / 2
+    EXPECT_EQ(date, 0x585D68EFu);
+    VemDeleteNode(program);
+}
+
+TEST(UnitsSource, PackedDateFields) {
+    EXPECT_EQ(CVemPouNode::PackDate(1980, 1, 1, 0, 0, 0), 0x00210000u);
+    EXPECT_EQ(CVemPouNode::PackDate(2107, 12, 31, 23, 59, 59), 0xFF9FBF7Du);
+    EXPECT_EQ(CVemPouNode::PackDate(2108, 1, 1, 0, 0, 1), 0x00210000u);  // the year falls off the word
+}
+
+TEST(UnitsSource, DateOfAFileThatCannotBeOpenedStaysAsItWas) {
+    TempDir dir;
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    static_cast<CVemPouNode*>(program)->Date = 77;
+    VemSetDate(program, dir.file("missing.poe").c_str());
+    EXPECT_EQ(VemGetDate(program), 77u);
+    VemDeleteNode(program);
+}
+
+TEST(UnitsSource, ChecksumIsTheNumberOfTheHeadersCheckKey) {
+    TempDir dir;
+    const std::string path = dir.file("main.poe");
+    WriteFileText(path, kSource);
+    CVemBaseNode* function = VemCreateCVemFunctionNode("MAIN", path.c_str());
+    VemSetCheckSum(function, path.c_str());
+    EXPECT_EQ(VemGetCheckSum(function), 305419896u);
+    VemDeleteNode(function);
+}
+
+TEST(UnitsSource, ChecksumOfASourceWithoutTheKeyIsZero) {
+    TempDir dir;
+    const std::string path = dir.file("plain.poe");
+    WriteFileText(path, "PROGRAM MAIN\r\nEND_PROGRAM\r\n");
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    VemSetCheckSum(program, 9u);
+    VemSetCheckSum(program, path.c_str());
+    EXPECT_EQ(VemGetCheckSum(program), 0u);
+    VemDeleteNode(program);
+}
+
+TEST(UnitsSource, ChecksumOfAFileThatCannotBeOpenedStaysAsItWas) {
+    TempDir dir;
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    VemSetCheckSum(program, 9u);
+    VemSetCheckSum(program, dir.file("missing.poe").c_str());
+    EXPECT_EQ(VemGetCheckSum(program), 9u);
+    VemDeleteNode(program);
+}
+
+TEST(UnitsSource, NodesThatAreNoUnitsTakeNothingFromAFile) {
+    TempDir dir;
+    const std::string path = dir.file("main.poe");
+    WriteFileText(path, kSource);
+    CVemBaseNode* variable = VemCreateCVemVariableNode("V", 0, kCbeTypeInt, 2, 0);
+    VemSetCheckSum(variable, path.c_str());
+    VemSetDate(variable, path.c_str());
+    EXPECT_EQ(VemGetCheckSum(variable), 0u);
+    EXPECT_EQ(VemGetDate(variable), 0u);
+    VemDeleteNode(variable);
+}
