@@ -156,21 +156,13 @@ std::string CVemSvgDC::GetDocument(CPoint bottomRight, int margin) const {
 
 int CVemSvgDC::WriteFile(const CString& fileName, CPoint bottomRight, int margin) const {
     const std::string document = GetDocument(bottomRight, margin);
-    const CString temporary = fileName + ".tmp";
-    CFile file;
-    if (!file.Open(temporary, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary)) return 0;
+    CVemReplaceFile file;
+    if (!file.OpenReplace(fileName)) return 0;
     try {
         file.Write(document.data(), static_cast<unsigned>(document.size()));
-        file.Flush();
-        file.Close();
-        CFile::Rename(temporary, fileName);
+        file.Commit();
         return 1;
     } catch (const CFileException&) {
-        file.Abort();
-        try {
-            CFile::Remove(temporary);
-        } catch (const CFileException&) {
-        }
         return 0;
     }
 }

@@ -71,16 +71,18 @@ extern "C" CVemBaseNode* VemLoadNodeEx(tVemNodeType type, const CString& fileNam
     return VemLoadNode(type, fileName);
 }
 
+// The file is written beside the target and renamed over it, so a failed write leaves the
+// previous node file whole.
 int VemWriteNode(CVemBaseNode* node, const CString& fileName) {
-    CFile file;
-    if (!file.Open(fileName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary)) return 0;
+    CVemReplaceFile file;
+    if (!file.OpenReplace(fileName)) return 0;
     try {
         CArchive ar(&file, CArchive::store);
         ar << static_cast<u16>(node->GetNodeType());
         ar.Write(kVemVersionStamp, kVemVersionStampLength);
         node->Serialize(ar);
         ar.Close();
-        file.Close();
+        file.Commit();
         return 1;
     } catch (const CFileException&) {
         return 0;

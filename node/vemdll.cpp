@@ -101,10 +101,10 @@ CVemBaseNode* VemGetChildNodeByName(CVemBaseNode* node, const char* name) {
 void CVemNodeDump(CVemBaseNode* node, CFile* file) { node->NodeDump(file, CString()); }
 
 int CVemNodeDump(CVemBaseNode* node, const CString& fileName) {
-    CFile file;
-    if (!file.Open(fileName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary)) return 0;
+    CVemReplaceFile file;
+    if (!file.OpenReplace(fileName)) return 0;
     node->NodeDump(&file, CString());
-    file.Close();
+    file.Commit();
     return 1;
 }
 

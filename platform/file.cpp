@@ -259,3 +259,29 @@ CFile* CMemFile::Duplicate() const {
     copy->m_pos = m_pos;
     return copy;
 }
+
+// ---- CVemReplaceFile -------------------------------------------------------------------------------
+
+CVemReplaceFile::~CVemReplaceFile() { Discard(); }
+
+bool CVemReplaceFile::OpenReplace(const char* targetName) {
+    static unsigned counter = 0;
+    m_target = targetName;
+    m_temporary.Format("%s.tmp-%ld-%u", targetName, static_cast<long>(::getpid()), counter++);
+    if (Open(m_temporary, modeCreate | modeWrite | typeBinary)) return true;
+    m_temporary.Empty();
+    return false;
+}
+
+void CVemReplaceFile::Commit() {
+    Flush();
+    Close();
+    CFile::Rename(m_temporary, m_target);
+    m_temporary.Empty();
+}
+
+void CVemReplaceFile::Discard() {
+    Abort();
+    if (!m_temporary.IsEmpty()) ::unlink(VemHostPath(m_temporary));
+    m_temporary.Empty();
+}

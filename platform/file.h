@@ -98,6 +98,25 @@ private:
     std::vector<u8> m_data;
 };
 
+// A whole file written safely: the bytes go to a temporary file beside the target, and Commit
+// flushes it and renames it over the target. A write that fails or is never committed leaves the
+// previous target whole; the temporary file is removed.
+class VEM_API CVemReplaceFile : public CFile {
+public:
+    CVemReplaceFile() = default;
+    ~CVemReplaceFile() override;
+    // Opens the temporary file for writing; false if it cannot be made.
+    bool OpenReplace(const char* targetName);
+    // Raises CFileException if the bytes cannot be made durable or the rename fails.
+    void Commit();
+    // Drops the temporary file; the target stays as it was.
+    void Discard();
+
+private:
+    CString m_target;
+    CString m_temporary;
+};
+
 // Paths. Names that the library stores keep the Windows form in which callers give them (drive
 // letter, backslashes), in node files and in memory alike. Only where the library touches the host's
 // file system (open, status, remove, rename, make a directory) does it turn such a name into a host

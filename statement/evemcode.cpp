@@ -136,18 +136,12 @@ void CEVemPouCodeNode::DumpNode(CFile* file, CString prefix) {
 
 // The dump goes to a file beside the target first, which then replaces the target whole.
 void CEVemPouCodeNode::NodeDump(CString fileName) {
-    const CString scratch = fileName + ".dumping";
-    CFile file;
-    if (!file.Open(scratch, CFile::modeCreate | CFile::modeWrite)) return;
+    CVemReplaceFile file;
+    if (!file.OpenReplace(fileName)) return;
     try {
         DumpNode(&file, kFileDumpPrefix);
-        file.Close();
-        CFile::Rename(scratch, fileName);
+        file.Commit();
     } catch (const CFileException&) {
-        file.Abort();
-        try {
-            CFile::Remove(scratch);
-        } catch (const CFileException&) {
-        }
+        // the previous file stays; the dump has no way to report
     }
 }

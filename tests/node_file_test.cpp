@@ -1,6 +1,8 @@
 // Node files: the frame, the base record, load failures.
 #include "node/basenode.h"
 #include "node/nodefile.h"
+#include <filesystem>
+
 #include "alloc_hook.h"
 #include "test_util.h"
 
@@ -233,4 +235,38 @@ TEST(NodeFile, ReadObjectRefusesClassesThatAreNoNodes) {
     CMemFile input(file.Data());
     CArchive ar(&input, CArchive::load);
     EXPECT_EQ(VemReadObject(ar), nullptr);
+}
+
+namespace {
+
+// A node whose record fails halfway, as a full disk would.
+class CFailingNode : public CVemBaseNode {
+public:
+    void Serialize(CArchive& ar) override {
+        CVemBaseNode::Serialize(ar);
+        ar.Write(std::string(10000, 'x').data(), 10000);
+        throw CFileException(CFileException::diskFull);
+    }
+};
+
+}  // namespace
+
+TEST(NodeFile, FailedWriteLeavesThePreviousFileWhole) {
+    TempDir dir;
+    const std::string target = dir.file("r.vem");
+    CVemBaseNode* root = NewRoot("Old");
+    ASSERT_EQ(VemWriteNode(root, target.c_str()), 1);
+    const std::vector<u8> before = ReadFileBytes(target);
+    CFailingNode failing;
+    EXPECT_EQ(VemWriteNode(&failing, target.c_str()), 0);
+    EXPECT_EQ(ReadFileBytes(target), before);
+    CVemBaseNode* loaded = VemLoadNode(target.c_str());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetName(loaded), "Old");
+    // Nothing is left beside the target.
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path())) files += entry.is_regular_file();
+    EXPECT_EQ(files, 1);
+    VemDeleteNode(loaded);
+    VemDeleteNode(root);
 }
