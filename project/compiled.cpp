@@ -1,0 +1,86 @@
+// Helpers of the compiled task and the executable node.
+#include "project/compiled.h"
+
+#include <cstring>
+#include <memory>
+
+#include "download/download.h"
+#include "vem_bytearray.h"
+#include "vem_settings.h"
+
+namespace {
+
+// The settings library's record of project settings; the code is its 16-bit word at byte 2.
+constexpr int kProjectSettingsSize = 640;
+constexpr std::size_t kProjectCodeOffset = 2;
+
+// Growth step of a table of absolute offsets.
+constexpr int kOffsetsGrowBy = 20;
+
+}  // namespace
+
+u16 VemAppendSegmentLength(CDWordArray& offsets, u16 length) {
+    if (offsets.IsEmpty()) {
+        offsets.SetSize(0, kOffsetsGrowBy);
+        offsets.Add(0);
+        offsets.Add(0);
+        offsets.Add(length);
+        return length;
+    }
+    const u16 start = static_cast<u16>(static_cast<u16>(offsets.GetAt(offsets.GetUpperBound())) + length);
+    offsets.Add(start);
+    return start;
+}
+
+CString VemDataContainerDumpText(CVemDataContainer& container, const CString& prefix) {
+    const CString nl = VemDumpNewLine(prefix);
+    CString text = prefix + "======== Datacontainer ========= ";
+    if (container.IsEmpty()) {
+        text += nl + "No Datacontainermembers found !! " + "\n";
+    } else {
+        CStringList keys;
+        container.GetFileList(&keys);
+        for (POSITION pos = keys.GetHeadPosition(); pos;) {
+            const CString& key = keys.GetNext(pos);
+            text += nl;
+            text.AppendFormat("File: %s -> Filetype: %u, Checksum: %u", key.GetString(), container.GetType(key),
+                              container.GetCheckSum(key));
+        }
+    }
+    text += nl + kVemDumpRule;
+    return text;
+}
+
+void VemSkipDownloadList(CArchive& ar) {
+    CVemDownloadList dropped;
+    dropped.Serialize(ar);
+}
+
+void VemSkipByteBuffer(CArchive& ar) {
+    CVemByteArray* dropped = nullptr;
+    VemBaSerialize(dropped, ar);
+    delete dropped;
+}
+
+u16 VemProjectCode() {
+    const void* record = LurGetGlobalProjectSettings(kProjectSettingsSize);
+    if (!record) return 0;
+    u16 code = 0;
+    std::memcpy(&code, static_cast<const u8*>(record) + kProjectCodeOffset, sizeof code);
+    return code;
+}
+
+CString VemUnitPathInChildren(CVemBaseNode* parent, u16 codeSegment) {
+    for (POSITION pos = parent->Children.GetHeadPosition(); pos;) {
+        CVemBaseNode* child = parent->ChildAt(pos);
+        CString path;
+        if (child->GetNodeType() == kVemFbNode) {
+            path = child->GetCodeSegment() == codeSegment ? child->GetPathName()
+                                                          : child->GetPouPathNameFromCodeSegNr(codeSegment);
+        } else if (child->GetNodeType() == kVemFunctionNode && child->GetCodeSegment() == codeSegment) {
+            path = child->GetPathName();
+        }
+        if (!path.IsEmpty()) return path;
+    }
+    return CString();
+}

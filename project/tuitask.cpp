@@ -1,0 +1,185 @@
+// Compiled task: segments, absolute offsets, the path map, the record and the dump.
+#include "project/tuitask.h"
+
+#include <memory>
+
+#include "project/compiled.h"
+#include "statement/evembase.h"
+#include "statement/evemlist.h"
+#include "vem_bytearray.h"
+#include "vem_node.h"
+
+VEM_IMPLEMENT_SERIAL(CVemTuiTaskNode, CVemProgramNode, 5)
+
+CVemTuiTaskNode::CVemTuiTaskNode() : CVemTuiTaskNode(CString(), CString()) {}
+
+CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path)
+    : CVemProgramNode(name, path, CString()) {
+    NodeType = kVemTuiTaskNode;
+    SegmentTable = new CSegmentTable(0);  // last, so that nothing is left behind if it fails
+}
+
+CVemTuiTaskNode::~CVemTuiTaskNode() {
+    delete NodePath2NodeList;
+    delete SegmentTable;
+    delete TaskDefEntry;
+    EVemDeleteRootList(EvemRootNodeList);
+}
+
+// A null table leaves the node with a new empty one, so that it can always store itself.
+void CVemTuiTaskNode::SetSegmentTable(CSegmentTable*& table) {
+    CSegmentTable* taken = table ? table : new CSegmentTable(0);
+    if (taken != SegmentTable) delete SegmentTable;
+    SegmentTable = taken;
+    table = nullptr;
+}
+
+u16 CVemTuiTaskNode::AddNewSegmentLength(u16 length) { return VemAppendSegmentLength(AbsOffsets, length); }
+
+//  width   field                                  condition
+//  .       program record, children inline
+//  2       schema word (1)
+//  .       segment table
+//  .       download list, dropped                 version 0 only
+//  .       task definition entry, tagged buffer
+//  .       data container
+//  .       absolute offsets, word array
+//  .       byte buffer, tagged, dropped           version 0 only
+//  2+      code nodes: count, then each record    only with the statement model
+// The path map is not stored.
+void CVemTuiTaskNode::Serialize(CArchive& ar) {
+    CVemProgramNode::Serialize(ar);
+    const u16 schema = VemSerializeSchema(ar, kSchema);
+    if (ar.IsLoading()) {
+        auto fresh = std::make_unique<CSegmentTable>(0);
+        delete SegmentTable;
+        SegmentTable = fresh.release();
+    }
+    SegmentTable->Serialize(ar);
+    if (schema == 0) VemSkipDownloadList(ar);
+    VemBaSerialize(TaskDefEntry, ar);
+    DataContainer.Serialize(ar);
+    AbsOffsets.Serialize(ar);
+    if (schema == 0) VemSkipByteBuffer(ar);
+    if (EVemIsEnabled()) EVemSerializeRootList(ar, EvemRootNodeList);
+}
+
+// ---- paths and offsets -----------------------------------------------------------------------------
+
+void CVemTuiTaskNode::CreateChildNodePathList() {
+    delete NodePath2NodeList;
+    NodePath2NodeList = nullptr;
+    NodePath2NodeList = new CMapStringToOb(10);
+    BuildNodePath2NodeList(Name, NodePath2NodeList);
+}
+
+// A unit stands for its data segment from its start; any other node for its own place.
+u32 CVemTuiTaskNode::GetAbsoluteVariableOffset(CString path) {
+    if (!NodePath2NodeList) return 0;
+    path.MakeUpper();
+    CObject* found = nullptr;
+    if (!NodePath2NodeList->Lookup(path, found)) return 0;
+    auto* node = static_cast<CVemBaseNode*>(found);
+    u16 segment = 0;
+    u16 offset = 0;
+    switch (node->GetNodeType()) {
+        case kVemProgramNode:
+        case kVemFbNode:
+        case kVemFunctionNode:
+        case kVemTuiTaskNode:
+            segment = node->GetDataSegment();
+            break;
+        default:
+            offset = node->GetOffset();
+            segment = node->GetParentSegment();
+            break;
+    }
+    if (segment >= AbsOffsets.GetSize()) return kNoAbsoluteOffset;
+    return AbsOffsets.GetAt(segment) + offset;
+}
+
+CString CVemTuiTaskNode::GetPouPathNameFromCodeSegNr(u16 codeSegment) {
+    if (codeSegment == GetCodeSegment()) return GetPathName();
+    return VemUnitPathInChildren(this, codeSegment);
+}
+
+// ---- dump ------------------------------------------------------------------------------------------
+
+// The table's own dump goes straight to the file, ahead of what the text has gathered.
+CString CVemTuiTaskNode::SegmentTableDumpText(CFile* file, const CString& prefix) {
+    if (SegmentTable->GetSize() > 0) {
+        SegmentTable->Dump(prefix, file);
+        return CString();
+    }
+    return VemDumpNewLine(prefix) + "No Segmenttable found !! \n";
+}
+
+CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
+    const CString nl = VemDumpNewLine(prefix);
+    CString text;
+    for (int i = 1; i < AbsOffsets.GetSize(); ++i) {
+        text += nl;
+        text.AppendFormat("SegmentNr: %i ->Offset:%li", i, static_cast<long>(AbsOffsets.GetAt(i)));
+    }
+    text += nl + kVemDumpRule;
+    CString key;
+    CObject* node = nullptr;
+    for (POSITION pos = NodePath2NodeList->GetStartPosition(); pos;) {
+        NodePath2NodeList->GetNextAssoc(pos, key, node);
+        text += nl;
+        text.AppendFormat("Variable: %s ->Offset:%li", key.GetString(),
+                          static_cast<long>(GetAbsoluteVariableOffset(key)));
+    }
+    text += nl + kVemDumpRule;
+    return text;
+}
+
+CString CVemTuiTaskNode::PathListDumpText(const CString& prefix) {
+    const CString nl = VemDumpNewLine(prefix);
+    CString text = nl + "No AbsoluteOffsetTable  found !! " + "\n";
+    if (!NodePath2NodeList) return text;
+    text += nl + "Dump of Childnodepathlist ";
+    CString key;
+    CObject* object = nullptr;
+    for (POSITION pos = NodePath2NodeList->GetStartPosition(); pos;) {
+        NodePath2NodeList->GetNextAssoc(pos, key, object);
+        auto* node = static_cast<CVemBaseNode*>(object);
+        text += nl;
+        text.AppendFormat("Variable: %s ->NodeName:%s , SegmentNummer:%u", key.GetString(),
+                          VemGetName(node).GetString(), static_cast<unsigned>(VemGetParentSegment(node)));
+    }
+    text += nl + kVemDumpRule;
+    return text;
+}
+
+void CVemTuiTaskNode::DumpCodeNodes(CFile* file, CString text, const CString& prefix) {
+    const CString nl = VemDumpNewLine(prefix);
+    if (!EVemIsEnabled()) {
+        text += nl + "No EVEM Information for this OEM !! \n";
+        WriteText(file, text);
+        return;
+    }
+    WriteText(file, text);
+    for (POSITION pos = EvemRootNodeList.GetHeadPosition(); pos;) {
+        auto* node = static_cast<CEVemBaseNode*>(EvemRootNodeList.GetNext(pos));
+        WriteText(file, nl + EVemGetPathName(node) + "\n");
+        EVemDumpNode(node, file, prefix + "->>");
+    }
+}
+
+void CVemTuiTaskNode::NodeDump(CFile* file, CString indent) {
+    const CString& prefix = indent;
+    const CString nl = VemDumpNewLine(prefix);
+    CString text = prefix + "*TUITASKNODE: " + Name + "\n" + prefix;
+    text.AppendFormat("GlobalFlag: %i \n", static_cast<int>(GlobalFlag));
+    text += nl + kVemDumpRule + prefix + "======== Dump of SegmentTable in TuiTaskNode =========\n ";
+    text += SegmentTableDumpText(file, prefix);
+    text += prefix + "======== AbsoluteOffsetTable and ChildNodePathList ========= ";
+    const bool haveMap = NodePath2NodeList && !NodePath2NodeList->IsEmpty();
+    text += haveMap && !AbsOffsets.IsEmpty() ? OffsetsDumpText(prefix) : PathListDumpText(prefix);
+    text += VemDataContainerDumpText(DataContainer, prefix);
+    text += prefix + "======== TuiTaskNode has EVEM Information for following Pou's   ========= ";
+    DumpCodeNodes(file, text, prefix);
+    WriteText(file, nl + kVemDumpRule);
+    CVemProgramNode::NodeDump(file, indent);
+}

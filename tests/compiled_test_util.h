@@ -1,0 +1,96 @@
+// Helpers of the tests of compiled tasks, executable nodes and arrays: nodes by type and name,
+// records in memory, dumps as text, and the settings switch.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "test_util.h"
+#include "vem_settings.h"
+
+namespace compiledtest {
+
+// Every test starts and ends with the settings at their defaults (statement model on).
+class SettingsTest : public ::testing::Test {
+protected:
+    void SetUp() override { LurResetSettings(); }
+    void TearDown() override { LurResetSettings(); }
+};
+
+struct NodeDeleter {
+    void operator()(CVemBaseNode* node) const {
+        CVemBaseNode* n = node;
+        VemDeleteNode(n);
+    }
+};
+using NodePtr = std::unique_ptr<CVemBaseNode, NodeDeleter>;
+
+inline CVemBaseNode* Named(tVemNodeType type, const char* name) {
+    CVemBaseNode* node = VemNewNode(type);
+    VemSetName(node, name);
+    return node;
+}
+
+inline NodePtr MakeNode(tVemNodeType type, const char* name = "") { return NodePtr(Named(type, name)); }
+
+inline CVemBaseNode* Variable(const char* name, u16 offset, u16 segment, tCbeType type = kCbeTypeInt, u16 size = 2) {
+    CVemBaseNode* v = VemCreateCVemVariableNode(name, offset, type, size, 0);
+    VemSetParentSegment(v, segment);
+    return v;
+}
+
+// The node's record as its Serialize writes it.
+inline std::vector<u8> StoreRecord(CVemBaseNode* node) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    node->Serialize(ar);
+    ar.Close();
+    return file.Data();
+}
+
+// Reads a record into the node; gives the bytes that were left behind it.
+inline u64 LoadRecord(CVemBaseNode* node, const std::vector<u8>& bytes) {
+    CMemFile file(bytes);
+    CArchive ar(&file, CArchive::load);
+    node->Serialize(ar);
+    const u64 left = ar.GetRemaining();
+    ar.Close();
+    return left;
+}
+
+// What NodeDump writes with the prefix.
+inline std::string DumpText(CVemBaseNode* node, const char* prefix) {
+    CMemFile file;
+    node->NodeDump(&file, prefix);
+    return std::string(file.Data().begin(), file.Data().end());
+}
+
+// A code node with a path, through the flat functions.
+inline CEVemBaseNode* CodeNode(const char* path) {
+    CEVemBaseNode* code = EVemCreateNode(kEVemPouCodeNode, "unit");
+    EVemSetPathName(code, path);
+    return code;
+}
+
+inline std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
+    std::vector<std::string> paths;
+    CObList* list = VemGetEvemRootNodeListPtr(node);
+    for (POSITION pos = list->GetHeadPosition(); pos;) {
+        paths.push_back(EVemGetPathName(static_cast<CEVemBaseNode*>(list->GetNext(pos))).str());
+    }
+    return paths;
+}
+
+inline std::vector<std::string> ChildNames(CVemBaseNode* node) {
+    std::vector<std::string> names;
+    CObList* list = VemGetChildList(node);
+    for (POSITION pos = list->GetHeadPosition(); pos;) {
+        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
+    }
+    return names;
+}
+
+inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+}  // namespace compiledtest

@@ -1,0 +1,257 @@
+// Executable node: its tables and settings, the numbering of tasks, the code nodes of the units,
+// units by code segment, and the type of the target of a node file.
+#include "compiled_test_util.h"
+
+using compiledtest::ChildNames;
+using compiledtest::CodeNode;
+using compiledtest::CodeNodePaths;
+using compiledtest::MakeNode;
+using compiledtest::Named;
+using compiledtest::NodePtr;
+using compiledtest::Variable;
+
+namespace {
+
+using ExeNode = compiledtest::SettingsTest;
+
+CVemBaseNode* AddTask(CVemBaseNode* parent, const char* name) {
+    CVemBaseNode* task = Named(kVemTuiTaskNode, name);
+    VemAddChildTail(parent, task);
+    return task;
+}
+
+CVemBaseNode* AddTaskWithCode(CVemBaseNode* parent, const char* name, const char* path, u16 code) {
+    CVemBaseNode* task = AddTask(parent, name);
+    VemSetPathName(task, path);
+    VemSetSegmentNumbers(task, 2, code, 0xFFFF, 0xFFFF);
+    return task;
+}
+
+}  // namespace
+
+TEST_F(ExeNode, NewNodeHasTwoEmptyTablesAndDefinedSettings) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    EXPECT_EQ(VemGetNodeType(exe.get()), kVemExeNode);
+    ASSERT_NE(VemGetSegmentTable(exe.get()), nullptr);
+    ASSERT_NE(VemGetComponentList(exe.get()), nullptr);
+    EXPECT_NE(VemGetSegmentTable(exe.get()), VemGetComponentList(exe.get()));
+    EXPECT_EQ(VemGetTaskDefSegment(exe.get()), nullptr);
+    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 0);
+    const tVemDeviceSettings* settings = VemGetDeviceSettings(exe.get());
+    ASSERT_NE(settings, nullptr);
+    EXPECT_EQ(settings->Alignment, 1);
+    EXPECT_EQ(settings->ByteSize, 1);
+    EXPECT_EQ(settings->IpType, 0);
+    EXPECT_EQ(settings->MaxWatchEntries, 0);
+    EXPECT_STREQ(VemGetDatacontFilesProjectName(exe.get()), "");
+    EXPECT_EQ(VemGetDatacontFilesUserLevel(exe.get(), 0), 0);
+    EXPECT_EQ(VemGetNodePath2NodeList(exe.get()), nullptr);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(exe.get(), "X"), 0u);
+}
+
+TEST_F(ExeNode, ResourceBehaviourStays) {
+    NodePtr exe = MakeNode(kVemExeNode, "C:\\PRJ\\res1.obj");
+    VemSetConfigName(exe.get(), "..\\cfg\\main.cfg");
+    EXPECT_EQ(VemGetNodeText(exe.get()), CString("RES1  -  MAIN"));
+    EXPECT_EQ(VemGetBitmapID(exe.get()), 125u);
+    EXPECT_EQ(exe->GetIconID(), 121u);
+    VemAddChildTail(exe.get(), MakeNode(kVemBaseNode).release());
+    EXPECT_EQ(VemGetNoOfTask(exe.get()), 1);
+    VemSetPathName(exe.get(), "C:\\PRJ\\res1.obj");
+    EXPECT_EQ(VemGetObjFileName(exe.get()), CString("C:\\PRJ\\res1.obj"));
+}
+
+TEST_F(ExeNode, SettingsAreCopiedWholeAndMotorolaIsAField) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    tVemDeviceSettings settings{};
+    settings.Alignment = 4;
+    settings.IpType = 9;
+    settings.MotorolaFormat = 1;
+    VemSetDeviceSettings(exe.get(), settings);
+    settings.IpType = 10;
+    EXPECT_EQ(VemGetDeviceSettings(exe.get())->IpType, 9);
+    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 1);
+    VemSetMotorolaFormat(exe.get(), 0);
+    EXPECT_EQ(VemGetDeviceSettings(exe.get())->MotorolaFormat, 0);
+    VemSetDeviceSettings(exe.get(), settings);
+    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 1);
+}
+
+TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    CSegmentTable* segments = VemSegTblNew();
+    CSegmentTable* components = VemSegTblNew();
+    CSegmentTable* givenSegments = segments;
+    CSegmentTable* givenComponents = components;
+    VemSetSegmentTable(exe.get(), segments);
+    VemSetComponentList(exe.get(), components);
+    EXPECT_EQ(segments, nullptr);
+    EXPECT_EQ(components, nullptr);
+    EXPECT_EQ(VemGetSegmentTable(exe.get()), givenSegments);
+    EXPECT_EQ(VemGetComponentList(exe.get()), givenComponents);
+    CVemByteArray* taskDefs = VemBaNewByteArray(0, 1, 1, 0);
+    VemBaAppendWord(taskDefs, 0x0102);
+    VemSetTaskDefSegment(exe.get(), taskDefs);
+    EXPECT_EQ(VemGetTaskDefSegment(exe.get()), taskDefs);
+    EXPECT_EQ(exe->GetTaskDefSegmentBytePointer(), VemBaGetBytePointer(taskDefs));
+    EXPECT_EQ(exe->GetTaskDefSegmentBytePointer()[0], 0x02);
+}
+
+TEST_F(ExeNode, ContainerFilesProjectNameAndUserLevel) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    VemSetDatacontFilesProjectName(exe.get(), "PROJECT");
+    VemSetDatacontFilesUserLevel(exe.get(), 3);
+    EXPECT_STREQ(VemGetDatacontFilesProjectName(exe.get()), "PROJECT");
+    EXPECT_EQ(VemGetDatacontFilesUserLevel(exe.get(), 99), 3);
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    VemSetDatacontFilesProjectName(task.get(), "PROJECT");
+    EXPECT_EQ(VemGetDatacontFilesProjectName(task.get()), nullptr);
+    CStringList keys;
+    EXPECT_EQ(VemGetContainerFileList(exe.get(), &keys), 1);
+    EXPECT_EQ(VemSetContainerFileCheckSum(exe.get(), "NONE", 1), 0);
+}
+
+TEST_F(ExeNode, AbsoluteOffsetsWorkAsOnATask) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    VemAddNewSegmentLength(exe.get(), 100);
+    VemAddNewSegmentLength(exe.get(), 50);
+    EXPECT_EQ(VemGetAbsOffset(exe.get(), 3), 150u);
+    EXPECT_THROW(VemGetAbsOffset(exe.get(), 4), CInvalidArgException);
+}
+
+TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
+    VemAddChildTail(exe.get(), tasks);
+    CVemBaseNode* first = AddTask(tasks, "T1");
+    VemAddChildTail(first, Variable("V", 0, 2));
+    VemAddChildTail(tasks, Variable("NOT_A_TASK", 0, 2));
+    CVemBaseNode* second = AddTask(tasks, "T2");
+    CVemBaseNode* third = AddTask(tasks, "T3");
+    CVemBaseNode* global = Named(kVemBaseNode, "Global - Resource");
+    VemAddChildTail(exe.get(), global);
+    CVemBaseNode* globalTask = AddTask(global, "G");
+    VemComputeProgramNumbers(exe.get(), 0);
+    EXPECT_EQ(VemGetProgramNr(first), 1);
+    EXPECT_EQ(VemGetProgramNr(second), 2);
+    EXPECT_EQ(VemGetProgramNr(third), 3);
+    EXPECT_EQ(VemGetProgramNr(VemGetLastChild(first)), 1);  // through the whole subtree
+    EXPECT_EQ(VemGetProgramNr(globalTask), 0);
+    VemComputeProgramNumbers(exe.get(), 1);
+    EXPECT_EQ(VemGetProgramNr(first), 0);
+    EXPECT_EQ(VemGetProgramNr(third), 0);
+    EXPECT_EQ(VemGetProgramNr(VemGetLastChild(first)), 0);
+}
+
+TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    CVemBaseNode* plain = Named(kVemTaskNode, "TASKS");
+    VemAddChildTail(exe.get(), plain);
+    CVemBaseNode* inPlain = AddTask(plain, "A");
+    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
+    VemAddChildTail(exe.get(), container);
+    CVemBaseNode* inContainer = AddTask(container, "B");
+    VemComputeProgramNumbers(exe.get(), 0);
+    EXPECT_EQ(VemGetProgramNr(inContainer), 1);
+    EXPECT_EQ(VemGetProgramNr(inPlain), 0);
+    VemDeleteChildNode(exe.get(), container);
+    VemComputeProgramNumbers(exe.get(), 0);
+    EXPECT_EQ(VemGetProgramNr(inPlain), 1);
+}
+
+TEST_F(ExeNode, NoTasksNodeNumbersNothing) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    CVemBaseNode* other = Named(kVemBaseNode, "TASKS");  // right name, wrong type
+    VemAddChildTail(exe.get(), other);
+    CVemBaseNode* lower = Named(kVemTaskContainerNode, "tasks");  // right type, wrong case
+    VemAddChildTail(exe.get(), lower);
+    CVemBaseNode* task = AddTask(other, "A");
+    CVemBaseNode* task2 = AddTask(lower, "B");
+    VemComputeProgramNumbers(exe.get(), 0);
+    EXPECT_EQ(VemGetProgramNr(task), 0);
+    EXPECT_EQ(VemGetProgramNr(task2), 0);
+}
+
+TEST_F(ExeNode, OneCodeNodePerUnitWhateverTheCase) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    NodePtr first = MakeNode(kVemTuiTaskNode, "T1");
+    NodePtr second = MakeNode(kVemTuiTaskNode, "T2");
+    VemGetEvemRootNodeListPtr(first.get())->AddTail(CodeNode("C:\\PRJ\\FB.st"));
+    VemGetEvemRootNodeListPtr(first.get())->AddTail(CodeNode("C:\\PRJ\\T1.st"));
+    VemGetEvemRootNodeListPtr(second.get())->AddTail(CodeNode("c:\\prj\\fb.ST"));
+    VemGetEvemRootNodeListPtr(second.get())->AddTail(CodeNode("C:\\PRJ\\T2.st"));
+    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), first.get()), 1);
+    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), second.get()), 1);
+    EXPECT_EQ(CodeNodePaths(exe.get()),
+              (std::vector<std::string>{"C:\\PRJ\\FB.st", "C:\\PRJ\\T1.st", "C:\\PRJ\\T2.st"}));
+    EXPECT_TRUE(VemGetEvemRootNodeListPtr(first.get())->IsEmpty());
+    EXPECT_TRUE(VemGetEvemRootNodeListPtr(second.get())->IsEmpty());
+}
+
+TEST_F(ExeNode, UndefinedCodeNodeIsDeleted) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    NodePtr task = MakeNode(kVemTuiTaskNode, "T1");
+    CEVemBaseNode* undefined = CodeNode("C:\\PRJ\\U.st");
+    undefined->NodeType = kEVemUndefNode;
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(undefined);
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\U.st"));
+    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), task.get()), 1);
+    EXPECT_EQ(CodeNodePaths(exe.get()), std::vector<std::string>{"C:\\PRJ\\U.st"});
+    EXPECT_EQ(EVemGetNodeType(static_cast<CEVemBaseNode*>(VemGetEvemRootNodeListPtr(exe.get())->GetHead())),
+              kEVemPouCodeNode);
+}
+
+TEST_F(ExeNode, FilteringLeavesOtherNodesAndTheSwitchOffAlone) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    NodePtr task = MakeNode(kVemTuiTaskNode, "T1");
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    NodePtr program = MakeNode(kVemProgramNode, "P");
+    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), program.get()), 1);
+    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), nullptr), 1);
+    LurSetEvemEnabled(0);
+    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), task.get()), 1);
+    LurSetEvemEnabled(1);
+    EXPECT_EQ(VemGetEvemRootNodeListPtr(task.get())->GetCount(), 1);
+    EXPECT_TRUE(VemGetEvemRootNodeListPtr(exe.get())->IsEmpty());
+    NodePtr resource = MakeNode(kVemResourceNode);
+    EXPECT_EQ(VemAddFilteredEvemNodes(resource.get(), task.get()), 0);  // only the executable takes them
+}
+
+TEST_F(ExeNode, UnitPathsOfGlobalTasksOnly) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
+    VemAddChildTail(exe.get(), tasks);
+    AddTaskWithCode(tasks, "T1", "C:\\PRJ\\T1.st", 7);
+    CVemBaseNode* global = Named(kVemBaseNode, "Global - Resource");
+    VemAddChildTail(exe.get(), global);
+    AddTaskWithCode(global, "G1", "C:\\PRJ\\G1.st", 5);
+    CVemBaseNode* second = AddTaskWithCode(global, "G2", "C:\\PRJ\\G2.st", 6);
+    CVemBaseNode* fun = VemCreateCVemFunctionNode("F", "C:\\PRJ\\F.st");
+    VemSetSegmentNumbers(fun, 2, 5, 0xFFFF, 0xFFFF);
+    VemAddChildTail(second, fun);
+    AddTaskWithCode(exe.get(), "DIRECT", "C:\\PRJ\\D.st", 8);
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(exe.get(), 5), CString("C:\\PRJ\\G1.st"));  // the first answer stands
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(exe.get(), 6), CString("C:\\PRJ\\G2.st"));
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(exe.get(), 8), CString("C:\\PRJ\\D.st"));
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(exe.get(), 7), CString());  // below "TASKS"
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(nullptr, 5), CString());
+}
+
+TEST_F(ExeNode, IpTypeOfANodeFile) {
+    vemtest::TempDir dir;
+    NodePtr exe = MakeNode(kVemExeNode, "R");
+    tVemDeviceSettings settings = *VemGetDeviceSettings(exe.get());
+    settings.IpType = 42;
+    VemSetDeviceSettings(exe.get(), settings);
+    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
+    NodePtr resource = MakeNode(kVemResourceNode, "R");
+    ASSERT_EQ(VemWriteNode(resource.get(), dir.file("res.vem").c_str()), 1);
+    u8 ipType = 0;
+    EXPECT_EQ(VemGetIpType(dir.file("exe.vem").c_str(), &ipType), 1);
+    EXPECT_EQ(ipType, 42);
+    ipType = 5;
+    EXPECT_EQ(VemGetIpType(dir.file("res.vem").c_str(), &ipType), 0);
+    EXPECT_EQ(ipType, 5);
+    EXPECT_EQ(VemGetIpType(dir.file("missing.vem").c_str(), &ipType), 0);
+    EXPECT_EQ(ipType, 5);
+}

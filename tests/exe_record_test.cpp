@@ -1,0 +1,341 @@
+// Executable node: its record with the device settings, old records, the code nodes that hang on
+// the switch, and damaged node files.
+#include <cstring>
+#include <functional>
+
+#include "alloc_hook.h"
+#include "compiled_test_util.h"
+
+using compiledtest::CodeNode;
+using compiledtest::CodeNodePaths;
+using compiledtest::LoadRecord;
+using compiledtest::MakeNode;
+using compiledtest::NodePtr;
+using compiledtest::StoreRecord;
+using vemtest::Bytes;
+
+namespace {
+
+using ExeRecord = compiledtest::SettingsTest;
+
+// An empty segment table as it stands in a record.
+const std::vector<u8> kEmptyTable = Bytes()
+                                        .u16_(0)       // no entries
+                                        .u16_(0)       // version
+                                        .u16_(1)       // numbers given out: byte array version
+                                        .u16_(0)       //   no bytes
+                                        .u8_(0)        //   little-endian
+                                        .u8_(1)        //   ByteSize
+                                        .u8_(0)        // name of the unit, empty
+                                        .u16_(0)       // number of segments
+                                        .u16_(0)       // start number
+                                        .u16_(0)       // next number
+                                        .v;
+
+tVemDeviceSettings DistinctSettings() {
+    tVemDeviceSettings s{};
+    s.DeviceWord1 = 0x0102;
+    s.DeviceWord2 = 0x0304;
+    s.MotorolaFormat = 1;
+    s.ResourceGlobalSegTable = 0x10002;
+    s.OnlineLinking = 3;
+    s.IncrementalDownload = 0;
+    s.OneSegTableAtOnlineLinking = 1;
+    s.OnlineEditor = 0xFFFF;
+    s.TaskDownload = 1;
+    s.TaskStart = 0;
+    s.MaxWatchEntries = 0x0506;
+    s.DeviceByte1 = 0x11;
+    s.DeviceByte2 = 0x12;
+    s.DeviceByte3 = 0x13;
+    s.DeviceByte4 = 0x14;
+    s.DeviceByte5 = 0x15;
+    s.DeviceByte6 = 0x16;
+    s.IpType = 0x17;
+    s.DeviceWord3 = 0x0809;
+    s.DeviceByte7 = 0x18;
+    s.Alignment = 4;
+    s.ByteSize = 2;
+    s.DeviceLong1 = 0x0A0B0C0D;
+    s.DeviceByte9 = 0x19;
+    s.DeviceLong2 = 0x1A1B1C1D;
+    s.DeviceLong3[0] = 0x21222324;
+    s.DeviceLong3[1] = 0x31323334;
+    std::memset(s.ReservedBytes, 0xEE, sizeof s.ReservedBytes);
+    return s;
+}
+
+const std::vector<u8> kDistinctSettingsBytes = Bytes()
+                                                   .u32_(0xCDCDCDCD)  // marker
+                                                   .u16_(0x0102)      // DeviceWord1
+                                                   .u16_(0x0304)      // DeviceWord2
+                                                   .u16_(1)           // MotorolaFormat
+                                                   .u16_(2)           // ResourceGlobalSegTable, low 16 bits
+                                                   .u16_(3)           // OnlineLinking
+                                                   .u16_(0)           // IncrementalDownload
+                                                   .u16_(1)           // OneSegTableAtOnlineLinking
+                                                   .u16_(0xFFFF)      // OnlineEditor
+                                                   .u16_(1)           // TaskDownload
+                                                   .u16_(0)           // TaskStart
+                                                   .u16_(0x0506)      // MaxWatchEntries
+                                                   .u8_(0x11)         // DeviceByte1
+                                                   .u8_(0x12)         // DeviceByte2
+                                                   .u8_(0x13)         // DeviceByte3
+                                                   .u8_(0x14)         // DeviceByte4
+                                                   .u8_(0x15)         // DeviceByte5
+                                                   .u8_(0x16)         // DeviceByte6
+                                                   .u8_(0x17)         // IpType
+                                                   .u16_(0x0809)      // DeviceWord3
+                                                   .u8_(0x18)         // DeviceByte7
+                                                   .u8_(4)            // Alignment
+                                                   .u8_(2)            // ByteSize
+                                                   .u32_(0x0A0B0C0D)  // DeviceLong1
+                                                   .u8_(0x19)         // DeviceByte9
+                                                   .u32_(0x1A1B1C1D)  // DeviceLong2
+                                                   .u32_(0x21222324)  // DeviceLong3, first word
+                                                   .u32_(0x31323334)  // DeviceLong3, second word
+                                                   .raw(std::vector<u8>(74, 0))  // reserved, written as zeros
+                                                   .v;
+
+// Behind the settings: user level 0x0203 and the project name AB.
+const std::vector<u8> kFilesTail = Bytes().u16_(0x0203).str("AB").v;
+
+NodePtr ExeWithSettings() {
+    NodePtr exe = MakeNode(kVemExeNode, "R");
+    VemSetDeviceSettings(exe.get(), DistinctSettings());
+    VemSetDatacontFilesUserLevel(exe.get(), 0x0203);
+    VemSetDatacontFilesProjectName(exe.get(), "AB");
+    return exe;
+}
+
+std::vector<u8> Concat(std::initializer_list<std::vector<u8>> parts) {
+    std::vector<u8> all;
+    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+std::vector<u8> Stored(const std::function<void(CArchive&)>& write) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    write(ar);
+    ar.Close();
+    return file.Data();
+}
+
+// The record of the executable node behind the resource's, with nothing in its tables.
+std::vector<u8> EmptyTail(const std::vector<u8>& settings) {
+    return Concat({Bytes().u16_(1).v, kEmptyTable, kEmptyTable,
+                   Bytes()
+                       .u16_(0)  // absolute offsets: none
+                       .u16_(1)  // task definition segment: null tag
+                       .u16_(0)  // data container: no files
+                       .v,
+                   settings, kFilesTail});
+}
+
+// A node loaded from a copy of the record in which the bytes at `at` are replaced.
+NodePtr LoadPatched(std::vector<u8> record, std::size_t at, const std::vector<u8>& bytes) {
+    std::copy(bytes.begin(), bytes.end(), record.begin() + static_cast<long>(at));
+    NodePtr loaded = MakeNode(kVemExeNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
+    return loaded;
+}
+
+std::size_t SettingsOffset(const std::vector<u8>& record) {
+    return record.size() - kFilesTail.size() - kDistinctSettingsBytes.size();
+}
+
+}  // namespace
+
+TEST_F(ExeRecord, DeviceSettingsTakeTheir129Bytes) {
+    LurSetEvemEnabled(0);
+    NodePtr exe = ExeWithSettings();
+    const std::vector<u8> record = StoreRecord(exe.get());
+    ASSERT_EQ(kDistinctSettingsBytes.size(), 129u);
+    const std::vector<u8> tail = EmptyTail(kDistinctSettingsBytes);
+    ASSERT_GT(record.size(), tail.size());
+    EXPECT_EQ(std::vector<u8>(record.end() - static_cast<long>(tail.size()), record.end()), tail);
+}
+
+TEST_F(ExeRecord, SettingsLoadWidenedAndWithoutTheReservedBytes) {
+    NodePtr exe = ExeWithSettings();
+    const std::vector<u8> record = StoreRecord(exe.get());
+    NodePtr loaded = MakeNode(kVemExeNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
+    const tVemDeviceSettings* s = VemGetDeviceSettings(loaded.get());
+    EXPECT_EQ(s->ResourceGlobalSegTable, 2);
+    EXPECT_EQ(s->OnlineEditor, 0xFFFF);
+    EXPECT_EQ(s->DeviceLong3[1], 0x31323334u);
+    EXPECT_EQ(s->IpType, 0x17);
+    EXPECT_EQ(s->Alignment, 4);
+    for (u8 b : s->ReservedBytes) ASSERT_EQ(b, 0);
+    EXPECT_STREQ(VemGetDatacontFilesProjectName(loaded.get()), "AB");
+    EXPECT_EQ(VemGetDatacontFilesUserLevel(loaded.get(), 0), 0x0203);
+    EXPECT_EQ(StoreRecord(loaded.get()), record);
+}
+
+TEST_F(ExeRecord, MotorolaFormatHoldsSixteenBits) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    VemSetMotorolaFormat(exe.get(), 1);
+    NodePtr loaded = MakeNode(kVemExeNode);
+    LoadRecord(loaded.get(), StoreRecord(exe.get()));
+    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 1);
+    VemSetMotorolaFormat(exe.get(), 65536);
+    LoadRecord(loaded.get(), StoreRecord(exe.get()));
+    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 0);
+}
+
+TEST_F(ExeRecord, AlignmentZeroLoadsAsOne) {
+    LurSetEvemEnabled(0);
+    NodePtr exe = ExeWithSettings();
+    tVemDeviceSettings settings = *VemGetDeviceSettings(exe.get());
+    settings.Alignment = 0;
+    VemSetDeviceSettings(exe.get(), settings);
+    const std::vector<u8> record = StoreRecord(exe.get());
+    EXPECT_EQ(VemGetDeviceSettings(exe.get())->Alignment, 0);
+    EXPECT_EQ(record[SettingsOffset(record) + 36], 0);
+    NodePtr loaded = MakeNode(kVemExeNode);
+    LoadRecord(loaded.get(), record);
+    EXPECT_EQ(VemGetDeviceSettings(loaded.get())->Alignment, 1);
+}
+
+// The marker and the reserved bytes are not looked at.
+TEST_F(ExeRecord, MarkerAndReservedBytesAreSkipped) {
+    LurSetEvemEnabled(0);
+    NodePtr exe = ExeWithSettings();
+    const std::vector<u8> record = StoreRecord(exe.get());
+    const std::size_t at = SettingsOffset(record);
+    NodePtr marked = LoadPatched(record, at, {1, 2, 3, 4});
+    NodePtr reserved = LoadPatched(record, at + 55, std::vector<u8>(74, 0x99));
+    EXPECT_EQ(StoreRecord(marked.get()), record);
+    EXPECT_EQ(StoreRecord(reserved.get()), record);
+    for (u8 b : VemGetDeviceSettings(reserved.get())->ReservedBytes) ASSERT_EQ(b, 0);
+}
+
+TEST_F(ExeRecord, TablesEntryContainerAndCodeNodesComeBack) {
+    vemtest::TempDir dir;
+    NodePtr exe = ExeWithSettings();
+    VemSegTblAddNewSegment(VemGetSegmentTable(exe.get()), nullptr);
+    CVemByteArray* segment = VemBaNewByteArray(0, 1, 1, 0);
+    VemBaAppendWord(segment, 0x4321);
+    VemSegTblAddNewSegment(VemGetSegmentTable(exe.get()), segment);
+    VemSegTblAddNewSegment(VemGetComponentList(exe.get()), VemBaNewByteArray(1, 2, 1, 0));
+    CVemByteArray* taskDefs = VemBaNewByteArray(0, 1, 1, 0);
+    VemBaAppendByte(taskDefs, 9);
+    VemSetTaskDefSegment(exe.get(), taskDefs);
+    VemAddNewSegmentLength(exe.get(), 2);
+    vemtest::WriteFileText(dir.file("a.txt"), "a");
+    VemAddContainerFile(exe.get(), dir.file("a.txt").c_str(), "A", 4);
+    VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    VemAddChildTail(exe.get(), VemNewNode(kVemTaskContainerNode));
+    const std::vector<u8> record = StoreRecord(exe.get());
+    NodePtr loaded = MakeNode(kVemExeNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
+    EXPECT_EQ(VemBaGetBytePointer(VemSegTblGetSegment(VemGetSegmentTable(loaded.get()), 1))[0], 0x21);
+    EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetComponentList(loaded.get())), 1);
+    EXPECT_EQ(VemBaIsMotorolaFormat(VemSegTblGetSegment(VemGetComponentList(loaded.get()), 0)), 1);
+    ASSERT_NE(VemGetTaskDefSegment(loaded.get()), nullptr);
+    EXPECT_EQ(loaded->GetTaskDefSegmentBytePointer()[0], 9);
+    EXPECT_EQ(VemGetAbsOffset(loaded.get(), 2), 2u);
+    EXPECT_EQ(VemGetContainerFileType(loaded.get(), "A"), 4u);
+    EXPECT_EQ(CodeNodePaths(loaded.get()), std::vector<std::string>{"C:\\PRJ\\A.st"});
+    EXPECT_EQ(compiledtest::ChildNames(loaded.get()), std::vector<std::string>{"TASKS"});
+    EXPECT_EQ(VemGetNoOfTask(loaded.get()), 0);
+    EXPECT_EQ(StoreRecord(loaded.get()), record);
+}
+
+// Filtering does not know what a load brought: its names are not stored.
+TEST_F(ExeRecord, FilteredNamesAreNotStored) {
+    NodePtr exe = MakeNode(kVemExeNode);
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    VemAddFilteredEvemNodes(exe.get(), task.get());
+    NodePtr loaded = MakeNode(kVemExeNode);
+    LoadRecord(loaded.get(), StoreRecord(exe.get()));
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    VemAddFilteredEvemNodes(loaded.get(), task.get());
+    EXPECT_EQ(CodeNodePaths(loaded.get()).size(), 2u);
+}
+
+TEST_F(ExeRecord, SwitchOnWhenWrittenLeavesBytesWhenReadOff) {
+    NodePtr exe = ExeWithSettings();
+    VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    const std::vector<u8> on = StoreRecord(exe.get());
+    LurSetEvemEnabled(0);
+    const std::vector<u8> off = StoreRecord(exe.get());
+    EXPECT_EQ(std::vector<u8>(on.begin(), on.begin() + static_cast<long>(off.size())), off);
+    NodePtr loaded = MakeNode(kVemExeNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), on), on.size() - off.size());
+    EXPECT_TRUE(VemGetEvemRootNodeListPtr(loaded.get())->IsEmpty());
+}
+
+TEST_F(ExeRecord, SwitchOffWhenWrittenFailsWhenReadOn) {
+    LurSetEvemEnabled(0);
+    vemtest::TempDir dir;
+    NodePtr exe = ExeWithSettings();
+    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
+    LurSetEvemEnabled(1);
+    vemtest::MessageCapture messages;
+    EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr);
+    EXPECT_TRUE(messages.texts().empty());
+}
+
+// Version 0 held a download list and a byte buffer behind the tables and one more buffer behind
+// the task definition segment.
+TEST_F(ExeRecord, VersionZeroLoadsWithTheOldRowsDropped) {
+    LurSetEvemEnabled(0);
+    NodePtr exe = ExeWithSettings();
+    const std::vector<u8> current = StoreRecord(exe.get());
+    const std::vector<u8> tail = EmptyTail(kDistinctSettingsBytes);
+    const std::vector<u8> resource(current.begin(), current.end() - static_cast<long>(tail.size()));
+    const std::vector<u8> downloadList = Stored([](CArchive& ar) {
+        CVemDownloadList list;
+        list.Add(nullptr);
+        list.Serialize(ar);
+    });
+    const std::vector<u8> buffer = Stored([](CArchive& ar) {
+        CVemByteArray* array = VemBaNewByteArray(1, 1, 1, 0);
+        VemBaAppendWord(array, 0xBEEF);
+        VemBaSerialize(array, ar);
+        VemBaDeleteByteArray(array);
+    });
+    const std::vector<u8> old = Concat({resource, Bytes().u16_(0).v, kEmptyTable, kEmptyTable, downloadList, buffer,
+                                        Bytes().u16_(0).u16_(1).v, buffer, Bytes().u16_(0).v, kDistinctSettingsBytes,
+                                        kFilesTail});
+    NodePtr loaded = MakeNode(kVemExeNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), old), 0u);
+    EXPECT_EQ(VemGetTaskDefSegment(loaded.get()), nullptr);
+    EXPECT_EQ(VemGetDeviceSettings(loaded.get())->IpType, 0x17);
+    EXPECT_STREQ(VemGetDatacontFilesProjectName(loaded.get()), "AB");
+    EXPECT_EQ(StoreRecord(loaded.get()), current);
+}
+
+TEST_F(ExeRecord, NewerVersionFailsTheLoad) {
+    LurSetEvemEnabled(0);
+    vemtest::TempDir dir;
+    NodePtr exe = ExeWithSettings();
+    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
+    std::vector<u8> bytes = vemtest::ReadFileBytes(dir.file("exe.vem"));
+    bytes[bytes.size() - EmptyTail(kDistinctSettingsBytes).size()] = 2;
+    vemtest::WriteFileBytes(dir.file("new.vem"), bytes);
+    vemtest::MessageCapture messages;
+    EXPECT_EQ(VemLoadNode(dir.file("new.vem").c_str()), nullptr);
+    EXPECT_TRUE(messages.texts().empty());
+}
+
+TEST_F(ExeRecord, EveryTruncatedNodeFileGivesNull) {
+    vemtest::TempDir dir;
+    NodePtr exe = ExeWithSettings();
+    VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    VemAddChildTail(exe.get(), VemNewNode(kVemTaskContainerNode));
+    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
+    const std::vector<u8> bytes = vemtest::ReadFileBytes(dir.file("exe.vem"));
+    vemtest::MessageCapture messages;
+    vemtest::AllocationWatch watch;
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        vemtest::WriteFileBytes(dir.file("cut.vem"), std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(length)));
+        ASSERT_EQ(VemLoadNode(dir.file("cut.vem").c_str()), nullptr) << length;
+    }
+    EXPECT_EQ(watch.Live(), 0);
+    EXPECT_TRUE(messages.texts().empty());
+}

@@ -1,0 +1,197 @@
+// Compiled task: its tables, the absolute offsets, the path map, the units by code segment.
+#include "compiled_test_util.h"
+
+using compiledtest::MakeNode;
+using compiledtest::Named;
+using compiledtest::NodePtr;
+using compiledtest::Variable;
+
+namespace {
+
+using TuiTask = compiledtest::SettingsTest;
+
+// A task whose table is 0, 0, 100, 150, 175.
+NodePtr TaskWithSegments(const char* name = "TASK1") {
+    NodePtr task = MakeNode(kVemTuiTaskNode, name);
+    VemAddNewSegmentLength(task.get(), 100);
+    VemAddNewSegmentLength(task.get(), 50);
+    VemAddNewSegmentLength(task.get(), 25);
+    return task;
+}
+
+}  // namespace
+
+TEST_F(TuiTask, NewTaskHasAnEmptyTableAndNoEntryMapOrOffsets) {
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    EXPECT_EQ(VemGetNodeType(task.get()), kVemTuiTaskNode);
+    CSegmentTable* table = VemGetSegmentTable(task.get());
+    ASSERT_NE(table, nullptr);
+    EXPECT_EQ(VemSegTblGetNoOfSegments(table), 0);
+    EXPECT_EQ(VemSegTblGetStartSegmentNo(table), 0);
+    EXPECT_EQ(VemGetTaskDefEntry(task.get()), nullptr);
+    EXPECT_EQ(VemGetNodePath2NodeList(task.get()), nullptr);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.ANY"), 0u);
+    EXPECT_TRUE(VemGetEvemRootNodeListPtr(task.get())->IsEmpty());
+    EXPECT_THROW(VemGetAbsOffset(task.get(), 0), CInvalidArgException);
+}
+
+TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
+    NodePtr task = TaskWithSegments();
+    const u32 expected[] = {0, 0, 100, 150, 175};
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]);
+    EXPECT_THROW(VemGetAbsOffset(task.get(), 5), CInvalidArgException);
+    EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
+}
+
+TEST_F(TuiTask, SegmentStartsWrapInSixteenBits) {
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    VemAddNewSegmentLength(task.get(), 65530);
+    VemAddNewSegmentLength(task.get(), 10);
+    EXPECT_EQ(VemGetAbsOffset(task.get(), 2), 65530u);
+    EXPECT_EQ(VemGetAbsOffset(task.get(), 3), 4u);
+}
+
+TEST_F(TuiTask, PathsAreUpperCaseAndFoundInAnyCase) {
+    NodePtr task = TaskWithSegments();
+    VemAddChildTail(task.get(), Variable("Count", 4, 3));
+    VemCreateChildNodePathList(task.get());
+    CMapStringToOb* map = VemGetNodePath2NodeList(task.get());
+    ASSERT_NE(map, nullptr);
+    CObject* found = nullptr;
+    EXPECT_TRUE(map->Lookup("TASK1.COUNT", found));
+    EXPECT_EQ(map->GetCount(), 1);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "task1.count"), 150u + 4);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "task1.counter"), 0u);
+}
+
+TEST_F(TuiTask, SegmentWithoutStartGivesTheMarkerNumber) {
+    NodePtr task = TaskWithSegments();
+    VemAddChildTail(task.get(), Variable("InTable", 4, 3));
+    VemAddChildTail(task.get(), Variable("Beyond", 4, 9));
+    VemAddChildTail(task.get(), Variable("Edge", 0, 5));
+    VemCreateChildNodePathList(task.get());
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INTABLE"), 154u);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.BEYOND"), 99999999u);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.EDGE"), 99999999u);
+}
+
+TEST_F(TuiTask, StructureAddsAStepButNoKey) {
+    NodePtr task = TaskWithSegments();
+    CVemBaseNode* s = Named(kVemStructNode, "S");
+    VemAddChildTail(s, Variable("A", 6, 2));
+    VemAddChildTail(task.get(), s);
+    VemCreateChildNodePathList(task.get());
+    CObject* found = nullptr;
+    EXPECT_TRUE(VemGetNodePath2NodeList(task.get())->Lookup("TASK1.S.A", found));
+    EXPECT_FALSE(VemGetNodePath2NodeList(task.get())->Lookup("TASK1.S", found));
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.S.A"), 100u + 6);
+}
+
+// A unit stands for the start of its data segment; its name's type part stays out of the key, but
+// the blank in front of the colon stays in its own key.
+TEST_F(TuiTask, UnitIsFoundByItsDataSegment) {
+    NodePtr task = TaskWithSegments();
+    CVemBaseNode* fb = VemCreateCVemFbNode("inst : FBTYPE", "C:\\PRJ\\FB.st");
+    VemAddChildTail(fb, Variable("x", 2, 4));
+    VemSetDataSegment(fb, 4);
+    VemAddChildTail(task.get(), fb);
+    VemCreateChildNodePathList(task.get());
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INST "), 175u);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INST.X"), 177u);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INST"), 0u);
+}
+
+TEST_F(TuiTask, SecondPathListSeesTheChangedTree) {
+    NodePtr task = TaskWithSegments();
+    VemAddChildTail(task.get(), Variable("A", 0, 2));
+    VemCreateChildNodePathList(task.get());
+    EXPECT_EQ(VemGetNodePath2NodeList(task.get())->GetCount(), 1);
+    VemAddChildTail(task.get(), Variable("B", 2, 2));
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.B"), 0u);  // a snapshot
+    VemCreateChildNodePathList(task.get());
+    EXPECT_EQ(VemGetNodePath2NodeList(task.get())->GetCount(), 2);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.B"), 102u);
+}
+
+TEST_F(TuiTask, SegmentTableIsHandedOver) {
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    CSegmentTable* table = VemSegTblNew();
+    VemSegTblAddNewSegment(table, VemBaNewByteArray(0, 1, 1, 0));
+    CSegmentTable* given = table;
+    VemSetSegmentTable(task.get(), table);
+    EXPECT_EQ(table, nullptr);
+    EXPECT_EQ(VemGetSegmentTable(task.get()), given);
+    CSegmentTable* none = nullptr;
+    VemSetSegmentTable(task.get(), none);  // a null table leaves a new empty one
+    ASSERT_NE(VemGetSegmentTable(task.get()), nullptr);
+    EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetSegmentTable(task.get())), 0);
+}
+
+TEST_F(TuiTask, TaskDefinitionEntryIsTakenOver) {
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
+    VemSetTaskDefEntry(task.get(), entry);
+    EXPECT_EQ(VemGetTaskDefEntry(task.get()), entry);
+}
+
+TEST_F(TuiTask, IconBitmapTextAndClone) {
+    NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
+    NodePtr program = MakeNode(kVemProgramNode, "P");
+    EXPECT_EQ(task->GetIconID(), 122u);
+    EXPECT_EQ(program->GetIconID(), 118u);
+    VemSetGlobal(task.get(), 1);
+    EXPECT_EQ(task->GetIconID(), 137u);
+    EXPECT_EQ(VemGetBitmapID(task.get()), 112u);
+    VemSetDebugFlag(1);
+    EXPECT_EQ(VemGetNodeText(task.get()), CString("TASK1"));
+    EXPECT_NE(VemGetNodeText(program.get()), CString("P"));
+    VemSetDebugFlag(0);
+    NodePtr copy(VemClone(task.get()));
+    EXPECT_STREQ(copy->GetRuntimeClass()->m_lpszClassName, "CVemProgramNode");
+}
+
+TEST_F(TuiTask, UnitPathByCodeSegment) {
+    NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
+    VemSetPathName(task.get(), "C:\\PRJ\\TASK1.st");
+    VemSetSegmentNumbers(task.get(), 2, 1, 0xFFFF, 0xFFFF);
+    CVemBaseNode* fb = VemCreateCVemFbNode("a : FBA", "C:\\PRJ\\FBA.st");
+    VemSetSegmentNumbers(fb, 4, 3, 0xFFFF, 0xFFFF);
+    CVemBaseNode* inner = VemCreateCVemFunctionNode("F", "C:\\PRJ\\F.st");
+    VemSetSegmentNumbers(inner, 4, 5, 0xFFFF, 0xFFFF);
+    VemAddChildTail(fb, inner);
+    CVemBaseNode* fun = VemCreateCVemFunctionNode("G", "C:\\PRJ\\G.st");
+    VemSetSegmentNumbers(fun, 4, 6, 0xFFFF, 0xFFFF);
+    CVemBaseNode* program = VemNewNode(kVemProgramNode);
+    VemSetPathName(program, "C:\\PRJ\\P.st");
+    VemSetSegmentNumbers(program, 4, 7, 0xFFFF, 0xFFFF);
+    VemAddChildTail(task.get(), Variable("V", 0, 2));
+    VemAddChildTail(task.get(), fb);
+    VemAddChildTail(task.get(), fun);
+    VemAddChildTail(task.get(), program);
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 1), CString("C:\\PRJ\\TASK1.st"));
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 3), CString("C:\\PRJ\\FBA.st"));
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 5), CString("C:\\PRJ\\F.st"));
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 6), CString("C:\\PRJ\\G.st"));
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 7), CString());  // programs are not asked
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 8), CString());
+}
+
+TEST_F(TuiTask, DataContainerFunctionsReachTheContainer) {
+    vemtest::TempDir dir;
+    vemtest::WriteFileText(dir.file("a.bin"), "x");
+    NodePtr task = MakeNode(kVemTuiTaskNode);
+    const std::string path = dir.file("a.bin");
+    EXPECT_EQ(VemAddContainerFile(task.get(), path.c_str(), "KEY", 7), 1);
+    EXPECT_EQ(VemSetContainerFileCheckSum(task.get(), "KEY", 0x1234), 1);
+    EXPECT_EQ(VemGetContainerFileType(task.get(), "KEY"), 7u);
+    EXPECT_EQ(VemGetContainerFileCheckSum(task.get(), "KEY"), 0x1234u);
+    CVemByteArray array;
+    EXPECT_EQ(VemWriteContainerFileContents2VemByteArray(task.get(), "KEY", &array), 1);
+    EXPECT_EQ(VemGetContainerFileType(task.get(), "OTHER"), 0u);
+    CStringList keys;
+    EXPECT_EQ(VemGetContainerFileList(task.get(), &keys), 1);
+    ASSERT_EQ(keys.GetCount(), 1);
+    EXPECT_EQ(keys.GetHead(), CString("KEY"));
+    CVemByteArray contents = VemGetContainerFileContents(task.get(), "KEY");
+    EXPECT_EQ(VemBaGetLength(&contents), 0u);
+}

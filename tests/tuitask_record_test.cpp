@@ -1,0 +1,237 @@
+// Compiled task: its record, old records, the code nodes that hang on the switch, task files.
+#include <functional>
+
+#include "alloc_hook.h"
+#include "compiled_test_util.h"
+
+using compiledtest::CodeNode;
+using compiledtest::CodeNodePaths;
+using compiledtest::LoadRecord;
+using compiledtest::MakeNode;
+using compiledtest::NodePtr;
+using compiledtest::StoreRecord;
+using compiledtest::Variable;
+using vemtest::Bytes;
+
+namespace {
+
+using TuiTaskRecord = compiledtest::SettingsTest;
+
+// The record behind the program's, for a task with no segments, no entry, no files and the
+// offsets 0, 0, 100, with the switch off.
+const std::vector<u8> kTail = Bytes()
+                                  .u16_(1)                 // schema word
+                                  .u16_(0)                 // segment table: no entries
+                                  .u16_(0)                 //   its version
+                                  .u16_(1)                 //   numbers given out: byte array version
+                                  .u16_(0)                 //     no bytes
+                                  .u8_(0)                  //     little-endian
+                                  .u8_(1)                  //     ByteSize
+                                  .u8_(0)                  //   name of the unit, empty
+                                  .u16_(0)                 //   number of segments
+                                  .u16_(0)                 //   start number
+                                  .u16_(0)                 //   next number
+                                  .u16_(1)                 // task definition entry: null tag
+                                  .u16_(0)                 // data container: no files
+                                  .u16_(3)                 // absolute offsets: three words
+                                  .u32_(0)
+                                  .u32_(0)
+                                  .u32_(100)
+                                  .v;
+
+NodePtr SmallTask() {
+    NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
+    VemAddNewSegmentLength(task.get(), 100);
+    return task;
+}
+
+std::vector<u8> Stored(const std::function<void(CArchive&)>& write) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    write(ar);
+    ar.Close();
+    return file.Data();
+}
+
+std::vector<u8> Concat(std::initializer_list<std::vector<u8>> parts) {
+    std::vector<u8> all;
+    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+// A task with children, two segments, an entry, a file, offsets and two code nodes.
+NodePtr FullTask(const vemtest::TempDir& dir) {
+    NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
+    VemAddChildTail(task.get(), Variable("V", 4, 2));
+    CSegmentTable* table = VemGetSegmentTable(task.get());
+    VemSegTblAddNewSegment(table, nullptr);
+    CVemByteArray* data = VemBaNewByteArray(1, 2, 1, 0);
+    VemBaAppendWord(data, 0x1234);
+    VemSegTblAddNewSegment(table, data);
+    VemAddNewSegmentLength(task.get(), 2);
+    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
+    VemBaAppendByte(entry, 0xAB);
+    VemSetTaskDefEntry(task.get(), entry);
+    vemtest::WriteFileText(dir.file("t.cfg"), "cfg");
+    VemAddContainerFile(task.get(), dir.file("t.cfg").c_str(), "CFG", 3);
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\B.st"));
+    return task;
+}
+
+}  // namespace
+
+TEST_F(TuiTaskRecord, TailBehindTheProgramRecord) {
+    LurSetEvemEnabled(0);
+    NodePtr task = SmallTask();
+    const std::vector<u8> record = StoreRecord(task.get());
+    ASSERT_GT(record.size(), kTail.size());
+    EXPECT_EQ(std::vector<u8>(record.end() - kTail.size(), record.end()), kTail);
+}
+
+TEST_F(TuiTaskRecord, SwitchOnAddsTheCountOfCodeNodes) {
+    NodePtr task = SmallTask();
+    const std::vector<u8> on = StoreRecord(task.get());
+    LurSetEvemEnabled(0);
+    const std::vector<u8> off = StoreRecord(task.get());
+    EXPECT_EQ(on, Concat({off, {0, 0}}));
+}
+
+TEST_F(TuiTaskRecord, StoreAndLoadKeepEverythingButTheMap) {
+    vemtest::TempDir dir;
+    NodePtr task = FullTask(dir);
+    VemCreateChildNodePathList(task.get());
+    const std::vector<u8> record = StoreRecord(task.get());
+    NodePtr loaded = MakeNode(kVemTuiTaskNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
+    EXPECT_EQ(VemGetName(loaded.get()), CString("TASK1"));
+    EXPECT_EQ(VemGetNodeType(loaded.get()), kVemTuiTaskNode);
+    EXPECT_EQ(compiledtest::ChildNames(loaded.get()), std::vector<std::string>{"V"});
+    EXPECT_EQ(VemGetNodePath2NodeList(loaded.get()), nullptr);
+    CVemByteArray* data = VemSegTblGetSegment(VemGetSegmentTable(loaded.get()), 1);
+    ASSERT_NE(data, nullptr);
+    EXPECT_EQ(VemBaIsMotorolaFormat(data), 1);
+    EXPECT_EQ(VemBaGetBytePointer(data)[0], 0x12);
+    ASSERT_NE(VemGetTaskDefEntry(loaded.get()), nullptr);
+    EXPECT_EQ(VemBaGetBytePointer(VemGetTaskDefEntry(loaded.get()))[0], 0xAB);
+    EXPECT_EQ(VemGetContainerFileType(loaded.get(), "CFG"), 3u);
+    EXPECT_EQ(VemGetAbsOffset(loaded.get(), 2), 2u);
+    EXPECT_EQ(CodeNodePaths(loaded.get()), (std::vector<std::string>{"C:\\PRJ\\A.st", "C:\\PRJ\\B.st"}));
+    EXPECT_EQ(StoreRecord(loaded.get()), record);
+}
+
+TEST_F(TuiTaskRecord, WrittenWithTheSwitchOnAndReadWithItOff) {
+    vemtest::TempDir dir;
+    NodePtr task = FullTask(dir);
+    const std::vector<u8> on = StoreRecord(task.get());
+    LurSetEvemEnabled(0);
+    const std::vector<u8> off = StoreRecord(task.get());
+    NodePtr loaded = MakeNode(kVemTuiTaskNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), on), on.size() - off.size());
+    EXPECT_TRUE(VemGetEvemRootNodeListPtr(loaded.get())->IsEmpty());
+}
+
+TEST_F(TuiTaskRecord, WrittenWithTheSwitchOffAndReadWithItOn) {
+    vemtest::TempDir dir;
+    LurSetEvemEnabled(0);
+    NodePtr task = FullTask(dir);
+    const std::vector<u8> off = StoreRecord(task.get());
+    LurSetEvemEnabled(1);
+    vemtest::AllocationWatch watch;
+    {
+        NodePtr loaded = MakeNode(kVemTuiTaskNode);
+        EXPECT_THROW(LoadRecord(loaded.get(), off), CArchiveException);
+    }
+    EXPECT_EQ(watch.Live(), 0);
+}
+
+// Version 0 held a download list behind the table and a byte buffer behind the offsets.
+TEST_F(TuiTaskRecord, VersionZeroLoadsWithTheOldRowsDropped) {
+    LurSetEvemEnabled(0);
+    NodePtr task = SmallTask();
+    const std::vector<u8> current = StoreRecord(task.get());
+    const std::vector<u8> program(current.begin(), current.end() - kTail.size());
+    const std::vector<u8> table(kTail.begin() + 2, kTail.begin() + 19);
+    const std::vector<u8> downloadList = Stored([](CArchive& ar) {
+        CVemDownloadList list;
+        list.Add(nullptr);
+        auto* entry = new CVemDownloadListEntry;
+        entry->Name = "UNIT";
+        list.Add(entry);
+        list.Serialize(ar);
+    });
+    const std::vector<u8> buffer = Stored([](CArchive& ar) {
+        CVemByteArray* array = VemBaNewByteArray(0, 1, 1, 0);
+        VemBaAppendDword(array, 0xDEADBEEF);
+        VemBaSerialize(array, ar);
+        VemBaDeleteByteArray(array);
+    });
+    const std::vector<u8> entry = Stored([](CArchive& ar) {
+        CVemByteArray* array = VemBaNewByteArray(0, 1, 1, 0);
+        VemBaAppendByte(array, 0x5A);
+        VemBaSerialize(array, ar);
+        VemBaDeleteByteArray(array);
+    });
+    const std::vector<u8> old = Concat({program, Bytes().u16_(0).v, table, downloadList, entry, Bytes().u16_(0).v,
+                                        Bytes().u16_(2).u32_(0).u32_(0).v, buffer});
+    NodePtr loaded = MakeNode(kVemTuiTaskNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), old), 0u);
+    ASSERT_NE(VemGetTaskDefEntry(loaded.get()), nullptr);
+    EXPECT_EQ(VemBaGetLength(VemGetTaskDefEntry(loaded.get())), 1u);
+    EXPECT_EQ(VemGetAbsOffset(loaded.get(), 1), 0u);
+    EXPECT_THROW(VemGetAbsOffset(loaded.get(), 2), CInvalidArgException);
+    // Stored again it is a record of the current version.
+    EXPECT_EQ(StoreRecord(loaded.get())[program.size()], 1);
+}
+
+TEST_F(TuiTaskRecord, NewerVersionFails) {
+    LurSetEvemEnabled(0);
+    NodePtr task = SmallTask();
+    std::vector<u8> record = StoreRecord(task.get());
+    record[record.size() - kTail.size()] = 2;
+    NodePtr loaded = MakeNode(kVemTuiTaskNode);
+    try {
+        LoadRecord(loaded.get(), record);
+        FAIL() << "a newer record loaded";
+    } catch (const CArchiveException& e) {
+        EXPECT_EQ(e.m_cause, CArchiveException::badIndex);
+    }
+}
+
+TEST_F(TuiTaskRecord, EveryTruncatedRecordFailsAndLeavesNothing) {
+    vemtest::TempDir dir;
+    NodePtr task = FullTask(dir);
+    const std::vector<u8> record = StoreRecord(task.get());
+    vemtest::AllocationWatch watch;
+    for (std::size_t length = 0; length < record.size(); ++length) {
+        {
+            NodePtr loaded = MakeNode(kVemTuiTaskNode);
+            EXPECT_THROW(LoadRecord(loaded.get(), std::vector<u8>(record.begin(), record.begin() + length)),
+                         CArchiveException)
+                << length;
+        }
+        ASSERT_EQ(watch.Live(), 0) << length;
+    }
+}
+
+// A task file holds the task as a new object of a new class: FFFF, class schema 5, the name.
+TEST_F(TuiTaskRecord, TaskFileObjectForm) {
+    NodePtr task = SmallTask();
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        ASSERT_EQ(VemWriteObject(task.get(), ar), 1);
+        ar.Close();
+    }
+    const std::vector<u8> head = Bytes().u16_(0xFFFF).u16_(5).u16_(15).v;
+    const std::string name = "CVemTuiTaskNode";
+    ASSERT_GT(file.Data().size(), head.size() + name.size());
+    EXPECT_EQ(std::vector<u8>(file.Data().begin(), file.Data().begin() + 6), head);
+    EXPECT_EQ(std::string(file.Data().begin() + 6, file.Data().begin() + 21), name);
+    CMemFile in(file.Data());
+    CArchive ar(&in, CArchive::load);
+    NodePtr read(VemReadObject(ar));
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(VemGetNodeType(read.get()), kVemTuiTaskNode);
+    EXPECT_EQ(VemGetAbsOffset(read.get(), 2), 100u);
+}
