@@ -4,6 +4,7 @@
 #include "vem32_types.h"
 #include "vem_bytearray.h"
 #include "vem_dc.h"
+#include "vem_ext.h"
 #include "vem_evem.h"
 #include "vem_node.h"
 #include "vem_plain.h"

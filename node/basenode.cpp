@@ -120,6 +120,7 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
         CVemBaseNode* child = VemNewNodeForLoad(type);
         child->Parent = this;
         try {
+            CArchive::RecordScope record(ar, child->GetRuntimeClass()->m_lpszClassName);
             child->Serialize(ar);
             Children.AddTail(child);
         } catch (...) {

@@ -2,9 +2,11 @@
 #include "node/nodefile.h"
 
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "vem_node.h"
+#include "vem_ext.h"
 #include "vem_plain.h"
 
 const char kVemRebuildMessage[] =
@@ -29,40 +31,80 @@ void CheckStamp(CArchive& ar) {
     }
 }
 
-// What the load does with a failure: delete what was read, tell the user where the platform would.
-CVemBaseNode* FailedLoad(CVemBaseNode* node, const char* message) {
+void CopyField(char* to, std::size_t size, const char* text) {
+    std::strncpy(to, text ? text : "", size - 1);
+    to[size - 1] = '\0';
+}
+
+void Report(tVemLoadReport& report, int failure, int cause, const CArchive* ar, const CString& message) {
+    report.Failure = failure;
+    report.Cause = cause;
+    report.Offset = ar ? ar->GetPosition() : 0;
+    CopyField(report.RecordClass, sizeof report.RecordClass, ar ? ar->GetRecordClass() : "");
+    CopyField(report.Message, sizeof report.Message, message);
+}
+
+// The load of a node file. On failure the partly read tree is deleted, the report says why, and
+// the result is null; an exception whose cause is "none" keeps what stands.
+CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report) {
+    report = tVemLoadReport{};
+    CFile file;
+    CFileException openError;
+    if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary, &openError)) {
+        Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage());
+        return nullptr;
+    }
+    CVemBaseNode* node = nullptr;
+    std::unique_ptr<CArchive> ar;
+    try {
+        ar = std::make_unique<CArchive>(&file, CArchive::load);
+        u16 type;
+        *ar >> type;
+        node = VemNewNodeForLoad(type);
+        CheckStamp(*ar);
+        {
+            CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
+            node->Serialize(*ar);
+        }
+        ar->Close();
+        file.Close();
+        return node;
+    } catch (const CFileException& e) {
+        if (e.m_cause == CFileException::none) return node;
+        Report(report, tVemLoadReport::kFileException, e.m_cause, ar.get(), e.GetErrorMessage());
+    } catch (const CArchiveException& e) {
+        if (e.m_cause == CArchiveException::none) return node;
+        Report(report, tVemLoadReport::kArchiveException, e.m_cause, ar.get(), e.GetErrorMessage());
+    } catch (const CMemoryException& e) {
+        Report(report, tVemLoadReport::kMemory, 0, ar.get(), e.GetErrorMessage());
+    } catch (const CException& e) {
+        Report(report, tVemLoadReport::kOther, 0, ar.get(), e.GetErrorMessage());
+    } catch (const std::bad_alloc&) {
+        Report(report, tVemLoadReport::kMemory, 0, ar.get(), "Out of memory.");
+    }
     delete node;
-    if (message) AfxMessageBox(message);
     return nullptr;
 }
 
 }  // namespace
 
+CVemBaseNode* VemLoadNodeReport(const char* fileName, tVemLoadReport* report) {
+    tVemLoadReport local;
+    return LoadNodeFile(fileName, report ? *report : local);
+}
+
+// A file exception shows the platform's report of it; a shortage of memory or another exception
+// of the platform shows the request to rebuild; archive exceptions show nothing.
 CVemBaseNode* VemLoadNode(const CString& fileName) {
-    CFile file;
-    if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary)) return nullptr;
-    CVemBaseNode* node = nullptr;
-    try {
-        CArchive ar(&file, CArchive::load);
-        u16 type;
-        ar >> type;
-        node = VemNewNodeForLoad(type);
-        CheckStamp(ar);
-        node->Serialize(ar);
-        ar.Close();
-        file.Close();
-        return node;
-    } catch (const CFileException& e) {
-        if (e.m_cause == CFileException::none) return node;
-        return FailedLoad(node, e.GetErrorMessage());
-    } catch (const CArchiveException& e) {
-        if (e.m_cause == CArchiveException::none) return node;
-        return FailedLoad(node, nullptr);
-    } catch (const CException&) {
-        return FailedLoad(node, kVemRebuildMessage);
-    } catch (const std::bad_alloc&) {
-        return FailedLoad(node, kVemRebuildMessage);
+    tVemLoadReport report;
+    CVemBaseNode* node = LoadNodeFile(fileName, report);
+    switch (report.Failure) {
+        case tVemLoadReport::kFileException: AfxMessageBox(report.Message); break;
+        case tVemLoadReport::kMemory:
+        case tVemLoadReport::kOther: AfxMessageBox(kVemRebuildMessage); break;
+        default: break;
     }
+    return node;
 }
 
 CVemBaseNode* VemLoadNode(tVemNodeType, const CString& fileName) { return VemLoadNode(fileName); }

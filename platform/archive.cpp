@@ -145,6 +145,12 @@ u64 CArchive::GetRemaining() const {
     return inFile + static_cast<u64>(m_end - m_cur);
 }
 
+u64 CArchive::GetPosition() const {
+    if (!m_file) return 0;
+    const u64 pos = m_file->GetPosition();
+    return m_loading ? pos - static_cast<u64>(m_end - m_cur) : pos + static_cast<u64>(m_cur - m_buf);
+}
+
 void CArchive::CheckRemaining(u64 needed) const {
     if (needed > GetRemaining()) VemThrowArchive(CArchiveException::endOfFile, FileName());
 }
@@ -390,10 +396,12 @@ CObject* CArchive::ReadObjectImpl(const CRuntimeClass* asked, bool allowBackRefe
     if ((asked && !cls->IsDerivedFrom(asked)) || !cls->m_pfnCreateObject) {
         VemThrowArchive(CArchiveException::badClass, FileName());
     }
-    CObject* object = cls->CreateObject();
     const std::size_t slot = m_loadArray.size();
-    m_loadArray.push_back({nullptr, object});
+    m_loadArray.push_back({nullptr, nullptr});  // numbered before it reads; no allocation after creation
+    CObject* object = cls->CreateObject();
+    m_loadArray[slot].object = object;
     try {
+        RecordScope record(*this, cls->m_lpszClassName);
         object->Serialize(*this);
     } catch (...) {
         m_loadArray[slot].object = nullptr;

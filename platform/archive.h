@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -107,6 +108,28 @@ public:
         CArchive& m_ar;
     };
 
+    // Bytes of the file that the archive has consumed (load) or produced (store).
+    u64 GetPosition() const;
+
+    // The class whose record is being read or written, for reports of a failed load. A scope
+    // names the record while it lives; when an exception leaves it, the name stays for the report.
+    const char* GetRecordClass() const { return m_recordClass; }
+    class RecordScope {
+    public:
+        RecordScope(CArchive& ar, const char* className) : m_ar(ar), m_outer(ar.m_recordClass) {
+            ar.m_recordClass = className;
+        }
+        ~RecordScope() {
+            if (std::uncaught_exceptions() == 0) m_ar.m_recordClass = m_outer;
+        }
+        RecordScope(const RecordScope&) = delete;
+        RecordScope& operator=(const RecordScope&) = delete;
+
+    private:
+        CArchive& m_ar;
+        const char* m_outer;
+    };
+
     // Name of the file behind the archive, for the exceptions it raises.
     const char* FileName() const;
 
@@ -144,6 +167,7 @@ private:
     u8* m_end;  // store: end of the buffer; load: end of the bytes read ahead
     int m_depth = 0;
     u64 m_fileLength = 0;  // length of the file when a load began
+    const char* m_recordClass = "";
 
     // Object numbering of this archive (index 0 stands for null).
     struct LoadEntry {

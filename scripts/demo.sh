@@ -5,4 +5,4 @@ cd "$(dirname "$0")/.."
 scripts/deps.sh
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo > /dev/null
 ninja -C build
-build/tools/vem-example "${1:-vem-demo}"
+build/tools/vemtool demo "${1:-vem-demo}"
