@@ -53,3 +53,43 @@ VEM_API void EVemSetUcodeOffset(CEVemBaseNode* statement, u16 offset);
 // neither touches the archive. A file or archive exception gives 0 or null.
 VEM_API int EVemWriteObject(CEVemBaseNode* node, CArchive& ar);
 VEM_API CEVemBaseNode* EVemReadObject(CArchive& ar);
+
+// Line maps of one unit of an executable node, for a debugger: the code offset (as decimal text)
+// or the statement of each source line. The unit is the code node whose path name equals the
+// given one exactly, case included. The map is not cleared first. 1 if the unit was found and
+// mapped; 0 with the switch off, when no unit has the path, or for a node that is no executable,
+// which also shows a message box.
+VEM_API int EVemFillAwlLine2UcodeOffsetMap(CVemBaseNode* exe, CString pathName, CMapStringToString* map);
+VEM_API int EVemFillAwlLine2EvemNodeMap(CVemBaseNode* exe, CString pathName, CMapStringToOb* map);
+
+// Cross reference: kinds of access, as bits of a query's mask and as values of its hits.
+enum : u16 {
+    kEVemCrRead = 1,
+    kEVemCrWrite = 2,
+    kEVemCrCall = 4,
+};
+
+// 1 if the statement is a call of the node: a call statement whose name is the node's text up to
+// its " : ". The third argument is not looked at.
+VEM_API int EVemCheckForCall(CEVemBaseNode* statement, CVemBaseNode* node, u16 unused);
+// 1 if the statement has a variable operand of exactly that name and accesses it in that way (1
+// read, 2 write). The node is not looked at.
+VEM_API int EVemCheckOpOnVar(CEVemBaseNode* statement, CVemBaseNode* unused, CString operandName, u16 kind);
+// 1 if the statement's kind reads (kind 1) or writes (kind 2) its operand; 0 for other kinds.
+VEM_API int EVemCheckAccess(CEVemBaseNode* statement, u16 kind);
+// 1 if statements of this kind read, or write, their operand.
+VEM_API int EVemIsReadAccess(tEVemNodeType type);
+VEM_API int EVemIsWriteAccess(tEVemNodeType type);
+
+extern "C" {
+// Enters each code node of the executable under its path name; a later node with the same path
+// replaces the earlier one. 0 for a node that is no executable or has no list, and when a node of
+// another kind stands in the list (what came before it stays entered); 1 with the switch off.
+VEM_API int EVemCRBuildPouTableEx(CVemBaseNode* exe, CMapStringToOb* table);
+// Appends one hit for each access to the target within the code node that the mask asks for: the
+// unit's path name, the statement's source line and the kind of access, one entry in each of the
+// three containers. A target variable that its unit cannot hold gives no hits. 1 if the node is a
+// code node (and with the switch off, when nothing is added), else 0.
+VEM_API int EVemCRExecQueryEx(CEVemBaseNode* codeNode, CVemBaseNode* target, CStringList* paths, CWordArray* lines,
+                              CWordArray* kinds, u16 mask);
+}

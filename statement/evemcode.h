@@ -40,6 +40,10 @@ public:
     void SetName(CString text) override { PouName = text; }
     void DumpNode(CFile* file, CString prefix) override;
     void NodeDump(CString fileName) override;
+    // The unit's line maps, by source line: the code offset as decimal text, or the statement.
+    // Lines already in the map are replaced, others stay. Always 1.
+    int FillAwlLine2UcodeOffsetMap(CString pathName, CMapStringToString* map) override;
+    int FillAwlLine2EvemNodeMap(CString pathName, CMapStringToOb* map) override;
 
     tEVemPouType PouType = kEVemPouUndef;
     u16 LocalDataSegSize = 0;

@@ -15,6 +15,6 @@ void EVemSerializeRootList(CArchive& ar, CObList& list);
 void EVemDeleteRootList(CObList& list);
 // A code node's dump into an open file, each line behind the prefix.
 void EVemDumpNode(CEVemBaseNode* node, CFile* file, const CString& prefix);
-// The line maps of the executable node's code nodes, for the path names that its dump has just
-// printed; the dump calls it only for project code 271.
+// The line maps of the executable's units in its dump, one unit after the other in the order of
+// the path names. Only with the switch on, and only for a project whose settings ask for them.
 void EVemDumpLineMaps(CFile* file, const CString& prefix, CVemBaseNode* exe, const CStringList& pathNames);

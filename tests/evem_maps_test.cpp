@@ -1,0 +1,247 @@
+// Line maps: the code offset and the statement of each source line of a unit, found by its path
+// among the executable's code nodes, and their part in the executable's dump.
+#include "evem_xref_test_util.h"
+#include "statement/evemlist.h"
+
+using evemtest::DumpText;
+using evemtest::EVemTest;
+using vemtest::MessageCapture;
+using xreftest::AddUnit;
+using xreftest::Append;
+using xreftest::Entries;
+using xreftest::MakeExe;
+using xreftest::StatementAt;
+using xreftest::TreePtr;
+
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr const char* kPath = "C:\\PRJ\\MAIN.POU";
+constexpr const char* kNotExe = "EVemFillAwlLine2UcodeOffsetMap:: Passed Node is not of type CVemExeNode !";
+
+// A load and a store in line 5, an addition in line 6.
+std::vector<CEVemBaseNode*> LoadStoreAdd(CEVemBaseNode* unit) {
+    return Append(unit, {{kEVemLdVariableStmtNode, 5, 0x10, "a"},
+                         {kEVemStVariableStmtNode, 5, 0x14, "b"},
+                         {kEVemAddVarStmtNode, 6, 0x18, "c"}});
+}
+
+Lines OffsetMap(CVemBaseNode* exe, const char* path) {
+    CMapStringToString map;
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe, path, &map), 1);
+    return Entries(map);
+}
+
+}  // namespace
+
+TEST_F(EVemTest, LineMapsHoldTheLastStatementOfEachLine) {
+    TreePtr exe = MakeExe();
+    const auto s = LoadStoreAdd(AddUnit(exe.get(), kPath));
+
+    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"5=20", "6=24"}));
+
+    CMapStringToOb statements;
+    EXPECT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), kPath, &statements), 1);
+    EXPECT_EQ(statements.GetCount(), 2);
+    EXPECT_EQ(StatementAt(statements, "5"), s[1]);
+    EXPECT_EQ(StatementAt(statements, "6"), s[2]);
+    EXPECT_EQ(StatementAt(statements, "7"), nullptr);
+}
+
+TEST_F(EVemTest, LineMapsKeepOutLineZeroAndShowUnplacedCode) {
+    TreePtr exe = MakeExe();
+    CEVemBaseNode* unit = AddUnit(exe.get(), kPath);
+    Append(unit, {{kEVemLdVariableStmtNode, 0, 0x30, "a"},
+                  {kEVemStVariableStmtNode, 3},  // never placed: 0xCDCD
+                  {kEVemLdConstStmtNode, 65535, 0xFFFF}});
+    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"3=52685", "65535=65535"}));
+}
+
+TEST_F(EVemTest, LineMapsSkipTheParameterTransfersOfACall) {
+    TreePtr exe = MakeExe();
+    CEVemBaseNode* unit = AddUnit(exe.get(), kPath);
+    const auto s = Append(unit, {
+                                    {kEVemInputInoutParamListStmtNode, 10, 0},
+                                    {kEVemLdVariableStmtNode, 11, 2, "a"},    // user's operand
+                                    {kEVemStVariableStmtNode, 11, 4, "in1"},  // into the input: out
+                                    {kEVemStIndexedVarStmtNode, 12, 6, "in2"},
+                                    {kEVemOutputParamListStmtNode, 13, 8},
+                                    {kEVemLdVariableStmtNode, 14, 10, "out"},  // from the output: out
+                                    {kEVemStVariableStmtNode, 15, 12, "b"},
+                                    {kEVemLdIndexedVarStmtNode, 16, 14, "arr"},
+                                    {kEVemEndParamListStmtNode, 17, 16},
+                                    {kEVemLdVariableStmtNode, 18, 18, "c"},
+                                    {kEVemStVariableStmtNode, 18, 20, "d"},
+                                });
+    EXPECT_EQ(OffsetMap(exe.get(), kPath),
+              (Lines{"10=0", "11=2", "12=6", "13=8", "15=12", "16=14", "17=16", "18=20"}));
+
+    CMapStringToOb statements;
+    ASSERT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), kPath, &statements), 1);
+    EXPECT_EQ(StatementAt(statements, "11"), s[1]);
+    EXPECT_EQ(StatementAt(statements, "14"), nullptr);
+    EXPECT_EQ(StatementAt(statements, "18"), s[10]);
+}
+
+TEST_F(EVemTest, LineMapsFollowTheOrderOfTheListMarkersAlone) {
+    TreePtr exe = MakeExe();
+    CEVemBaseNode* unit = AddUnit(exe.get(), kPath);
+    Append(unit, {
+                     {kEVemOutputParamListStmtNode, 1, 0},
+                     {kEVemLdVariableStmtNode, 2, 2, "o"},  // output list: out
+                     {kEVemInputInoutParamListStmtNode, 3, 4},
+                     {kEVemLdVariableStmtNode, 4, 6, "a"},  // the input list turned the output flag off
+                     {kEVemStVariableStmtNode, 5, 8, "i"},  // input list: out
+                     {kEVemOutputParamListStmtNode, 6, 10},
+                     {kEVemStVariableStmtNode, 7, 12, "b"},  // the output list turned the input flag off
+                 });
+    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"1=0", "3=4", "4=6", "6=10", "7=12"}));
+}
+
+TEST_F(EVemTest, LineMapsAddToWhatTheCallerHad) {
+    TreePtr exe = MakeExe();
+    LoadStoreAdd(AddUnit(exe.get(), kPath));
+    CMapStringToString map;
+    map.SetAt("6", "1");
+    map.SetAt("99", "7");
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &map), 1);
+    EXPECT_EQ(Entries(map), (Lines{"6=24", "99=7", "5=20"}));
+}
+
+TEST_F(EVemTest, LineMapsOfAnEmptyChainAreEmpty) {
+    TreePtr exe = MakeExe();
+    AddUnit(exe.get(), kPath);
+    EXPECT_TRUE(OffsetMap(exe.get(), kPath).empty());
+}
+
+TEST_F(EVemTest, LineMapsFindTheUnitByItsExactPath) {
+    TreePtr exe = MakeExe();
+    AddUnit(exe.get(), "C:\\PRJ\\OTHER.POU");
+    LoadStoreAdd(AddUnit(exe.get(), kPath));
+    Append(AddUnit(exe.get(), kPath), {{kEVemLdVariableStmtNode, 40, 0x40, "x"}});  // a later twin
+
+    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"5=20", "6=24"}));
+
+    CMapStringToString offsets;
+    CMapStringToOb statements;
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), "C:\\PRJ\\main.pou", &offsets), 0);
+    EXPECT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), "C:\\PRJ\\MAIN", &statements), 0);
+    EXPECT_TRUE(offsets.IsEmpty());
+    EXPECT_TRUE(statements.IsEmpty());
+}
+
+TEST_F(EVemTest, LineMapsOfAnExecutableWithoutUnitsFindNothing) {
+    TreePtr exe = MakeExe();
+    CMapStringToString map;
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &map), 0);
+    EXPECT_TRUE(map.IsEmpty());
+}
+
+TEST_F(EVemTest, LineMapsAskedOfAnotherNodeShowOneMessage) {
+    TreePtr resource(VemNewNode(kVemResourceNode));
+    // A node of the executable's type that is not of its class is refused all the same.
+    TreePtr typed(new CVemBaseNode(kVemExeNode, "RES", 1));
+    MessageCapture messages;
+    CMapStringToString offsets;
+    CMapStringToOb statements;
+    offsets.SetAt("1", "2");
+
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(resource.get(), kPath, &offsets), 0);
+    EXPECT_EQ(EVemFillAwlLine2EvemNodeMap(typed.get(), kPath, &statements), 0);
+
+    EXPECT_EQ(messages.texts(), (std::vector<std::string>{kNotExe, kNotExe}));
+    EXPECT_EQ(messages.styles(), (std::vector<unsigned>{MB_OK, MB_OK}));
+    EXPECT_EQ(Entries(offsets), Lines{"1=2"});
+    EXPECT_TRUE(statements.IsEmpty());
+}
+
+TEST_F(EVemTest, LineMapsWithTheSwitchOffGiveNothing) {
+    TreePtr exe = MakeExe();
+    LoadStoreAdd(AddUnit(exe.get(), kPath));
+    TreePtr resource(VemNewNode(kVemResourceNode));
+    LurSetEvemEnabled(0);
+    MessageCapture messages;
+    CMapStringToString offsets;
+    CMapStringToOb statements;
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &offsets), 0);
+    EXPECT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), kPath, &statements), 0);
+    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(resource.get(), kPath, &offsets), 0);
+    EXPECT_TRUE(offsets.IsEmpty());
+    EXPECT_TRUE(statements.IsEmpty());
+    EXPECT_TRUE(messages.texts().empty());
+}
+
+TEST_F(EVemTest, LineMapsOfALoadedCodeNode) {
+    TreePtr exe = MakeExe();
+    CEVemBaseNode* built = EVemCreateNode(kEVemPouCodeNode, "MAIN");
+    EVemSetPathName(built, kPath);
+    Append(built, {{kEVemInputInoutParamListStmtNode, 2, 0},
+                   {kEVemStVariableStmtNode, 2, 2, "in"},
+                   {kEVemEndParamListStmtNode, 3, 4},
+                   {kEVemStVariableStmtNode, 4, 6, "x"},
+                   {kEVemLdVariableStmtNode, 5}});
+    const std::vector<u8> record = evemtest::StoreRecord(built);
+    EVemDeleteNode(built);
+    VemGetEvemRootNodeListPtr(exe.get())->AddTail(evemtest::LoadRecord(record, kEVemPouCodeNode).release());
+
+    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"2=0", "3=4", "4=6", "5=52685"}));
+}
+
+// The dump of the executable prints the maps of its units.
+class EVemLineMapDumpTest : public EVemTest {
+protected:
+    void SetUp() override {
+        EVemTest::SetUp();
+        LurSetProjectCode(271);
+    }
+
+    std::string Dump(const std::vector<const char*>& paths) {
+        CStringList names;
+        for (const char* path : paths) names.AddTail(path);
+        CMemFile file;
+        EVemDumpLineMaps(&file, "P>", exe.get(), names);
+        return std::string(file.Data().begin(), file.Data().end());
+    }
+
+    static std::string Head(const char* path) {
+        return std::string("\nP>\n======== AwlLine2UcodeOffset and EVEM-Node Map for ") + path + "  =========";
+    }
+
+    static std::string Statement(CEVemBaseNode* node) { return DumpText(node, "P>\tEVEMNODE>> "); }
+
+    TreePtr exe = MakeExe();
+};
+
+TEST_F(EVemLineMapDumpTest, EachLineWithItsOffsetInHexadecimalAndItsStatement) {
+    const auto s = LoadStoreAdd(AddUnit(exe.get(), kPath));
+    const std::string expected = Head(kPath) + "\nP>AWL-Line: 5 \t->  UCODE-Offset: 0X14 " + Statement(s[1]) +
+                                 "\nP>AWL-Line: 6 \t->  UCODE-Offset: 0X18 " + Statement(s[2]);
+    EXPECT_EQ(Dump({kPath}), expected);
+}
+
+TEST_F(EVemLineMapDumpTest, AUnitWithoutLinesSaysSo) {
+    AddUnit(exe.get(), kPath);
+    EXPECT_EQ(Dump({kPath}), Head(kPath) + "\nP>No Entries in AWL-Line->UCODE-Offset/EvemNode MAP !!!");
+}
+
+TEST_F(EVemLineMapDumpTest, TheMapsGrowFromUnitToUnit) {
+    const char* pathB = "C:\\PRJ\\B.POU";
+    const auto a = LoadStoreAdd(AddUnit(exe.get(), kPath));
+    const auto b = Append(AddUnit(exe.get(), pathB), {{kEVemLdVariableStmtNode, 6, 0x2A, "q"}});
+    const std::string expected = Head(kPath) + "\nP>AWL-Line: 5 \t->  UCODE-Offset: 0X14 " + Statement(a[1]) +
+                                 "\nP>AWL-Line: 6 \t->  UCODE-Offset: 0X18 " + Statement(a[2]) + Head(pathB) +
+                                 "\nP>AWL-Line: 5 \t->  UCODE-Offset: 0X14 " + Statement(a[1]) +
+                                 "\nP>AWL-Line: 6 \t->  UCODE-Offset: 0X2a " + Statement(b[0]);
+    EXPECT_EQ(Dump({kPath, pathB}), expected);
+}
+
+TEST_F(EVemLineMapDumpTest, OnlyForTheirProjectCodeAndWithTheSwitchOn) {
+    LoadStoreAdd(AddUnit(exe.get(), kPath));
+    EXPECT_EQ(Dump({}), "");
+    LurSetProjectCode(270);
+    EXPECT_EQ(Dump({kPath}), "");
+    LurSetProjectCode(271);
+    LurSetEvemEnabled(0);
+    EXPECT_EQ(Dump({kPath}), "");
+}
