@@ -22,3 +22,6 @@ VEM_API CVemBaseNode* VemLoadNodeReport(const char* fileName, tVemLoadReport* re
 VEM_API int VemSrcGetValue(const char* sourceFile, const char* key, CString& value);
 VEM_API int VemSrcSetValue(const char* sourceFile, const char* key, const char* value);
 VEM_API int VemSrcGetUnit(const char* sourceFile, CString& kind, CString& name);
+
+// The map from task names to task files of a task container; null on every other node.
+VEM_API const CMapStringToString* VemGetTaskFileMap(CVemBaseNode* node);

@@ -6,13 +6,8 @@
 
 #include "download/download.h"
 #include "vem_bytearray.h"
-#include "vem_settings.h"
 
 namespace {
-
-// The settings library's record of project settings; the code is its 16-bit word at byte 2.
-constexpr int kProjectSettingsSize = 640;
-constexpr std::size_t kProjectCodeOffset = 2;
 
 // Growth step of a table of absolute offsets.
 constexpr int kOffsetsGrowBy = 20;
@@ -60,14 +55,6 @@ void VemSkipByteBuffer(CArchive& ar) {
     CVemByteArray* dropped = nullptr;
     VemBaSerialize(dropped, ar);
     delete dropped;
-}
-
-u16 VemProjectCode() {
-    const void* record = LurGetGlobalProjectSettings(kProjectSettingsSize);
-    if (!record) return 0;
-    u16 code = 0;
-    std::memcpy(&code, static_cast<const u8*>(record) + kProjectCodeOffset, sizeof code);
-    return code;
 }
 
 CString VemUnitPathInChildren(CVemBaseNode* parent, u16 codeSegment) {

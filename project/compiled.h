@@ -20,9 +20,6 @@ void VemSkipDownloadList(CArchive& ar);
 // Reads a byte buffer in the tagged form of an older record and throws it away.
 void VemSkipByteBuffer(CArchive& ar);
 
-// The project code of the settings library; the dump prints the line maps only for 271.
-u16 VemProjectCode();
-
 // The path name of the unit with the code segment among the direct children: a function block
 // answers for itself or for the units it calls, a function for itself. The first text that is not
 // empty wins.

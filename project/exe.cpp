@@ -17,7 +17,6 @@ namespace {
 
 constexpr char kTasksName[] = "TASKS";
 // The project code for which the dump prints the line maps of the code nodes.
-constexpr u16 kLineMapProjectCode = 271;
 
 // A null table stands for a new empty one, so that the node can always store itself.
 void TakeTable(CSegmentTable*& held, CSegmentTable*& given) {
@@ -285,9 +284,7 @@ void CVemExeNode::DumpCodeNodes(CFile* file, CString text, const CString& prefix
         WriteText(file, nl + path + "\n");
         EVemDumpNode(node, file, prefix + "->>");
     }
-    if (VemProjectCode() == kLineMapProjectCode && !pathNames.IsEmpty()) {
-        EVemDumpLineMaps(file, prefix, this, pathNames);
-    }
+    EVemDumpLineMaps(file, prefix, this, pathNames);  // only for a project that asks for them
 }
 
 void CVemExeNode::NodeDump(CFile* file, CString indent) {

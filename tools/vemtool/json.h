@@ -1,0 +1,40 @@
+// A small writer of JSON text: objects, arrays, numbers and strings (8-bit texts as Latin-1).
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace vemtool {
+
+class Json {
+public:
+    explicit Json(std::FILE* out) : out_(out) {}
+    void BeginObject() { Open('{'); }
+    void EndObject() { Close('}'); }
+    void BeginArray() { Open('['); }
+    void EndArray() { Close(']'); }
+    void Key(const char* key);
+    void Number(long long value);
+    void Unsigned(unsigned long long value);
+    void Bool(bool value);
+    void Null();
+    void String(const char* text);
+    void Hex(const unsigned char* bytes, std::size_t count);  // as a string of hexadecimal digits
+
+    // Shorthands for a key and its value.
+    void Field(const char* key, long long value) { Key(key), Number(value); }
+    void Field(const char* key, const char* text) { Key(key), String(text); }
+
+private:
+    void Open(char c);
+    void Close(char c);
+    void Separate();
+    void Indent();
+    void WriteString(const char* text);
+    std::FILE* out_;
+    std::vector<bool> first_;  // per open level: no element written yet
+    bool afterKey_ = false;
+};
+
+}  // namespace vemtool
