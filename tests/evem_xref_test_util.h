@@ -16,23 +16,12 @@ struct TreeDeleter {
 };
 using TreePtr = std::unique_ptr<CVemBaseNode, TreeDeleter>;
 
-// Stand-in for the executable node until its class exists: the run-time class name and the list
-// of code nodes are all that the line maps and the unit table ask of it. The record is not
-// registered, so it makes nothing by name.
-class ExeDouble : public CVemBaseNode {
-public:
-    static const CRuntimeClass classExeDouble;
-    ExeDouble() : CVemBaseNode(kVemExeNode, "RES", 1) {}
-    ~ExeDouble() override {
-        while (!List.IsEmpty()) delete List.RemoveHead();
-    }
-    const CRuntimeClass* GetRuntimeClass() const override { return &classExeDouble; }
-    CObList* GetEvemRootNodeListPtr() override { return &List; }
-    CObList List;
-};
-inline const CRuntimeClass ExeDouble::classExeDouble = {"CVemExeNode", 0xFFFF, nullptr, RUNTIME_CLASS(CVemBaseNode)};
-
-inline TreePtr MakeExe() { return TreePtr(new ExeDouble); }
+// An executable node, which owns the code nodes of its list.
+inline TreePtr MakeExe() {
+    CVemBaseNode* exe = VemNewNode(kVemExeNode);
+    VemSetName(exe, "RES");
+    return TreePtr(exe);
+}
 
 // The switch off for the rest of a scope; declared behind the nodes of the model, so that they are
 // deleted with the switch on again.
