@@ -5,7 +5,7 @@
 #include "memory/cbytearr.h"
 #include "vem_evem.h"
 
-class CEVemBaseNode : public CObject {
+class VEM_API CEVemBaseNode : public CObject {
     VEM_DECLARE_SERIAL(CEVemBaseNode)
 public:
     // Current version of every record of the statement model.

@@ -7,13 +7,22 @@ namespace vemtool {
 
 int CmdDump(Args args) {
     if (args.Help()) {
-        std::puts("usage: vemtool dump FILE\n\nWrites the library's node dump of FILE to standard output.");
+        std::puts(
+            "usage: vemtool dump FILE [-o OUT]\n\n"
+            "Writes the library's node dump of FILE to standard output, or into OUT.");
         return kOk;
     }
+    std::string out;
+    const bool toFile = args.TakeValue("--output", out, "-o");
     if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
     if (args.Rest().size() != 1) return Usage("dump takes one node file");
     Tree tree(LoadOrReport(args.Rest()[0]));
     if (!tree.get()) return kFailed;
+    if (toFile) {
+        if (CVemNodeDump(tree.get(), out.c_str())) return kOk;
+        std::fprintf(stderr, "vemtool: cannot write %s\n", out.c_str());
+        return kFailed;
+    }
     CMemFile text;
     CVemNodeDump(tree.get(), &text);
     std::fwrite(text.Data().data(), 1, text.Data().size(), stdout);

@@ -57,6 +57,17 @@ std::vector<CVemBaseNode*> Subtree(CVemBaseNode* node);
 // The code nodes of the executable, or an empty list.
 std::vector<CEVemBaseNode*> CodeNodes(CVemBaseNode* exe);
 
+// A variable or unit found by its path in the path maps of the compiled tasks.
+struct PathHit {
+    CVemBaseNode* task = nullptr;
+    CVemBaseNode* node = nullptr;
+    CString key;
+};
+std::vector<CVemBaseNode*> CompiledTasks(CVemBaseNode* root);
+PathHit FindPath(CVemBaseNode* root, const std::string& path);
+void PrintLineMap(CVemBaseNode* exe, const std::string& unitPath, const CMapStringToString& map);
+int CrossReference(CVemBaseNode* exe, CVemBaseNode* target, const char* label, int mask);
+
 int Usage(const char* text);  // prints to stderr, gives kUsage
 
 int CmdDump(Args args);

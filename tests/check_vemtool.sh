@@ -1,0 +1,53 @@
+#!/usr/bin/env bash
+# The command-line tool end to end: demo, dump, check, query, export, header, exit codes.
+set -uo pipefail
+tool="$1"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() { echo "FAIL: $*"; exit 1; }
+expect_rc() { local want=$1; shift; "$@" > "$work/out" 2>&1; local rc=$?; [ $rc -eq "$want" ] || { cat "$work/out"; fail "$* gave $rc, not $want"; }; }
+
+expect_rc 0 "$tool" demo "$work/demo"
+grep -q "cross reference of FAST.COUNT (3 places)" "$work/out" || fail "demo output"
+grep -q "<svg" "$work/demo/tree.svg" || fail "demo picture"
+grep -q "</svg>" "$work/demo/tree.svg" || fail "demo picture end"
+node="$work/demo/LINE1.vem"
+
+# The tool's dump is the library's dump of the same tree.
+"$tool" dump "$node" > "$work/dump-stdout.txt" || fail "dump"
+expect_rc 0 "$tool" dump "$node" -o "$work/dump-file.txt"
+cmp -s "$work/dump-stdout.txt" "$work/dump-file.txt" || fail "dump differs"
+grep -q "^\*EXENODE: " "$work/dump-stdout.txt" || fail "dump text"
+
+# A node file cut short names its failure and where it stopped.
+head -c 300 "$node" > "$work/cut.vem"
+expect_rc 1 "$tool" check "$work/cut.vem"
+grep -q "failure: archive exception" "$work/out" || fail "check failure kind"
+grep -q "offset:" "$work/out" || fail "check offset"
+expect_rc 0 "$tool" check "$node"
+
+expect_rc 0 "$tool" query "$node" --addr FAST.COUNT --addr GLOBAL.RECIPE.TARGET
+expect_rc 1 "$tool" query "$node" --addr FAST.NOSUCH
+expect_rc 0 "$tool" query "$node" --lines 'C:\PLANT\FAST.st'
+expect_rc 1 "$tool" query "$node" --lines 'C:\PLANT\NONE.st'
+expect_rc 0 "$tool" query "$node" --xref FAST.DEB0 --mask c
+grep -q "line   10  call" "$work/out" || fail "xref of a call"
+
+"$tool" export "$node" --json > "$work/tree.json" || fail "export"
+if command -v python3 > /dev/null; then python3 -m json.tool "$work/tree.json" > /dev/null || fail "export is no JSON"; fi
+expect_rc 0 "$tool" tree "$node" -o "$work/t.svg" --expand-all
+
+printf '$BEGIN_ZQ_HEADER\r\nCHECK = 7\r\n$END_ZQ_HEADER\r\nPROGRAM Main\r\nEND_PROGRAM\r\n' > "$work/main.st"
+expect_rc 0 "$tool" header "$work/main.st" --set CHECK=42
+expect_rc 0 "$tool" header "$work/main.st" --get CHECK
+grep -qx "42" "$work/out" || fail "header value"
+expect_rc 0 "$tool" header "$work/main.st" --unit
+grep -qx "PROGRAM Main" "$work/out" || fail "header unit"
+
+expect_rc 2 "$tool"
+expect_rc 2 "$tool" frobnicate
+expect_rc 2 "$tool" query "$node"
+expect_rc 2 "$tool" demo --tasks zero
+expect_rc 0 "$tool" query --help
+expect_rc 1 "$tool" dump "$work/missing.vem"
+echo "vemtool ok"
