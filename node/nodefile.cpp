@@ -36,7 +36,10 @@ void CopyField(char* to, std::size_t size, const char* text) {
     to[size - 1] = '\0';
 }
 
-void Report(tVemLoadReport& report, int failure, int cause, const CArchive* ar, const CString& message) {
+// The report's text field has a fixed size; the whole text goes to `message` where one is given.
+void Report(tVemLoadReport& report, int failure, int cause, const CArchive* ar, const CString& message,
+            CString* wholeMessage) {
+    if (wholeMessage) *wholeMessage = message;
     report.Failure = failure;
     report.Cause = cause;
     report.Offset = ar ? ar->GetPosition() : 0;
@@ -46,12 +49,12 @@ void Report(tVemLoadReport& report, int failure, int cause, const CArchive* ar, 
 
 // The load of a node file. On failure the partly read tree is deleted, the report says why, and
 // the result is null; an exception whose cause is "none" keeps what stands.
-CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report) {
+CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString* message = nullptr) {
     report = tVemLoadReport{};
     CFile file;
     CFileException openError;
     if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary, &openError)) {
-        Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage());
+        Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage(), message);
         return nullptr;
     }
     CVemBaseNode* node = nullptr;
@@ -71,16 +74,16 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report) {
         return node;
     } catch (const CFileException& e) {
         if (e.m_cause == CFileException::none) return node;
-        Report(report, tVemLoadReport::kFileException, e.m_cause, ar.get(), e.GetErrorMessage());
+        Report(report, tVemLoadReport::kFileException, e.m_cause, ar.get(), e.GetErrorMessage(), message);
     } catch (const CArchiveException& e) {
         if (e.m_cause == CArchiveException::none) return node;
-        Report(report, tVemLoadReport::kArchiveException, e.m_cause, ar.get(), e.GetErrorMessage());
+        Report(report, tVemLoadReport::kArchiveException, e.m_cause, ar.get(), e.GetErrorMessage(), message);
     } catch (const CMemoryException& e) {
-        Report(report, tVemLoadReport::kMemory, 0, ar.get(), e.GetErrorMessage());
+        Report(report, tVemLoadReport::kMemory, 0, ar.get(), e.GetErrorMessage(), message);
     } catch (const CException& e) {
-        Report(report, tVemLoadReport::kOther, 0, ar.get(), e.GetErrorMessage());
+        Report(report, tVemLoadReport::kOther, 0, ar.get(), e.GetErrorMessage(), message);
     } catch (const std::bad_alloc&) {
-        Report(report, tVemLoadReport::kMemory, 0, ar.get(), "Out of memory.");
+        Report(report, tVemLoadReport::kMemory, 0, ar.get(), "Out of memory.", message);
     }
     delete node;
     return nullptr;
@@ -97,9 +100,10 @@ CVemBaseNode* VemLoadNodeReport(const char* fileName, tVemLoadReport* report) {
 // of the platform shows the request to rebuild; archive exceptions show nothing.
 CVemBaseNode* VemLoadNode(const CString& fileName) {
     tVemLoadReport report;
-    CVemBaseNode* node = LoadNodeFile(fileName, report);
+    CString message;
+    CVemBaseNode* node = LoadNodeFile(fileName, report, &message);
     switch (report.Failure) {
-        case tVemLoadReport::kFileException: AfxMessageBox(report.Message); break;
+        case tVemLoadReport::kFileException: AfxMessageBox(message); break;
         case tVemLoadReport::kMemory:
         case tVemLoadReport::kOther: AfxMessageBox(kVemRebuildMessage); break;
         default: break;

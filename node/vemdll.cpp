@@ -103,8 +103,12 @@ void CVemNodeDump(CVemBaseNode* node, CFile* file) { node->NodeDump(file, CStrin
 int CVemNodeDump(CVemBaseNode* node, const CString& fileName) {
     CVemReplaceFile file;
     if (!file.OpenReplace(fileName)) return 0;
-    node->NodeDump(&file, CString());
-    file.Commit();
+    try {
+        node->NodeDump(&file, CString());
+        file.Commit();
+    } catch (const CFileException&) {
+        return 0;  // the dump could not take the target's place
+    }
     return 1;
 }
 

@@ -55,19 +55,17 @@ int CEVemPouCodeNode::AddNewStmtNode(CEVemBaseNode* statement) {
         statement->SetPrevious(this);
     } else {
         if (!LastStatement) return 0;
-        CEVemBaseNode* last = LastOfChain(LastStatement);
-        if (!last->SetNext(statement)) return 0;
-        statement->SetPrevious(last);
+        if (!LastStatement->SetNext(statement)) return 0;
+        statement->SetPrevious(LastStatement);
     }
     LastStatement = statement;
     return 1;
 }
 
-// A new head makes the end that appending knew meaningless.
+// Only the head changes: the end that appending knew stays where it was.
 int CEVemPouCodeNode::SetStatementNode(CEVemBaseNode* statement) {
     if (!statement || statement->NodeType < kEVemLdStmtNode) return 0;
     FirstStatement = statement;
-    LastStatement = nullptr;
     return 1;
 }
 

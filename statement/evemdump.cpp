@@ -57,8 +57,7 @@ const char* EVemCbeTypeText(u32 type) {
 
 CString EVemPointerText(const void* pointer) {
     CString text;
-    text.Format("%0*llX", static_cast<int>(2 * sizeof pointer),
-                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
+    text.Format("%p", pointer);
     return text;
 }
 

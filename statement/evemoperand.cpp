@@ -71,10 +71,7 @@ CEVemBaseNode* CEVemArrayOperatorStmtNode::GetIndexNode(int index) {
     return IndexNodes[static_cast<std::size_t>(index)].get();
 }
 
-// A null index has nothing to stand for; the array takes only statements it can dump.
-void CEVemArrayOperatorStmtNode::AddIndexNode(CEVemBaseNode* indexNode) {
-    if (indexNode) IndexNodes.emplace_back(indexNode);
-}
+void CEVemArrayOperatorStmtNode::AddIndexNode(CEVemBaseNode* indexNode) { IndexNodes.emplace_back(indexNode); }
 
 void CEVemArrayOperatorStmtNode::SetPrevOperandNode(CEVemBaseNode* operand) {
     EVemReplaceOwned(PrevOperandNode, operand);
@@ -90,7 +87,7 @@ void CEVemArrayOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
         CString line;
         line.Format("%sIndex %d = %s\n", prefix.GetString(), i, EVemPointerText(index).GetString());
         WriteDump(file, line);
-        index->DumpNode(file, prefix);
+        if (index) index->DumpNode(file, prefix);
     }
     if (PrevOperandNode) PrevOperandNode->DumpNode(file, prefix);
 }

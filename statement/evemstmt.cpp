@@ -28,8 +28,11 @@ void EVemDeleteChain(CEVemBaseNode* first) {
     }
 }
 
+// The statement takes the new node; the one it held before goes back to whoever made it.
 void EVemReplaceOwned(std::unique_ptr<CEVemBaseNode>& slot, CEVemBaseNode* node) {
-    if (slot.get() != node) slot.reset(node);
+    if (slot.get() == node) return;
+    (void)slot.release();
+    slot.reset(node);
 }
 
 CEVemBaseStmtNode::CEVemBaseStmtNode() : CEVemBaseStmtNode(kEVemBaseStmtNode) {}

@@ -109,6 +109,30 @@ TEST_F(EVemTest, ASetChainTakesNoAppendsAndTheCallerKeepsTheNewStatement) {
     EXPECT_EQ(EVemGetStatementNode(code.get()), head);
 }
 
+// Appending goes behind the statement appended last, wherever the chain was changed since.
+TEST_F(EVemTest, AppendingFollowsTheLastAppendedStatement) {
+    NodePtr code = Create(kEVemPouCodeNode, "U");
+    CEVemBaseNode* a = EVemAddNewStmtNode(code.get(), kEVemLdVariableStmtNode);
+    CEVemBaseNode* b = EVemAddNewStmtNode(code.get(), kEVemNotStmtNode);
+    CEVemBaseNode* x = EVemCreateNode(kEVemNegStmtNode, "");
+    ASSERT_EQ(EVemSetNext(b, x), 1);
+    CEVemBaseNode* c = EVemAddNewStmtNode(code.get(), kEVemStVariableStmtNode);
+    EXPECT_EQ(EVemGetNext(b), c);  // x falls out of the chain and stays the caller's
+    EXPECT_EQ(EVemGetPrevious(c), b);
+    EVemDeleteNode(x);
+
+    // A new head keeps the end that appending knew.
+    CEVemBaseNode* head = EVemCreateNode(kEVemNotStmtNode, "");
+    ASSERT_EQ(EVemSetStatementNode(code.get(), head), 1);
+    CEVemBaseNode* d = EVemAddNewStmtNode(code.get(), kEVemNegStmtNode);
+    EXPECT_EQ(EVemGetNext(c), d);
+    EXPECT_EQ(EVemGetPrevious(d), c);
+    EXPECT_EQ(ChainTypes(head), std::vector<int>{38});
+    // The old chain is no longer the code node's.
+    EVemSetStatementNode(code.get(), a);
+    EVemDeleteNode(head);
+}
+
 TEST_F(EVemTest, LinksRefuseWhatCannotStandInAChain) {
     NodePtr a = Create(kEVemNotStmtNode);
     NodePtr b = Create(kEVemNegStmtNode);
@@ -212,8 +236,14 @@ TEST_F(EVemTest, ArrayStatementOwnsItsIndexesAndPrecedingOperand) {
         EXPECT_EQ(EVemGetIndexNode(s.get(), 1), i1);
         EXPECT_THROW(EVemGetIndexNode(s.get(), 2), CInvalidArgException);
         EXPECT_THROW(EVemGetIndexNode(s.get(), -1), CInvalidArgException);
+        EVemAddIndexNode(s.get(), nullptr);  // counted like any other
+        EXPECT_EQ(EVemGetIndexCount(s.get()), 3);
+        EXPECT_EQ(EVemGetIndexNode(s.get(), 2), nullptr);
+        CEVemBaseNode* replaced = EVemCreateNode(kEVemLdVariableStmtNode, "");
+        EVemSetPrevOperandNode(s.get(), replaced);
         EVemSetPrevOperandNode(s.get(), EVemCreateNode(kEVemLdVariableStmtNode, ""));
-        EVemSetPrevOperandNode(s.get(), EVemCreateNode(kEVemLdVariableStmtNode, ""));  // the first goes
+        EXPECT_EQ(CEVemBaseNode::LiveCount(), live + 5);  // the replaced one is the caller's again
+        EVemDeleteNode(replaced);
         auto* element = reinterpret_cast<CVemBaseNode*>(0x3000);
         EVemSetElementNode(s.get(), element);
         EXPECT_EQ(EVemGetElementNode(s.get()), element);

@@ -60,11 +60,10 @@ inline std::string DumpText(CEVemBaseNode* node, const char* prefix) {
     return std::string(bytes.begin(), bytes.end());
 }
 
-// A pointer as the dumps print it: upper-case hexadecimal of the pointer's width.
+// A pointer as the dumps print it: the C library's own form.
 inline std::string PointerText(const void* pointer) {
     char text[32];
-    std::snprintf(text, sizeof text, "%0*llX", static_cast<int>(2 * sizeof(void*)),
-                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
+    std::snprintf(text, sizeof text, "%p", pointer);
     return text;
 }
 
