@@ -5,8 +5,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -264,13 +266,24 @@ CFile* CMemFile::Duplicate() const {
 
 CVemReplaceFile::~CVemReplaceFile() { Discard(); }
 
+// A target that is a symbolic link is written through the link, and a file that is replaced keeps
+// its permissions, as an edit in place would.
 bool CVemReplaceFile::OpenReplace(const char* targetName) {
-    static unsigned counter = 0;
+    static std::atomic<unsigned> counter{0};
     m_target = targetName;
-    m_temporary.Format("%s.tmp-%ld-%u", targetName, static_cast<long>(::getpid()), counter++);
-    if (Open(m_temporary, modeCreate | modeWrite | typeBinary)) return true;
-    m_temporary.Empty();
-    return false;
+    const CString host = VemHostPath(targetName);
+    struct stat st {};
+    if (::lstat(host, &st) == 0 && S_ISLNK(st.st_mode)) {
+        std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(host, nullptr), &std::free);
+        if (resolved) m_target = resolved.get();
+    }
+    m_temporary.Format("%s.tmp-%ld-%u", m_target.GetString(), static_cast<long>(::getpid()), counter++);
+    if (!Open(m_temporary, modeCreate | modeWrite | typeBinary)) {
+        m_temporary.Empty();
+        return false;
+    }
+    if (::stat(VemHostPath(m_target), &st) == 0 && S_ISREG(st.st_mode)) ::fchmod(m_fd, st.st_mode & 07777);
+    return true;
 }
 
 void CVemReplaceFile::Commit() {

@@ -270,3 +270,33 @@ TEST(NodeFile, FailedWriteLeavesThePreviousFileWhole) {
     VemDeleteNode(loaded);
     VemDeleteNode(root);
 }
+
+TEST(NodeFile, WriteGoesThroughALinkAndKeepsThePermissions) {
+    namespace fs = std::filesystem;
+    TempDir dir;
+    const std::string real = dir.file("real.vem");
+    const std::string link = dir.file("link.vem");
+    CVemBaseNode* root = NewRoot("Old");
+    ASSERT_EQ(VemWriteNode(root, real.c_str()), 1);
+    fs::permissions(real, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    fs::create_symlink(real, link);
+    VemSetName(root, "New");
+    ASSERT_EQ(VemWriteNode(root, link.c_str()), 1);
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(fs::status(real).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    CVemBaseNode* loaded = VemLoadNode(real.c_str());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetName(loaded), "New");
+    VemDeleteNode(loaded);
+    VemDeleteNode(root);
+}
+
+TEST(NodeFile, DumpToAPlaceThatCannotBeAFileGivesZero) {
+    TempDir dir;
+    CVemBaseNode* root = NewRoot("R");
+    EXPECT_EQ(CVemNodeDump(root, CString(dir.path().c_str())), 0);  // a directory stands there
+    EXPECT_EQ(CVemNodeDump(root, CString(dir.file("no/such/dir/d.txt").c_str())), 0);
+    EXPECT_EQ(CVemNodeDump(root, CString(dir.file("d.txt").c_str())), 1);
+    VemDeleteNode(root);
+}
