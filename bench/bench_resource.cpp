@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -114,7 +115,8 @@ void BM_FloorReadBytes(benchmark::State& state) {
 }
 BENCHMARK(BM_FloorReadBytes)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
-// The same bytes written to files of the same names, each with one write.
+// The same bytes written to files, each with one write. The node file goes as the library writes
+// it safely: to a file beside it, made durable, and renamed over it.
 void BM_FloorWriteBytes(benchmark::State& state) {
     WrittenResource resource(static_cast<int>(state.range(0)));
     std::vector<std::vector<u8>> contents;
@@ -122,13 +124,18 @@ void BM_FloorWriteBytes(benchmark::State& state) {
     const std::string dir = vembench::MakeTempDir("rawwrite");
     std::vector<std::string> names;
     for (std::size_t i = 0; i < contents.size(); ++i) names.push_back(dir + vembench::Numbered("/f", static_cast<long>(i)));
+    const std::string temporary = dir + "/f0.tmp";
     for (auto _ : state) {
         for (std::size_t i = 0; i < contents.size(); ++i) {
-            const int fd = ::open(names[i].c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-            if (fd < 0 || ::write(fd, contents[i].data(), contents[i].size()) != static_cast<ssize_t>(contents[i].size())) {
+            const bool nodeFile = i == 0;
+            const std::string& name = nodeFile ? temporary : names[i];
+            const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+            if (fd < 0 || ::write(fd, contents[i].data(), contents[i].size()) != static_cast<ssize_t>(contents[i].size()) ||
+                (nodeFile && ::fsync(fd) != 0)) {
                 state.SkipWithError("cannot write");
             }
             if (fd >= 0) ::close(fd);
+            if (nodeFile) std::rename(temporary.c_str(), names[i].c_str());
         }
     }
     vembench::RemoveTree(dir);

@@ -19,7 +19,7 @@ constexpr u16 kMaxClassNameLength = 64;  // names must be shorter
 
 CArchive::CArchive(CFile* file, unsigned mode, int bufferSize, void* buffer)
     : m_file(file), m_loading((mode & load) != 0) {
-    m_bufSize = bufferSize > 16 ? static_cast<std::size_t>(bufferSize) : 4096;
+    m_bufSize = bufferSize > 16 ? static_cast<std::size_t>(bufferSize) : kDefaultBufferSize;
     if (buffer) {
         m_buf = static_cast<u8*>(buffer);
     } else {
@@ -152,6 +152,8 @@ u64 CArchive::GetPosition() const {
 }
 
 void CArchive::CheckRemaining(u64 needed) const {
+    // What the buffer holds is there for certain; only a longer run asks the file.
+    if (needed <= static_cast<u64>(m_end - m_cur)) return;
     if (needed > GetRemaining()) VemThrowArchive(CArchiveException::endOfFile, FileName());
 }
 

@@ -153,13 +153,20 @@ public:
         auto it = index_.find(key);
         return it == index_.end() ? nullptr : &it->second->value;
     }
+    // One hash of the key, whether it is found or entered.
     V& operator[](const K& key) {
-        auto it = index_.find(key);
-        if (it != index_.end()) return it->second->value;
-        Entry* e = new Entry{key, V(), tail_, nullptr};
+        auto [it, inserted] = index_.try_emplace(key, nullptr);
+        if (!inserted) return it->second->value;
+        Entry* e = nullptr;
+        try {
+            e = new Entry{key, V(), tail_, nullptr};
+        } catch (...) {
+            index_.erase(it);
+            throw;
+        }
         (tail_ ? tail_->next : head_) = e;
         tail_ = e;
-        index_.emplace(key, e);
+        it->second = e;
         return e->value;
     }
     void SetAt(const K& key, const V& value) { (*this)[key] = value; }

@@ -1,7 +1,10 @@
 // Array variables: dimension ranges, the element prototype, the expansion into elements, the record.
 #include "variables/array.h"
 
+#include <charconv>
 #include <memory>
+#include <string>
+#include <system_error>
 
 #include "variables/fieldio.h"
 #include "vem_node.h"
@@ -179,13 +182,20 @@ u32 CVemArrayNode::ElementCount() const {
     return static_cast<u32>(count);
 }
 
+// Made once for every element of an expansion: the digits go straight into the text.
 CString CVemArrayNode::ElementName() const {
-    CString name = Name;
+    std::string name;
+    name.reserve(static_cast<std::size_t>(Name.GetLength()) + 16 * static_cast<std::size_t>(Range.DimSize) + 3);
+    name += Name.str();
     for (int d = 0; d < Range.DimSize; ++d) {
         name += d == 0 ? " [ " : " , ";
-        name.AppendFormat("%i", static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
+        char digits[16];
+        const auto [end, error] =
+            std::to_chars(digits, digits + sizeof digits, static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
+        name.append(digits, error == std::errc() ? end : digits);
     }
-    return name + " ] ";
+    name += " ] ";
+    return CString(std::move(name));
 }
 
 bool CVemArrayNode::StepIndices() {
