@@ -2,9 +2,9 @@
 #include "variables/array.h"
 
 #include <charconv>
+#include <cstring>
 #include <memory>
 #include <string>
-#include <system_error>
 
 #include "variables/fieldio.h"
 #include "vem_node.h"
@@ -182,19 +182,18 @@ u32 CVemArrayNode::ElementCount() const {
     return static_cast<u32>(count);
 }
 
-// Made once for every element of an expansion: the digits go straight into the text.
+// Made once for every element of an expansion: the digits go straight into the text, and a
+// short name stays in the string's own storage.
 CString CVemArrayNode::ElementName() const {
-    std::string name;
-    name.reserve(static_cast<std::size_t>(Name.GetLength()) + 16 * static_cast<std::size_t>(Range.DimSize) + 3);
-    name += Name.str();
+    std::string name = Name.str();
     for (int d = 0; d < Range.DimSize; ++d) {
-        name += d == 0 ? " [ " : " , ";
-        char digits[16];
-        const auto [end, error] =
-            std::to_chars(digits, digits + sizeof digits, static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
-        name.append(digits, error == std::errc() ? end : digits);
+        char part[3 + 12];
+        std::memcpy(part, d == 0 ? " [ " : " , ", 3);
+        const auto result =
+            std::to_chars(part + 3, part + sizeof part, static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
+        name.append(part, static_cast<std::size_t>(result.ptr - part));
     }
-    name += " ] ";
+    name.append(" ] ", 3);
     return CString(std::move(name));
 }
 
