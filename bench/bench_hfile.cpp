@@ -64,7 +64,7 @@ void BM_HFileGetValue(benchmark::State& state) {
     file.Close();
     SetFileRate(state, source.size());
 }
-BENCHMARK(BM_HFileGetValue);
+BENCHMARK(BM_HFileGetValue)->UseRealTime();
 
 // The block behind the body: finding its markers and the key reads the whole file.
 void BM_HFileGetValueScan(benchmark::State& state) {
@@ -79,7 +79,7 @@ void BM_HFileGetValueScan(benchmark::State& state) {
     file.Close();
     SetFileRate(state, source.size());
 }
-BENCHMARK(BM_HFileGetValueScan)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HFileGetValueScan)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // A key that the block at the end does not hold.
 void BM_HFileGetValueAbsentKey(benchmark::State& state) {
@@ -93,7 +93,7 @@ void BM_HFileGetValueAbsentKey(benchmark::State& state) {
     file.Close();
     SetFileRate(state, source.size());
 }
-BENCHMARK(BM_HFileGetValueAbsentKey)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HFileGetValueAbsentKey)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // Alternating value lengths, so that every call moves the whole body.
 void BM_HFileSetValue(benchmark::State& state) {
@@ -112,7 +112,7 @@ void BM_HFileSetValue(benchmark::State& state) {
     SetFileRate(state, source.size());
     state.SetBytesProcessed(static_cast<i64>(state.iterations()) * static_cast<i64>(source.size()));
 }
-BENCHMARK(BM_HFileSetValue)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HFileSetValue)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The same value again: the key is found and written, nothing moves.
 void BM_HFileSetValueSameLength(benchmark::State& state) {
@@ -126,6 +126,6 @@ void BM_HFileSetValueSameLength(benchmark::State& state) {
     file.Close();
     SetFileRate(state, source.size());
 }
-BENCHMARK(BM_HFileSetValueSameLength);
+BENCHMARK(BM_HFileSetValueSameLength)->UseRealTime();
 
 }  // namespace

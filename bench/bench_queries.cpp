@@ -70,7 +70,7 @@ void BM_PathMap(benchmark::State& state) {
     }
     state.counters["variable_paths"] = static_cast<double>(paths);
 }
-BENCHMARK(BM_PathMap)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PathMap)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // One million addresses by path, spread over every variable of every task, in a shuffled order,
 // on paths written in the case in which a debugger's user types them.
@@ -114,7 +114,7 @@ void BM_AddressQueries(benchmark::State& state) {
         benchmark::Counter(static_cast<double>(kQueries), benchmark::Counter::kIsIterationInvariantRate);
     state.counters["distinct_paths"] = static_cast<double>(all.size());
 }
-BENCHMARK(BM_AddressQueries)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_AddressQueries)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The line map of every unit of the resource, each into a map of its own.
 void BM_LineMaps(benchmark::State& state) {
@@ -138,7 +138,7 @@ void BM_LineMaps(benchmark::State& state) {
     state.counters["units"] = static_cast<double>(units.size());
     state.counters["lines"] = static_cast<double>(lines);
 }
-BENCHMARK(BM_LineMaps)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LineMaps)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 CVemBaseNode* ChildNamed(CVemBaseNode* node, const char* name) {
     CObList* children = VemGetChildList(node);
@@ -201,7 +201,7 @@ void BM_CrossReference(benchmark::State& state) {
     state.counters["statements"] = static_cast<double>(vembench::CountStatements(resource.root));
     state.counters["hits"] = static_cast<double>(hits);
 }
-BENCHMARK(BM_CrossReference)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CrossReference)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // An array of BYTE of n elements in a task below an executable node, expanded; time per element.
 // Each expansion goes into memory that nothing freed before: the trees stay until the timing ends,
@@ -296,6 +296,25 @@ void BM_AddChildSorted(benchmark::State& state) {
         state.ResumeTiming();
     }
 }
-BENCHMARK(BM_AddChildSorted)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_AddChildSorted)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+namespace {
+
+// The text dump of the whole loaded resource into a file, as a developer asks for it to diagnose.
+void BM_Dump(benchmark::State& state) {
+    LoadedResource resource(static_cast<int>(state.range(0)));
+    if (!resource.root) {
+        state.SkipWithError("the resource did not load");
+        return;
+    }
+    const std::string file = resource.files.dir() + "/dump.txt";
+    for (auto _ : state) {
+        if (!CVemNodeDump(resource.root, CString(file))) state.SkipWithError("the dump failed");
+    }
+    state.counters["dump_bytes"] = static_cast<double>(vembench::FileSize(file));
+}
+BENCHMARK(BM_Dump)->DenseRange(0, 1)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

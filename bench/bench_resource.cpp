@@ -39,7 +39,7 @@ void BM_Build(benchmark::State& state) {
     state.counters["variables"] = static_cast<double>(vembuild::VariableCount(shape));
     VemDeleteNode(exe);
 }
-BENCHMARK(BM_Build)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Build)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_Write(benchmark::State& state) {
     const vembuild::ResourceShape shape = vembench::Shape(static_cast<int>(state.range(0)));
@@ -56,7 +56,7 @@ void BM_Write(benchmark::State& state) {
     }
     vembench::RemoveTree(dir);
 }
-BENCHMARK(BM_Write)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Write)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_Load(benchmark::State& state) {
     WrittenResource resource(static_cast<int>(state.range(0)));
@@ -80,7 +80,7 @@ void BM_Load(benchmark::State& state) {
         benchmark::Counter(static_cast<double>(resource.bytes()), benchmark::Counter::kIsIterationInvariantRate);
     VemDeleteNode(root);
 }
-BENCHMARK(BM_Load)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // ---- floors ------------------------------------------------------------------------------------------
 
@@ -113,7 +113,7 @@ void BM_FloorReadBytes(benchmark::State& state) {
     }
     state.counters["file_bytes"] = static_cast<double>(total);
 }
-BENCHMARK(BM_FloorReadBytes)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FloorReadBytes)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The same bytes written to files, each with one write. The node file goes as the library writes
 // it safely: to a file beside it, made durable, and renamed over it.
@@ -140,7 +140,7 @@ void BM_FloorWriteBytes(benchmark::State& state) {
     }
     vembench::RemoveTree(dir);
 }
-BENCHMARK(BM_FloorWriteBytes)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FloorWriteBytes)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // What a loaded resource holds, taken from it once: every node with its name and place, every
 // segment's bytes and every statement. Building from it is the work that any load must do, with
@@ -271,7 +271,7 @@ void BM_FloorBuildInMemory(benchmark::State& state) {
         state.ResumeTiming();
     }
 }
-BENCHMARK(BM_FloorBuildInMemory)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FloorBuildInMemory)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // ---- memory --------------------------------------------------------------------------------------------
 
@@ -296,7 +296,7 @@ void BM_LoadHeap(benchmark::State& state) {
     state.counters["heap_bytes_per_node"] = static_cast<double>(figures.liveUsable) / static_cast<double>(nodes);
     state.counters["peak_heap_bytes_per_node"] = static_cast<double>(figures.peakUsable) / static_cast<double>(nodes);
 }
-BENCHMARK(BM_LoadHeap)->Arg(2)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadHeap)->Arg(2)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // One plain variable node in a task, as VemCreateCVemVariableNode makes it and a load rebuilds it:
 // its object, its name and its link in the parent's list of children.
@@ -322,6 +322,6 @@ void BM_PlainVariableHeap(benchmark::State& state) {
     state.counters["asked_bytes_per_node"] = static_cast<double>(figures.liveAsked) / kCount;
     state.counters["allocations_per_node"] = static_cast<double>(figures.allocations) / kCount;
 }
-BENCHMARK(BM_PlainVariableHeap)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PlainVariableHeap)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
