@@ -103,7 +103,12 @@ void CVemNodeDump(CVemBaseNode* node, CFile* file) { node->NodeDump(file, CStrin
 int CVemNodeDump(CVemBaseNode* node, const CString& fileName) {
     CVemReplaceFile file;
     if (!file.OpenReplace(fileName)) return 0;
-    node->NodeDump(&file, CString());
+    {
+        // A dump is many short texts; they reach the file in large pieces.
+        CVemWriteBuffer buffer(file);
+        node->NodeDump(&buffer, CString());
+        buffer.Drain();
+    }
     file.Commit();
     return 1;
 }
