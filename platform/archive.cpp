@@ -271,6 +271,12 @@ CArchive& CArchive::operator>>(CString& s) {
     CheckRemaining(bytes);
     if (bytes > std::numeric_limits<u32>::max()) VemThrowArchive(CArchiveException::endOfFile, FileName());
     std::string& out = s.str();
+    if (!wide && len <= static_cast<u64>(m_end - m_cur)) {
+        // Most texts lie whole in the buffer: taken from there in one step.
+        out.assign(reinterpret_cast<const char*>(m_cur), static_cast<std::size_t>(len));
+        m_cur += len;
+        return *this;
+    }
     if (!wide) {
         out.resize(static_cast<std::size_t>(len));
         EnsureRead(out.data(), static_cast<unsigned>(len));
