@@ -343,6 +343,11 @@ def main():
                  "storage when they are short; concatenations of a temporary grow it in place.")
     lines.append("- The cross reference compares each statement's operand once for both kinds of access.")
     lines.append("- Text dumps into a file reach it in pieces of 64 KiB.")
+    lines.append("- The executable node takes over the code nodes of a task (`VemAddFilteredEvemNodes`) with a hash "
+                 "set of the names it took before, not a walk of their list for every code node.")
+    lines.append("- Still quadratic by their nature: `AddChildSorted` walks the list of children for every "
+                 "insertion (no order of the list is known beforehand, and node texts can change between calls), "
+                 "so n insertions cost n²/2 comparisons of texts.")
     lines.append("- Nothing of this changes a byte written or a result: the whole test suite, with its golden "
                  "files, dumps and round trips, runs unchanged.")
     lines.append("")
