@@ -97,6 +97,12 @@ int CVemByteArray::Append(const void* bytes, unsigned count) {
 int CVemByteArray::AppendOffset(u16 value) { return AppendWord(value); }
 
 int CVemByteArray::AppendByte(u8 value) {
+    // One byte on a target of bytes needs no padding; while it fits in the storage it is simply
+    // put behind the others (the general path below gives the same bytes).
+    if (m_byteSize == 1 && m_length < m_allocated && m_length < m_maxSize) {
+        m_data[m_length++] = value;
+        return 1;
+    }
     Unit u{};
     u[0] = value;
     return Append(u.data(), m_byteSize);

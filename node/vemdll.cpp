@@ -104,7 +104,12 @@ int CVemNodeDump(CVemBaseNode* node, const CString& fileName) {
     CVemReplaceFile file;
     if (!file.OpenReplace(fileName)) return 0;
     try {
-        node->NodeDump(&file, CString());
+        {
+            // A dump is many short texts; they reach the file in large pieces.
+            CVemWriteBuffer buffer(file);
+            node->NodeDump(&buffer, CString());
+            buffer.Drain();
+        }
         file.Commit();
     } catch (const CFileException&) {
         return 0;  // the dump could not take the target's place

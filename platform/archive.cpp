@@ -19,7 +19,7 @@ constexpr u16 kMaxClassNameLength = 64;  // names must be shorter
 
 CArchive::CArchive(CFile* file, unsigned mode, int bufferSize, void* buffer)
     : m_file(file), m_loading((mode & load) != 0) {
-    m_bufSize = bufferSize > 16 ? static_cast<std::size_t>(bufferSize) : 4096;
+    m_bufSize = bufferSize > 16 ? static_cast<std::size_t>(bufferSize) : kDefaultBufferSize;
     if (buffer) {
         m_buf = static_cast<u8*>(buffer);
     } else {
@@ -152,6 +152,8 @@ u64 CArchive::GetPosition() const {
 }
 
 void CArchive::CheckRemaining(u64 needed) const {
+    // What the buffer holds is there for certain; only a longer run asks the file.
+    if (needed <= static_cast<u64>(m_end - m_cur)) return;
     if (needed > GetRemaining()) VemThrowArchive(CArchiveException::endOfFile, FileName());
 }
 
@@ -269,6 +271,12 @@ CArchive& CArchive::operator>>(CString& s) {
     CheckRemaining(bytes);
     if (bytes > std::numeric_limits<u32>::max()) VemThrowArchive(CArchiveException::endOfFile, FileName());
     std::string& out = s.str();
+    if (!wide && len <= static_cast<u64>(m_end - m_cur)) {
+        // Most texts lie whole in the buffer: taken from there in one step.
+        out.assign(reinterpret_cast<const char*>(m_cur), static_cast<std::size_t>(len));
+        m_cur += len;
+        return *this;
+    }
     if (!wide) {
         out.resize(static_cast<std::size_t>(len));
         EnsureRead(out.data(), static_cast<unsigned>(len));

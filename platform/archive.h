@@ -31,7 +31,11 @@ public:
     // Nesting of records and object references that a load accepts; real trees are a few dozen deep.
     static constexpr int kMaxDepth = 400;
 
-    CArchive(CFile* file, unsigned mode, int bufferSize = 4096, void* buffer = nullptr);
+    // The buffer takes whole runs of records between two calls of the file; each call costs a trip
+    // to the system.
+    static constexpr int kDefaultBufferSize = 64 * 1024;
+
+    CArchive(CFile* file, unsigned mode, int bufferSize = kDefaultBufferSize, void* buffer = nullptr);
     ~CArchive();
     CArchive(const CArchive&) = delete;
     CArchive& operator=(const CArchive&) = delete;

@@ -2,7 +2,6 @@
 // replaced value keeps its place, so that a store, a load and a store again give the same bytes.
 #pragma once
 
-#include <unordered_map>
 #include <vector>
 
 #include "platform/cstring.h"
@@ -125,7 +124,9 @@ protected:
     int count_ = 0;
 };
 
-// Map with unique keys that iterates in insertion order; a replaced value keeps its place.
+// Map with unique keys that iterates in insertion order; a replaced value keeps its place. The
+// entries form a list in that order; the index over them is an open-addressed table of the
+// entries' hashes, so that a lookup reads one slot and the entry it points to.
 template <typename K, typename V, typename Hash>
 class OrderedMap {
 public:
@@ -140,34 +141,50 @@ public:
     OrderedMap& operator=(const OrderedMap&) = delete;
     ~OrderedMap() { RemoveAll(); }
 
-    int GetCount() const { return static_cast<int>(index_.size()); }
+    int GetCount() const { return static_cast<int>(count_); }
     int GetSize() const { return GetCount(); }
-    bool IsEmpty() const { return index_.empty(); }
+    bool IsEmpty() const { return count_ == 0; }
     bool Lookup(const K& key, V& value) const {
-        auto it = index_.find(key);
-        if (it == index_.end()) return false;
-        value = it->second->value;
+        const Entry* e = Find(key, HashOf(key));
+        if (!e) return false;
+        value = e->value;
         return true;
     }
     const V* PLookup(const K& key) const {
-        auto it = index_.find(key);
-        return it == index_.end() ? nullptr : &it->second->value;
+        const Entry* e = Find(key, HashOf(key));
+        return e ? &e->value : nullptr;
     }
     V& operator[](const K& key) {
-        auto it = index_.find(key);
-        if (it != index_.end()) return it->second->value;
-        Entry* e = new Entry{key, V(), tail_, nullptr};
+        const std::size_t hash = HashOf(key);
+        if (Entry* e = Find(key, hash)) return e->value;
+        if ((count_ + 1) * 8 > slots_.size() * 7) Rehash(slots_.empty() ? kMinSlots : slots_.size() * 2);
+        Entry* e = new Entry{key, V(), tail_, nullptr};  // nothing has changed if this throws
         (tail_ ? tail_->next : head_) = e;
         tail_ = e;
-        index_.emplace(key, e);
+        Place(Slot{hash, e});
+        ++count_;
         return e->value;
     }
     void SetAt(const K& key, const V& value) { (*this)[key] = value; }
     bool RemoveKey(const K& key) {
-        auto it = index_.find(key);
-        if (it == index_.end()) return false;
-        Entry* e = it->second;
-        index_.erase(it);
+        if (slots_.empty()) return false;
+        const std::size_t hash = HashOf(key);
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t i = Home(hash);
+        while (slots_[i].entry && !(slots_[i].hash == hash && slots_[i].entry->key == key)) i = (i + 1) & mask;
+        Entry* e = slots_[i].entry;
+        if (!e) return false;
+        // Close the gap: every later slot of the run whose home does not lie after the gap moves
+        // into it, so that no lookup stops short of its key.
+        for (std::size_t j = (i + 1) & mask; slots_[j].entry; j = (j + 1) & mask) {
+            const std::size_t home = Home(slots_[j].hash);
+            const bool homeAfterGap = i <= j ? (home > i && home <= j) : (home > i || home <= j);
+            if (homeAfterGap) continue;
+            slots_[i] = slots_[j];
+            i = j;
+        }
+        slots_[i] = Slot{};
+        --count_;
         (e->prev ? e->prev->next : head_) = e->next;
         (e->next ? e->next->prev : tail_) = e->prev;
         delete e;
@@ -181,7 +198,8 @@ public:
             e = n;
         }
         head_ = tail_ = nullptr;
-        index_.clear();
+        count_ = 0;
+        std::vector<Slot>().swap(slots_);
     }
     POSITION GetStartPosition() const { return reinterpret_cast<POSITION>(head_); }
     void GetNextAssoc(POSITION& pos, K& key, V& value) const {
@@ -190,12 +208,58 @@ public:
         value = e->value;
         pos = reinterpret_cast<POSITION>(e->next);
     }
-    void InitHashTable(unsigned size) { index_.reserve(size); }
+    void InitHashTable(unsigned size) {
+        std::size_t slots = kMinSlots;
+        while (slots * 7 < static_cast<std::size_t>(size) * 8) slots *= 2;
+        if (slots > slots_.size()) Rehash(slots);
+    }
 
 private:
+    struct Slot {
+        std::size_t hash = 0;
+        Entry* entry = nullptr;  // null: free
+    };
+    static constexpr std::size_t kMinSlots = 16;
+
+    static std::size_t HashOf(const K& key) { return Hash()(key); }
+    // The slot where a hash starts looking: the high bits of the hash spread by a multiplication,
+    // so that keys that differ in a few low bits (small words, numbered names) spread too.
+    std::size_t Home(std::size_t hash) const {
+        return static_cast<std::size_t>((static_cast<u64>(hash) * 0x9E3779B97F4A7C15ull) >> (64 - shift_));
+    }
+    Entry* Find(const K& key, std::size_t hash) const {
+        if (slots_.empty()) return nullptr;
+        const std::size_t mask = slots_.size() - 1;
+        for (std::size_t i = Home(hash);; i = (i + 1) & mask) {
+            const Slot& slot = slots_[i];
+            if (!slot.entry) return nullptr;
+            if (slot.hash == hash && slot.entry->key == key) return slot.entry;
+        }
+    }
+    void Place(const Slot& slot) {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t i = Home(slot.hash);
+        while (slots_[i].entry) i = (i + 1) & mask;
+        slots_[i] = slot;
+    }
+    // A table of `slots` (a power of two) slots with every entry placed anew.
+    void Rehash(std::size_t slots) {
+        std::vector<Slot> grown(slots);
+        unsigned shift = 0;
+        while ((std::size_t{1} << shift) < slots) ++shift;
+        std::vector<Slot> old = std::move(slots_);
+        slots_ = std::move(grown);
+        shift_ = shift;
+        for (const Slot& slot : old) {
+            if (slot.entry) Place(slot);
+        }
+    }
+
     Entry* head_ = nullptr;
     Entry* tail_ = nullptr;
-    std::unordered_map<K, Entry*, Hash> index_;
+    std::size_t count_ = 0;
+    unsigned shift_ = 0;
+    std::vector<Slot> slots_;
 };
 
 // Growing array with checked access; an index outside raises the invalid-argument exception.

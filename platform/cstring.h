@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/types.h"
 
@@ -82,6 +83,19 @@ public:
     void ReleaseBuffer(int newLength = -1);
 
     friend CString operator+(const CString& a, const CString& b) { return CString(a.s_ + b.s_); }
+    // A temporary on the left grows in place, so that a chain a + b + c + ... copies each part once.
+    friend CString operator+(CString&& a, const CString& b) {
+        a.s_ += b.s_;
+        return std::move(a);
+    }
+    friend CString operator+(CString&& a, const char* b) {
+        if (b) a.s_ += b;
+        return std::move(a);
+    }
+    friend CString operator+(CString&& a, char b) {
+        a.s_ += b;
+        return std::move(a);
+    }
     friend CString operator+(const CString& a, const char* b) { return CString(a.s_ + (b ? b : "")); }
     friend CString operator+(const char* a, const CString& b) { return CString((a ? a : "") + b.s_); }
     friend CString operator+(const CString& a, char b) { return CString(a.s_ + b); }

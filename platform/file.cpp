@@ -262,6 +262,62 @@ CFile* CMemFile::Duplicate() const {
     return copy;
 }
 
+// ---- CVemWriteBuffer -------------------------------------------------------------------------------
+
+CVemWriteBuffer::~CVemWriteBuffer() {
+    try {
+        Drain();
+    } catch (const CException&) {
+        // A destructor cannot report; a caller who needs to know calls Drain.
+    }
+}
+
+void CVemWriteBuffer::Drain() {
+    if (m_bytes.empty()) return;
+    std::vector<u8> bytes;
+    bytes.swap(m_bytes);  // gone from the buffer even if the write fails
+    m_target.Write(bytes.data(), static_cast<unsigned>(bytes.size()));
+}
+
+void CVemWriteBuffer::Write(const void* buffer, unsigned count) {
+    if (m_bytes.size() + count > kPiece) Drain();
+    if (count >= kPiece) {
+        m_target.Write(buffer, count);
+        return;
+    }
+    if (m_bytes.capacity() < kPiece) m_bytes.reserve(kPiece);
+    const auto* bytes = static_cast<const u8*>(buffer);
+    m_bytes.insert(m_bytes.end(), bytes, bytes + count);
+}
+
+unsigned CVemWriteBuffer::Read(void* buffer, unsigned count) {
+    Drain();
+    return m_target.Read(buffer, count);
+}
+
+u64 CVemWriteBuffer::Seek(i64 offset, unsigned from) {
+    Drain();
+    return m_target.Seek(offset, from);
+}
+
+u64 CVemWriteBuffer::GetPosition() const { return m_target.GetPosition() + m_bytes.size(); }
+
+u64 CVemWriteBuffer::GetLength() const {
+    return std::max<u64>(m_target.GetLength(), m_target.GetPosition() + m_bytes.size());
+}
+
+void CVemWriteBuffer::SetLength(u64 newLength) {
+    Drain();
+    m_target.SetLength(newLength);
+}
+
+void CVemWriteBuffer::Flush() {
+    Drain();
+    m_target.Flush();
+}
+
+CFile* CVemWriteBuffer::Duplicate() const { return m_target.Duplicate(); }
+
 // ---- CVemReplaceFile -------------------------------------------------------------------------------
 
 CVemReplaceFile::~CVemReplaceFile() { Discard(); }

@@ -117,6 +117,34 @@ private:
     CString m_temporary;
 };
 
+// Collects the many small writes of a text dump and hands them to the target file in large
+// pieces. The other operations first hand over what is collected and then act on the target.
+// Drain (or the destructor, which cannot report) hands over the rest.
+class CVemWriteBuffer : public CFile {
+public:
+    explicit CVemWriteBuffer(CFile& target) : m_target(target) {}
+    ~CVemWriteBuffer() override;
+    CVemWriteBuffer(const CVemWriteBuffer&) = delete;
+    CVemWriteBuffer& operator=(const CVemWriteBuffer&) = delete;
+
+    void Drain();
+    void Write(const void* buffer, unsigned count) override;
+    unsigned Read(void* buffer, unsigned count) override;
+    u64 Seek(i64 offset, unsigned from) override;
+    u64 GetPosition() const override;
+    u64 GetLength() const override;
+    void SetLength(u64 newLength) override;
+    void Flush() override;
+    void Close() override { Drain(); }
+    void Abort() override { m_bytes.clear(); }
+    CFile* Duplicate() const override;
+
+private:
+    static constexpr std::size_t kPiece = 64 * 1024;
+    CFile& m_target;
+    std::vector<u8> m_bytes;
+};
+
 // Paths. Names that the library stores keep the Windows form in which callers give them (drive
 // letter, backslashes), in node files and in memory alike. Only where the library touches the host's
 // file system (open, status, remove, rename, make a directory) does it turn such a name into a host

@@ -3,6 +3,8 @@
 #include "project/exe.h"
 
 #include <memory>
+#include <string>
+#include <unordered_set>
 
 #include "project/compiled.h"
 #include "statement/evembase.h"
@@ -80,15 +82,20 @@ int CVemExeNode::AddFilteredEvemNodes(CVemBaseNode* taskNode) {
     if (!EVemIsEnabled() || !taskNode || taskNode->GetNodeType() != kVemTuiTaskNode) return 1;
     CObList* list = taskNode->GetEvemRootNodeListPtr();
     if (!list) return 0;
+    // The names taken over so far, for a lookup in constant time instead of a walk of the list for
+    // every code node. The list compares a name as a zero-terminated text, and so does this.
+    std::unordered_set<std::string> taken;
+    for (POSITION pos = FilteredNodeNames.GetHeadPosition(); pos;) taken.insert(FilteredNodeNames.GetNext(pos).str());
     while (!list->IsEmpty()) {
         std::unique_ptr<CEVemBaseNode> node(static_cast<CEVemBaseNode*>(list->RemoveHead()));
         if (node->NodeType == kEVemUndefNode) continue;
         CString path = node->GetPathName();
         path.MakeUpper();
-        if (FilteredNodeNames.Find(path)) continue;
+        if (taken.count(std::string(path.GetString()))) continue;
         EvemRootNodeList.AddTail(node.get());
         node.release();
         FilteredNodeNames.AddTail(path);
+        taken.insert(path.str());
     }
     return 1;
 }

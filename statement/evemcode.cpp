@@ -137,7 +137,9 @@ void CEVemPouCodeNode::NodeDump(CString fileName) {
     CVemReplaceFile file;
     if (!file.OpenReplace(fileName)) return;
     try {
-        DumpNode(&file, kFileDumpPrefix);
+        CVemWriteBuffer buffer(file);  // a dump is many short texts; they reach the file in large pieces
+        DumpNode(&buffer, kFileDumpPrefix);
+        buffer.Drain();
         file.Commit();
     } catch (const CFileException&) {
         // the previous file stays; the dump has no way to report

@@ -1,7 +1,9 @@
 // Line maps: the code offset and the statement of each source line of a unit, and their part in
 // the executable's dump.
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "node/basenode.h"
 #include "statement/evemcode.h"
@@ -20,10 +22,11 @@ constexpr int kProjectSettingsSize = 640;
 constexpr std::size_t kProjectCodeOffset = 2;
 constexpr u16 kLineMapProjectCode = 271;
 
+// Decimal text of a line or an offset; made for every statement of a map.
 CString LineKey(u16 line) {
-    CString key;
-    key.Format("%u", unsigned{line});
-    return key;
+    char digits[8];
+    const auto result = std::to_chars(digits, digits + sizeof digits, unsigned{line});
+    return CString(std::string_view(digits, static_cast<std::size_t>(result.ptr - digits)));
 }
 
 u16 UcodeOffsetOf(CEVemBaseNode* statement) {

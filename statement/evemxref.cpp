@@ -135,11 +135,15 @@ struct Hits {
 void FindHits(CEVemBaseNode* codeNode, CVemBaseNode* target, const CString& operand, u16 mask, const Hits& hits) {
     const CString pathName = codeNode->GetPathName();
     const CString callName = CallName(target);
+    const bool reads = (mask & kEVemCrRead) != 0;
+    const bool writes = (mask & kEVemCrWrite) != 0;
     for (CEVemBaseNode* statement = codeNode->GetStatementNode(); statement; statement = statement->GetNext()) {
-        if ((mask & kEVemCrRead) && EVemCheckOpOnVar(statement, target, operand, kEVemCrRead))
-            hits.Add(pathName, statement, kEVemCrRead);
-        if ((mask & kEVemCrWrite) && EVemCheckOpOnVar(statement, target, operand, kEVemCrWrite))
-            hits.Add(pathName, statement, kEVemCrWrite);
+        // EVemCheckOpOnVar for both kinds of access, with the operand's text compared once.
+        if ((reads || writes) && statement->IsKindOf(RUNTIME_CLASS(CEVemOpOnVarStmtNode)) &&
+            statement->GetName() == operand) {
+            if (reads && EVemCheckAccess(statement, kEVemCrRead)) hits.Add(pathName, statement, kEVemCrRead);
+            if (writes && EVemCheckAccess(statement, kEVemCrWrite)) hits.Add(pathName, statement, kEVemCrWrite);
+        }
         if ((mask & kEVemCrCall) && IsCallOf(statement, callName)) hits.Add(pathName, statement, kEVemCrCall);
     }
 }

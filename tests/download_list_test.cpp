@@ -14,6 +14,13 @@ using vemtest::TempDir;
 
 namespace {
 
+// The prefix followed by the number, appended rather than prepended to a temporary string.
+std::string Numbered(const char* prefix, long number) {
+    std::string text = prefix;
+    text += std::to_string(number);
+    return text;
+}
+
 tDownloadListEntry Entry(const char* name, u32 value1 = 0, u32 value2 = 0, u16 value3 = 0) {
     tDownloadListEntry e;
     e.Name = name;
@@ -39,7 +46,7 @@ int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) {
 
 void AddEntries(CVemDownloadList& list, int count) {
     int isNew = 0;
-    for (int i = 0; i < count; ++i) AddWithoutSegments(list, ("U" + std::to_string(i)).c_str(), isNew);
+    for (int i = 0; i < count; ++i) AddWithoutSegments(list, Numbered("U", i).c_str(), isNew);
 }
 
 std::vector<u8> SegmentBytes(CSegmentTable& table, u16 number) {

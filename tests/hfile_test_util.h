@@ -38,8 +38,11 @@ inline std::string PadLine(std::size_t used, std::size_t offset) {
     return "PAD = " + std::string(offset - used - 8, 'x');  // 6 for "PAD = ", 2 for the line end
 }
 
-inline std::string Spliced(std::string text, std::size_t pos, std::size_t length, std::string_view with) {
-    return text.replace(pos, length, with);
+inline std::string Spliced(const std::string& text, std::size_t pos, std::size_t length, std::string_view with) {
+    std::string out = text.substr(0, pos);
+    out.append(with);
+    out.append(text, pos + length);
+    return out;
 }
 
 // The cause of the CFileException that f raises, -1 if it raises none.

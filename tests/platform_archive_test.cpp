@@ -55,6 +55,35 @@ TEST(ArchiveStrings, RoundTripOfEveryPrefixForm) {
     }
 }
 
+// Texts of every length, many of them across a border of the buffer, read back with buffers of
+// several sizes; the numbers between them stay in step.
+TEST(ArchiveStrings, TextsAcrossBufferBordersReadBackWhole) {
+    std::vector<std::string> texts;
+    u32 seed = 99;
+    for (int i = 0; i < 3000; ++i) {
+        seed = seed * 1103515245u + 12345u;
+        const std::size_t length = i % 500 == 0 ? 70000 + i : (seed >> 8) % 300;
+        texts.emplace_back(length, static_cast<char>('a' + i % 26));
+    }
+    const std::vector<u8> bytes = Store([&](CArchive& ar) {
+        for (std::size_t i = 0; i < texts.size(); ++i) ar << CString(texts[i]) << static_cast<u16>(i);
+    });
+    for (int bufferSize : {17, 4096, CArchive::kDefaultBufferSize}) {
+        SCOPED_TRACE(bufferSize);
+        CMemFile file(bytes);
+        CArchive ar(&file, CArchive::load, bufferSize);
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            CString text;
+            u16 number = 0;
+            ar >> text >> number;
+            ASSERT_EQ(text.str(), texts[i]) << i;
+            ASSERT_EQ(number, i);
+        }
+        EXPECT_EQ(ar.GetPosition(), bytes.size());
+        EXPECT_EQ(ar.GetRemaining(), 0u);
+    }
+}
+
 TEST(ArchiveStrings, SixteenBitCharactersAreReadAsEightBit) {
     Bytes b;
     b.u8_(0xFF).u16_(0xFFFE).u8_(3);      // 16-bit form, three units

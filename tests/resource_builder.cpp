@@ -6,6 +6,13 @@ namespace vembuild {
 
 namespace {
 
+// The prefix followed by the number, appended rather than prepended to a temporary string.
+std::string Numbered(const char* prefix, long number) {
+    std::string text = prefix;
+    text += std::to_string(number);
+    return text;
+}
+
 constexpr u16 kNoSegment = 0xFFFF;
 constexpr u16 kCodeSegment = 1;
 constexpr u16 kDataSegment = 2;
@@ -39,7 +46,7 @@ u16 AddSegment(CSegmentTable* table, const ResourceShape& shape, u16 length) {
 }
 
 CVemBaseNode* IntArray(const ResourceShape& shape, int index) {
-    CVemBaseNode* a = Named(kVemArrayNode, "A" + std::to_string(index));
+    CVemBaseNode* a = Named(kVemArrayNode, Numbered("A", index));
     VemSetOffset(a, ArrayOffset(shape, index));
     VemSetSize(a, static_cast<u16>(kIntSize * shape.arrayLength));
     VemSetSubSegmentKind(a, kIpSegData);
@@ -49,12 +56,12 @@ CVemBaseNode* IntArray(const ResourceShape& shape, int index) {
 }
 
 CVemBaseNode* IntStruct(const ResourceShape& shape, int index) {
-    CVemBaseNode* s = Named(kVemStructNode, "S" + std::to_string(index));
+    CVemBaseNode* s = Named(kVemStructNode, Numbered("S", index));
     VemSetOffset(s, StructOffset(shape, index));
     VemSetSize(s, static_cast<u16>(kIntSize * shape.membersPerStruct));
     VemSetSubSegmentKind(s, kIpSegData);
     for (int m = 0; m < shape.membersPerStruct; ++m) {
-        VemAddChildTail(s, VemCreateCVemVariableNode(("M" + std::to_string(m)).c_str(),
+        VemAddChildTail(s, VemCreateCVemVariableNode(Numbered("M", m).c_str(),
                                                      static_cast<u16>(kIntSize * m), kCbeTypeInt, kIntSize, 0));
     }
     return s;
@@ -70,7 +77,7 @@ CEVemBaseNode* CodeNode(const ResourceShape& shape, const std::string& name, con
     for (int i = 0; i < shape.statementsPerUnit; ++i) {
         const tEVemNodeType type = i == 0 ? kEVemLdVariableStmtNode : kEVemStVariableStmtNode;
         CEVemBaseNode* statement = EVemAddNewStmtNode(code, type);
-        EVemSetName(statement, ("V" + std::to_string(i)).c_str());
+        EVemSetName(statement, Numbered("V", i).c_str());
         EVemSetAwlLine(statement, static_cast<u16>(10 + i));
         EVemSetUcodeOffset(statement, static_cast<u16>(4 * i));
     }
@@ -112,7 +119,7 @@ void AddFunctionBlocks(CVemBaseNode* task, const ResourceShape& shape, int taskI
         VemSetSegmentNumbers(fb, data, code, kNoSegment, kNoSegment);
         VemAddChildTail(task, fb);
         const std::string path = taskIndex % 2 ? LowerCase(UnitPath(k)) : UnitPath(k);
-        AddCodeNode(task, CodeNode(shape, "FB" + std::to_string(k), path, kEVemPouFunctionBlock));
+        AddCodeNode(task, CodeNode(shape, Numbered("FB", k), path, kEVemPouFunctionBlock));
     }
 }
 
@@ -128,7 +135,7 @@ CVemBaseNode* CompiledTask(CVemBaseNode* container, const ResourceShape& shape, 
     CVemBaseNode* task = Named(kVemTuiTaskNode, TaskName(index));
     VemSetPathName(task, TaskPath(index).c_str());
     VemAddChildTail(container, task);  // below the executable node before its arrays expand
-    for (int i = 0; i < shape.variablesPerTask; ++i) VemAddChildTail(task, IntVariable("V" + std::to_string(i), VariableOffset(i)));
+    for (int i = 0; i < shape.variablesPerTask; ++i) VemAddChildTail(task, IntVariable(Numbered("V", i), VariableOffset(i)));
     for (int j = 0; j < shape.arraysPerTask; ++j) VemAddChildTail(task, IntArray(shape, j));
     for (int j = 0; j < shape.structsPerTask; ++j) VemAddChildTail(task, IntStruct(shape, j));
     AddTaskSegments(task, shape, TaskDataLength(shape));
@@ -147,7 +154,7 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global, const ResourceShape& shape) {
     VemSetPathName(task, "C:\\PRJ\\GLOBAL.st");
     VemSetGlobal(task, 1);
     VemAddChildTail(global, task);
-    for (int i = 0; i < shape.globalVariables; ++i) VemAddChildTail(task, IntVariable("G" + std::to_string(i), VariableOffset(i)));
+    for (int i = 0; i < shape.globalVariables; ++i) VemAddChildTail(task, IntVariable(Numbered("G", i), VariableOffset(i)));
     const u16 dataLength = static_cast<u16>(kDataHeader + kIntSize * shape.globalVariables);
     AddTaskSegments(task, shape, dataLength);
     const u16 functionCode = AddSegment(VemGetSegmentTable(task), shape, CodeLength(shape));
@@ -225,13 +232,13 @@ long VariableCount(const ResourceShape& shape) {
     return perTask * shape.tasks + shape.globalVariables;
 }
 
-std::string TaskName(int index) { return "TASK" + std::to_string(index + 1); }
+std::string TaskName(int index) { return Numbered("TASK", index + 1); }
 
 std::string TaskPath(int index) { return "C:\\PRJ\\" + TaskName(index) + ".st"; }
 
-std::string UnitName(int index) { return "FBI" + std::to_string(index) + " : FB" + std::to_string(index); }
+std::string UnitName(int index) { return Numbered("FBI", index) + Numbered(" : FB", index); }
 
-std::string UnitPath(int index) { return "C:\\PRJ\\FB" + std::to_string(index) + ".st"; }
+std::string UnitPath(int index) { return Numbered("C:\\PRJ\\FB", index) + ".st"; }
 
 CVemBaseNode* BuildResource(const ResourceShape& shape) {
     CVemBaseNode* exe = Named(kVemExeNode, kResourceName);

@@ -1,7 +1,10 @@
 // Array variables: dimension ranges, the element prototype, the expansion into elements, the record.
 #include "variables/array.h"
 
+#include <charconv>
+#include <cstring>
 #include <memory>
+#include <string>
 
 #include "variables/fieldio.h"
 #include "vem_node.h"
@@ -179,13 +182,19 @@ u32 CVemArrayNode::ElementCount() const {
     return static_cast<u32>(count);
 }
 
+// Made once for every element of an expansion: the digits go straight into the text, and a
+// short name stays in the string's own storage.
 CString CVemArrayNode::ElementName() const {
-    CString name = Name;
+    std::string name = Name.str();
     for (int d = 0; d < Range.DimSize; ++d) {
-        name += d == 0 ? " [ " : " , ";
-        name.AppendFormat("%i", static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
+        char part[3 + 12];
+        std::memcpy(part, d == 0 ? " [ " : " , ", 3);
+        const auto result =
+            std::to_chars(part + 3, part + sizeof part, static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
+        name.append(part, static_cast<std::size_t>(result.ptr - part));
     }
-    return name + " ] ";
+    name.append(" ] ", 3);
+    return CString(std::move(name));
 }
 
 bool CVemArrayNode::StepIndices() {

@@ -7,6 +7,13 @@ namespace vemtool {
 
 namespace {
 
+// The prefix followed by the number, appended rather than prepended to a temporary string.
+std::string Numbered(const char* prefix, long number) {
+    std::string text = prefix;
+    text += std::to_string(number);
+    return text;
+}
+
 constexpr u16 kNone = 0xFFFF;
 constexpr u16 kHeader = 4;  // every data segment starts with a header of its own
 constexpr u8 kAlignment = 2;
@@ -178,7 +185,7 @@ CVemBaseNode* Task(CVemBaseNode* container, const DemoShape& shape, int index) {
     VemAddChildTail(task, Scalar("Count", layout.Take(2), kCbeTypeInt, 2, "INT"));
     VemAddChildTail(task, Scalar("Running", layout.Take(1), kCbeTypeBool, 1, "BOOL"));
     for (int v = 0; v < shape.vars; ++v) {
-        VemAddChildTail(task, Scalar(("V" + std::to_string(v)).c_str(), layout.Take(2), kCbeTypeInt, 2, "INT"));
+        VemAddChildTail(task, Scalar(Numbered("V", v).c_str(), layout.Take(2), kCbeTypeInt, 2, "INT"));
     }
     VemAddChildTail(task, ArrayOf("Speeds", layout.Take(8), 1, 4, 2, Scalar("", 0, kCbeTypeInt, 2, "INT")));
     VemAddChildTail(task, ArrayOf("Stations", layout.Take(8), 0, 1, 4, StationType()));
@@ -250,7 +257,7 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global) {
 std::string DemoTaskName(int index) {
     if (index == 0) return "FAST";
     if (index == 1) return "SLOW";
-    return "TASK" + std::to_string(index + 1);
+    return Numbered("TASK", index + 1);
 }
 
 std::string DemoTaskPath(int index) { return "C:\\PLANT\\" + DemoTaskName(index) + ".st"; }
