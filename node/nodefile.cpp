@@ -65,6 +65,7 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report) {
         {
             CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
             node->Serialize(*ar);
+            VemCheckStoredType(node);
         }
         ar->Close();
         file.Close();

@@ -47,3 +47,5 @@ bool EVemIsEnabled();
 bool EVemObjectsEnabled();
 // Makes a node of the kind, with no regard to the switch; null for a kind that has no class.
 CEVemBaseNode* EVemMakeNode(i32 type, const CString& name);
+// Whether the kind is made as this class.
+bool EVemKindFitsClass(i32 type, const CRuntimeClass* cls);

@@ -112,6 +112,7 @@ void CEVemPouCodeNode::LoadChain(CArchive& ar) {
         if (type == kChainEnd) return;
         std::unique_ptr<CEVemBaseStmtNode> statement(EVemMakeChainStatement(type));
         statement->Serialize(ar);
+        EVemCheckChainKind(statement.get());
         CEVemBaseStmtNode* node = statement.release();
         if (last) {
             static_cast<CEVemBaseStmtNode*>(last)->Next = node;

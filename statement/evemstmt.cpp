@@ -20,6 +20,10 @@ CEVemBaseStmtNode* EVemMakeChainStatement(u16 type) {
     return static_cast<CEVemBaseStmtNode*>(node.release());
 }
 
+void EVemCheckChainKind(const CEVemBaseNode* statement) {
+    if (!EVemKindFitsClass(statement->NodeType, statement->GetRuntimeClass())) VemThrowArchive(CArchiveException::badClass);
+}
+
 void EVemDeleteChain(CEVemBaseNode* first) {
     while (first) {
         CEVemBaseNode* next = first->GetNext();
@@ -139,6 +143,7 @@ void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
         next->Previous = last;
         last = next;
         last->CEVemBaseNode::Serialize(ar);
+        EVemCheckChainKind(last);
         type = last->LoadHead(ar);
     }
     for (CEVemBaseStmtNode* node = last; node != this; node = static_cast<CEVemBaseStmtNode*>(node->Previous))

@@ -1,0 +1,29 @@
+// VemBaSerialize loading a byte array record; an array that loads is dumped, summed and must
+// store, load and store again to the same bytes.
+#include "fuzz_common.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    CMemFile file(data, size);
+    CVemByteArray* array = nullptr;
+    try {
+        CArchive ar(&file, CArchive::load);
+        VemBaSerialize(array, ar);
+    } catch (const CException&) {
+        if (array) std::abort();  // a failed load hands out nothing
+        return 0;
+    }
+    if (!array) return 0;
+    CStringArray lines;
+    VemBaDump(array, lines);
+    VemBaComputeCheckSum(array, 0);
+    vemfuzz::CheckStable([&](CArchive& ar) { VemBaSerialize(array, ar); },
+                         [](CArchive& ar) {
+                             CVemByteArray* again = nullptr;
+                             VemBaSerialize(again, ar);
+                             std::vector<u8> bytes = vemfuzz::Stored([&](CArchive& out) { VemBaSerialize(again, out); });
+                             VemBaDeleteByteArray(again);
+                             return bytes;
+                         });
+    VemBaDeleteByteArray(array);
+    return 0;
+}

@@ -1,0 +1,22 @@
+// VemLoadNode on a node file; what loads is dumped (every node's text) and deleted.
+#include "fuzz_common.h"
+#include "seed_shape.h"
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    vemfuzz::TheScratch();
+    LurSetEvemEnabled(1);
+    CVemBaseNode* exe = vembuild::BuildResource(vemfuzz::SeedShape());
+    if (!vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem")) std::abort();
+    VemDeleteNode(exe);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const char* name = vemfuzz::PutFile("input.vem", data, size);
+    CVemBaseNode* root = VemLoadNode(CString(name));
+    if (!root) return 0;
+    CMemFile dump;
+    CVemNodeDump(root, &dump);
+    VemDeleteNode(root);
+    return 0;
+}
