@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "project/tasks.h"
 #include "vem_node.h"
 #include "vem_ext.h"
 #include "vem_plain.h"
@@ -57,6 +58,7 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report) {
     CVemBaseNode* node = nullptr;
     std::unique_ptr<CArchive> ar;
     try {
+        VemTaskFileScope taskFiles;  // each task file once in the whole tree
         ar = std::make_unique<CArchive>(&file, CArchive::load);
         u16 type;
         *ar >> type;

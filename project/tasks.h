@@ -58,3 +58,14 @@ private:
 // One task file: a node as an object of a class derived from CVemBaseNode. Null if the file cannot
 // be opened or holds a null object; archive exceptions pass on, with the file closed.
 CVemBaseNode* VemReadTaskFile(const CString& path);
+
+// While one lives, each task file is read at most once: a file named again raises a corrupt file
+// (archive exception). A load of a node file holds one over the whole tree, and each container
+// holds one while it reads its tasks.
+class VemTaskFileScope {
+public:
+    VemTaskFileScope();
+    ~VemTaskFileScope();
+    VemTaskFileScope(const VemTaskFileScope&) = delete;
+    VemTaskFileScope& operator=(const VemTaskFileScope&) = delete;
+};

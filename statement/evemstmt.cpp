@@ -20,10 +20,6 @@ CEVemBaseStmtNode* EVemMakeChainStatement(u16 type) {
     return static_cast<CEVemBaseStmtNode*>(node.release());
 }
 
-void EVemCheckChainKind(const CEVemBaseNode* statement) {
-    if (!EVemKindFitsClass(statement->NodeType, statement->GetRuntimeClass())) VemThrowArchive(CArchiveException::badClass);
-}
-
 void EVemDeleteChain(CEVemBaseNode* first) {
     while (first) {
         CEVemBaseNode* next = first->GetNext();
@@ -143,7 +139,7 @@ void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
         next->Previous = last;
         last = next;
         last->CEVemBaseNode::Serialize(ar);
-        EVemCheckChainKind(last);
+        if (!EVemKindFitsClass(last->NodeType, last->GetRuntimeClass())) VemThrowArchive(CArchiveException::badClass);
         type = last->LoadHead(ar);
     }
     for (CEVemBaseStmtNode* node = last; node != this; node = static_cast<CEVemBaseStmtNode*>(node->Previous))

@@ -55,9 +55,6 @@ private:
 // Makes a statement of the kind for a chain being loaded; raises the user exception for a kind
 // that makes no statement.
 CEVemBaseStmtNode* EVemMakeChainStatement(u16 type);
-// A statement made by the kind in front of its record must bear a kind of its own class: a store
-// writes that kind in front of it, and another class would then read the record. Raises a bad class.
-void EVemCheckChainKind(const CEVemBaseNode* statement);
 // Deletes a chain from its first node on, one node after the other.
 void EVemDeleteChain(CEVemBaseNode* first);
 // Takes over an owned statement in place of the one held before, which is deleted.
