@@ -49,13 +49,14 @@ VemTaskFileScope::~VemTaskFileScope() {
     if (--g_loadScopes == 0) std::vector<VemFileId>().swap(g_taskFilesRead);
 }
 
-CVemBaseNode* VemReadTaskFile(const CString& path) {
+CVemBaseNode* VemReadTaskFile(const CString& path, int depth) {
     CFile file;
     if (!file.Open(path, CFile::modeRead | CFile::typeBinary)) return nullptr;
     std::unique_ptr<CObject> object;
     try {
         TaskFileNesting nesting(path);
         CArchive ar(&file, CArchive::load);
+        ar.StartAtDepth(depth);  // the tree goes on below the container that names the file
         object.reset(ar.ReadObject(RUNTIME_CLASS(CVemBaseNode)));
         ar.Close();
     } catch (...) {
@@ -82,10 +83,10 @@ void CVemTaskContainerNode::Serialize(CArchive& ar) {
     CVemBaseNode::Serialize(ar);
     VemSerializeSchema(ar, kSchema);
     TaskList.Serialize(ar);
-    if (ar.IsLoading()) ReadTasks();
+    if (ar.IsLoading()) ReadTasks(ar);
 }
 
-void CVemTaskContainerNode::ReadTasks() {
+void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
     VemTaskFileScope scope;
     CString name, path;
     for (POSITION pos = TaskList.GetStartPosition(); pos;) {
@@ -95,7 +96,7 @@ void CVemTaskContainerNode::ReadTasks() {
             LastChild = nullptr;
             return;
         }
-        CVemBaseNode* task = VemReadTaskFile(path);
+        CVemBaseNode* task = VemReadTaskFile(path, ar.Depth());
         if (!task) return;
         AddChildTail(task);
     }

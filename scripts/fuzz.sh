@@ -2,10 +2,11 @@
 # Builds the fuzz harnesses with clang (libFuzzer, AddressSanitizer, UndefinedBehaviorSanitizer) and
 # runs them one after the other, each on its seed corpus and a working corpus of its own.
 #
-#   scripts/fuzz.sh [-t seconds] [-r runs] [harness ...]
+#   scripts/fuzz.sh [-t seconds] [-r runs] [-f] [harness ...]
 #
 # -t caps the time of each harness (default 60), -r its executions (default: no cap). Without names
-# all harnesses run. New inputs go to build-fuzz/corpus/<harness>, findings to build-fuzz/findings.
+# all harnesses run. New inputs go to build-fuzz/corpus/<harness>, or with -f (fresh, as in CI) to
+# a scratch corpus that starts from the seeds alone; findings go to build-fuzz/findings.
 # libFuzzer's summary of each run (executions, time, peak RSS) is printed at the end.
 set -euo pipefail
 # The harnesses work in a scratch directory of their own, so every path given to them is absolute.
@@ -13,10 +14,12 @@ cd "$(dirname "$0")/.."
 
 seconds=60
 runs=-1
-while getopts "t:r:" opt; do
+fresh=0
+while getopts "t:r:f" opt; do
     case $opt in
         t) seconds=$OPTARG ;;
         r) runs=$OPTARG ;;
+        f) fresh=1 ;;
         *) exit 2 ;;
     esac
 done
@@ -48,10 +51,13 @@ dict() {
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 mkdir -p $build/findings
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
 summary=()
 status=0
 for name in "${harnesses[@]}"; do
     corpus=$build/corpus/$name
+    if [ $fresh = 1 ]; then corpus=$scratch/$name; fi
     mkdir -p "$corpus"
     log=$build/findings/$name.log
     echo "== $name: up to ${seconds}s, runs $runs"

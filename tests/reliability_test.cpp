@@ -242,6 +242,39 @@ TEST(Reliability, ATaskFileIsReadOnceInALoad) {
     }
 }
 
+// Each task file's archive counted its own depth: sixteen files, each nesting 400 deep, drove the
+// load 6400 levels down the stack.
+TEST(Reliability, TheDepthBoundHoldsAcrossTaskFiles) {
+    TempDir dir;
+    const auto file = [&](int n) { return dir.file("deep" + std::to_string(n) + ".tsk"); };
+    // Three task files, each a chain of levels whose last node is a container naming the next file.
+    const auto write = [&](int levels) {
+        for (int n = 2; n >= 0; --n) {
+            CVemBaseNode* top = VemNewNode(kVemBaseNode);
+            CVemBaseNode* bottom = top;
+            for (int i = 1; i < levels; ++i) {
+                CVemBaseNode* next = VemNewNode(kVemBaseNode);
+                VemAddChildTail(bottom, next);
+                bottom = next;
+            }
+            CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
+            if (n < 2) VemTaskCompiled(container, "T", file(n + 1).c_str());
+            VemAddChildTail(bottom, container);
+            WriteObjectFile(file(n), top);
+            VemDeleteNode(top);
+        }
+        WriteContainerFile(dir.file("deep.vem"), {{"T", file(0)}});
+    };
+    tVemLoadReport report{};
+    write(CArchive::kMaxDepth / 2);
+    EXPECT_EQ(VemLoadNodeReport(dir.file("deep.vem").c_str(), &report), nullptr);
+    EXPECT_EQ(report.Failure, tVemLoadReport::kArchiveException);
+    write(CArchive::kMaxDepth / 4);
+    CVemBaseNode* loaded = VemLoadNodeReport(dir.file("deep.vem").c_str(), &report);
+    ASSERT_NE(loaded, nullptr);
+    VemDeleteNode(loaded);
+}
+
 namespace {
 
 // A root whose store stops halfway: a process killed there, or an error of the platform.
