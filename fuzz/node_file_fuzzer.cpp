@@ -1,4 +1,6 @@
-// VemLoadNode on a node file; what loads is dumped (every node's text) and deleted.
+// VemLoadNode on a node file; what loads is dumped (every node's text) and deleted. The task files of
+// the seeds (the test resource's and the demonstration's) stand in the working directory.
+#include "demo_build.h"
 #include "fuzz_common.h"
 #include "seed_shape.h"
 
@@ -8,6 +10,9 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     CVemBaseNode* exe = vembuild::BuildResource(vemfuzz::SeedShape());
     if (!vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem")) std::abort();
     VemDeleteNode(exe);
+    CVemBaseNode* demo = vemtool::BuildDemo(vemtool::DemoShape{});
+    if (!vemtool::WriteDemo(demo, vemfuzz::kTaskDirectory, "demo.vem")) std::abort();
+    VemDeleteNode(demo);
     return 0;
 }
 
