@@ -1,12 +1,13 @@
-// VemLoadNode on a node file; what loads is dumped (every node's text) and deleted. The task files of
-// the seeds (the test resource's and the demonstration's) stand in the working directory.
+// VemLoadNode on a node file, with the statement model switched on and off; what loads is dumped
+// (every node's text) and deleted. The task files of the seeds (the test resource's and the
+// demonstration's) stand in the working directory.
 #include "demo_build.h"
 #include "fuzz_common.h"
 #include "seed_shape.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     vemfuzz::TheScratch();
-    LurSetEvemEnabled(1);
+    LurSetEvemEnabled(1);  // the seeds are written with the statement model
     CVemBaseNode* exe = vembuild::BuildResource(vemfuzz::SeedShape());
     if (!vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem")) std::abort();
     VemDeleteNode(exe);
@@ -18,10 +19,13 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const char* name = vemfuzz::PutFile("input.vem", data, size);
-    CVemBaseNode* root = VemLoadNode(CString(name));
-    if (!root) return 0;
-    CMemFile dump;
-    CVemNodeDump(root, &dump);
-    VemDeleteNode(root);
+    for (const int on : {1, 0}) {  // also read with another setting than it was written with
+        LurSetEvemEnabled(on);
+        CVemBaseNode* root = VemLoadNode(CString(name));
+        if (!root) continue;
+        CMemFile dump;
+        CVemNodeDump(root, &dump);
+        VemDeleteNode(root);
+    }
     return 0;
 }

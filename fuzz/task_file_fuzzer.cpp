@@ -1,24 +1,20 @@
-// A task file through VemReadObject; what loads is dumped and must store, load and store again to
-// the same bytes.
+// A task file through VemReadObject, read with the statement model switched on and off (a file read
+// with another setting than it was written with). What loads is dumped and must store, load and
+// store again to the same bytes.
 #include "fuzz_common.h"
-#include "seed_shape.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    vemfuzz::TheScratch();
-    LurSetEvemEnabled(1);
-    return 0;
-}
+namespace {
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void ReadWith(const std::uint8_t* data, std::size_t size) {
     CMemFile file(data, size);
     CVemBaseNode* node = nullptr;
     try {
         CArchive ar(&file, CArchive::load);
         node = VemReadObject(ar);
     } catch (const CException&) {
-        return 0;  // the user exception of a statement kind without a class reaches the caller
+        return;  // the user exception of a statement kind without a class reaches the caller
     }
-    if (!node) return 0;
+    if (!node) return;
     CMemFile dump;
     CVemNodeDump(node, &dump);
     vemfuzz::CheckStable([&](CArchive& ar) { VemWriteObject(node, ar); },
@@ -30,5 +26,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                              return bytes;
                          });
     VemDeleteNode(node);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    vemfuzz::TheScratch();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    for (const int on : {1, 0}) {
+        LurSetEvemEnabled(on);
+        ReadWith(data, size);
+    }
     return 0;
 }
