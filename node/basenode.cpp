@@ -122,6 +122,7 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
         try {
             CArchive::RecordScope record(ar, child->GetRuntimeClass()->m_lpszClassName);
             child->Serialize(ar);
+            VemCheckStoredType(child);
             Children.AddTail(child);
         } catch (...) {
             delete child;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "project/tasks.h"
 #include "vem_node.h"
 #include "vem_ext.h"
 #include "vem_plain.h"
@@ -60,6 +61,7 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
     CVemBaseNode* node = nullptr;
     std::unique_ptr<CArchive> ar;
     try {
+        VemTaskFileScope taskFiles;  // each task file once in the whole tree
         ar = std::make_unique<CArchive>(&file, CArchive::load);
         u16 type;
         *ar >> type;
@@ -68,6 +70,7 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
         {
             CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
             node->Serialize(*ar);
+            VemCheckStoredType(node);
         }
         ar->Close();
         file.Close();

@@ -39,3 +39,33 @@ CVemBaseNode* VemNewNodeForLoad(u32 type) {
     if (!node) VemThrowArchive(CArchiveException::badClass);
     return node;
 }
+
+namespace {
+
+// The classes of VemNewNode, by type; null where a type has none.
+const CRuntimeClass* ClassOfNodeType(u32 type) {
+    switch (type) {
+        case kVemBaseNode: return RUNTIME_CLASS(CVemBaseNode);
+        case kVemVariableNode: return RUNTIME_CLASS(CVemVariableNode);
+        case kVemProgramNode: return RUNTIME_CLASS(CVemProgramNode);
+        case kVemFbNode: return RUNTIME_CLASS(CVemFbNode);
+        case kVemFunctionNode: return RUNTIME_CLASS(CVemFunctionNode);
+        case kVemArrayNode: return RUNTIME_CLASS(CVemArrayNode);
+        case kVemStructNode: return RUNTIME_CLASS(CVemStructNode);
+        case kVemFbInstanceNode: return RUNTIME_CLASS(CVemFbInstanceNode);
+        case kVemTaskNode: return RUNTIME_CLASS(CVemTaskNode);
+        case kVemExeNode: return RUNTIME_CLASS(CVemExeNode);
+        case kVemResourceNode: return RUNTIME_CLASS(CVemResourceNode);
+        case kVemConfigNode: return RUNTIME_CLASS(CVemConfigNode);
+        case kVemProjectNode: return RUNTIME_CLASS(CVemProjectNode);
+        case kVemTuiTaskNode: return RUNTIME_CLASS(CVemTuiTaskNode);
+        case kVemTaskContainerNode: return RUNTIME_CLASS(CVemTaskContainerNode);
+        default: return nullptr;
+    }
+}
+
+}  // namespace
+
+void VemCheckStoredType(const CVemBaseNode* node) {
+    if (ClassOfNodeType(node->NodeType) != node->GetRuntimeClass()) VemThrowArchive(CArchiveException::badClass);
+}

@@ -112,6 +112,11 @@ public:
         CArchive& m_ar;
     };
 
+    // Nesting counted so far. An archive of a file that is read in the middle of another one's load
+    // starts at the depth of that one, so that the bound holds for the whole tree and its stack.
+    int Depth() const { return m_depth; }
+    void StartAtDepth(int depth) { m_depth = depth; }
+
     // Bytes of the file that the archive has consumed (load) or produced (store).
     u64 GetPosition() const;
 

@@ -212,6 +212,14 @@ bool CFile::GetStatus(const char* fileName, CFileStatus& status) {
     return true;
 }
 
+bool VemFileIdentity(const char* fileName, VemFileId& id) {
+    struct stat st {};
+    if (::stat(VemHostPath(fileName), &st) != 0) return false;
+    id.device = static_cast<u64>(st.st_dev);
+    id.inode = static_cast<u64>(st.st_ino);
+    return true;
+}
+
 void CFile::Remove(const char* fileName) {
     if (::unlink(VemHostPath(fileName)) != 0) ThrowErrno(fileName);
 }

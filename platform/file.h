@@ -164,6 +164,15 @@ struct VemPathParts {
 };
 VEM_API VemPathParts VemSplitPath(const char* path);
 
+// The identity of the file behind a name (device and inode), so that two names of one file compare
+// equal. False if there is no such file.
+struct VemFileId {
+    u64 device = 0;
+    u64 inode = 0;
+    bool operator==(const VemFileId&) const = default;
+};
+bool VemFileIdentity(const char* fileName, VemFileId& id);
+
 // Makes one directory level (the host path of `name`). False if it could not be made, also when it
 // exists already.
 VEM_API bool VemMakeDirectory(const char* name);

@@ -1,6 +1,8 @@
 // Task container: the compile state of a resource as a map from task names to task files. Its
 // children are never stored with it; a load reads them back from the task files.
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 #include "project/tasks.h"
 
@@ -11,11 +13,24 @@ namespace {
 // Task files being read inside one another: a container in a task file that names a task file.
 int g_taskFileNesting = 0;
 
+// The task files read since the outermost load scope began. A file named a second time in one
+// load, by itself or by another, would be read again for every container that names it: a few
+// small files that name each other would multiply the tree with every level.
+int g_loadScopes = 0;
+std::vector<VemFileId> g_taskFilesRead;
+
 class TaskFileNesting {
 public:
-    TaskFileNesting() {
+    explicit TaskFileNesting(const CString& path) {
         if (g_taskFileNesting >= CVemTaskContainerNode::kMaxTaskFileNesting) {
             VemThrowArchive(CArchiveException::badIndex);
+        }
+        VemFileId id;
+        if (g_loadScopes > 0 && VemFileIdentity(path, id)) {
+            if (std::find(g_taskFilesRead.begin(), g_taskFilesRead.end(), id) != g_taskFilesRead.end()) {
+                VemThrowArchive(CArchiveException::badIndex);
+            }
+            g_taskFilesRead.push_back(id);
         }
         ++g_taskFileNesting;
     }
@@ -26,13 +41,22 @@ public:
 
 }  // namespace
 
-CVemBaseNode* VemReadTaskFile(const CString& path) {
+VemTaskFileScope::VemTaskFileScope() {
+    if (g_loadScopes++ == 0) g_taskFilesRead.clear();
+}
+
+VemTaskFileScope::~VemTaskFileScope() {
+    if (--g_loadScopes == 0) std::vector<VemFileId>().swap(g_taskFilesRead);
+}
+
+CVemBaseNode* VemReadTaskFile(const CString& path, int depth) {
     CFile file;
     if (!file.Open(path, CFile::modeRead | CFile::typeBinary)) return nullptr;
     std::unique_ptr<CObject> object;
     try {
-        TaskFileNesting nesting;
+        TaskFileNesting nesting(path);
         CArchive ar(&file, CArchive::load);
+        ar.StartAtDepth(depth);  // the tree goes on below the container that names the file
         object.reset(ar.ReadObject(RUNTIME_CLASS(CVemBaseNode)));
         ar.Close();
     } catch (...) {
@@ -59,10 +83,11 @@ void CVemTaskContainerNode::Serialize(CArchive& ar) {
     CVemBaseNode::Serialize(ar);
     VemSerializeSchema(ar, kSchema);
     TaskList.Serialize(ar);
-    if (ar.IsLoading()) ReadTasks();
+    if (ar.IsLoading()) ReadTasks(ar);
 }
 
-void CVemTaskContainerNode::ReadTasks() {
+void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
+    VemTaskFileScope scope;
     CString name, path;
     for (POSITION pos = TaskList.GetStartPosition(); pos;) {
         TaskList.GetNextAssoc(pos, name, path);
@@ -71,7 +96,7 @@ void CVemTaskContainerNode::ReadTasks() {
             LastChild = nullptr;
             return;
         }
-        CVemBaseNode* task = VemReadTaskFile(path);
+        CVemBaseNode* task = VemReadTaskFile(path, ar.Depth());
         if (!task) return;
         AddChildTail(task);
     }

@@ -52,9 +52,21 @@ public:
 private:
     // Hangs the task of each entry below this node, in map order, until an entry without a file
     // (which takes all of them away again) or a file that gives no task.
-    void ReadTasks();
+    void ReadTasks(const CArchive& ar);
 };
 
 // One task file: a node as an object of a class derived from CVemBaseNode. Null if the file cannot
-// be opened or holds a null object; archive exceptions pass on, with the file closed.
-CVemBaseNode* VemReadTaskFile(const CString& path);
+// be opened or holds a null object; archive exceptions pass on, with the file closed. The depth is
+// the nesting of the load that names the file, at which its tree goes on.
+CVemBaseNode* VemReadTaskFile(const CString& path, int depth = 0);
+
+// While one lives, each task file is read at most once: a file named again raises a corrupt file
+// (archive exception). A load of a node file holds one over the whole tree, and each container
+// holds one while it reads its tasks.
+class VemTaskFileScope {
+public:
+    VemTaskFileScope();
+    ~VemTaskFileScope();
+    VemTaskFileScope(const VemTaskFileScope&) = delete;
+    VemTaskFileScope& operator=(const VemTaskFileScope&) = delete;
+};

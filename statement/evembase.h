@@ -47,3 +47,7 @@ bool EVemIsEnabled();
 bool EVemObjectsEnabled();
 // Makes a node of the kind, with no regard to the switch; null for a kind that has no class.
 CEVemBaseNode* EVemMakeNode(i32 type, const CString& name);
+// Whether the kind is made as this class. A statement made by the kind in front of its record must
+// bear a kind of its own class there: a store writes that kind in front of it, and another class
+// would then read the record back.
+bool EVemKindFitsClass(i32 type, const CRuntimeClass* cls);

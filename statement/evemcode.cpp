@@ -110,6 +110,10 @@ void CEVemPouCodeNode::LoadChain(CArchive& ar) {
         if (type == kChainEnd) return;
         std::unique_ptr<CEVemBaseStmtNode> statement(EVemMakeChainStatement(type));
         statement->Serialize(ar);
+        if (!EVemKindFitsClass(statement->NodeType, statement->GetRuntimeClass())) {
+            EVemDeleteChain(statement.release());  // with the statements that an older record nested
+            VemThrowArchive(CArchiveException::badClass);
+        }
         CEVemBaseStmtNode* node = statement.release();
         if (last) {
             static_cast<CEVemBaseStmtNode*>(last)->Next = node;

@@ -36,6 +36,38 @@ CEVemBaseNode* EVemMakeNode(i32 type, const CString& name) {
     }
 }
 
+namespace {
+
+// One class for each class column of vem_evem_types.def.
+const CRuntimeClass* ClassOfNone() { return nullptr; }
+const CRuntimeClass* ClassOfCode() { return RUNTIME_CLASS(CEVemPouCodeNode); }
+const CRuntimeClass* ClassOfBase() { return RUNTIME_CLASS(CEVemBaseStmtNode); }
+const CRuntimeClass* ClassOfType() { return RUNTIME_CLASS(CEVemOpOnTypeStmtNode); }
+const CRuntimeClass* ClassOfConst() { return RUNTIME_CLASS(CEVemOpOnConstStmtNode); }
+const CRuntimeClass* ClassOfVar() { return RUNTIME_CLASS(CEVemOpOnVarStmtNode); }
+const CRuntimeClass* ClassOfArray() { return RUNTIME_CLASS(CEVemArrayOperatorStmtNode); }
+const CRuntimeClass* ClassOfConv() { return RUNTIME_CLASS(CEVemConvStmtNode); }
+const CRuntimeClass* ClassOfLabel() { return RUNTIME_CLASS(CEVemJumpLabelStmtNode); }
+const CRuntimeClass* ClassOfCal() { return RUNTIME_CLASS(CEVemCalStmtNode); }
+const CRuntimeClass* ClassOfRef() { return RUNTIME_CLASS(CEVemReferenceStmtNode); }
+const CRuntimeClass* ClassOfMidDel() { return RUNTIME_CLASS(CEVemStdStringMidDelNode); }
+const CRuntimeClass* ClassOfInsert() { return RUNTIME_CLASS(CEVemStdStringInsertNode); }
+const CRuntimeClass* ClassOfReplace() { return RUNTIME_CLASS(CEVemStdStringReplaceNode); }
+
+const CRuntimeClass* ClassOfKind(i32 type) {
+    switch (type) {
+#define EVEM_NODE_TYPE(Value, Name, Class) \
+    case Value: return ClassOf##Class();
+#include "vem_evem_types.def"
+#undef EVEM_NODE_TYPE
+        default: return nullptr;
+    }
+}
+
+}  // namespace
+
+bool EVemKindFitsClass(i32 type, const CRuntimeClass* cls) { return cls && ClassOfKind(type) == cls; }
+
 CEVemBaseNode* EVemCreateNode(tEVemNodeType type, CString name) {
     if (!EVemIsEnabled()) return nullptr;
     try {

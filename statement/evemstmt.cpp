@@ -142,6 +142,7 @@ void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
         next->Previous = last;
         last = next;
         last->CEVemBaseNode::Serialize(ar);
+        if (!EVemKindFitsClass(last->NodeType, last->GetRuntimeClass())) VemThrowArchive(CArchiveException::badClass);
         type = last->LoadHead(ar);
     }
     for (CEVemBaseStmtNode* node = last; node != this; node = static_cast<CEVemBaseStmtNode*>(node->Previous))

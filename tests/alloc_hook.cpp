@@ -1,5 +1,7 @@
 #include "alloc_hook.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <new>
 
@@ -9,6 +11,8 @@ bool g_watching = false;
 long g_live = 0;
 long g_made = 0;
 long g_failAt = -1;
+long g_liveBytes = 0;
+long g_peakBytes = 0;
 
 void* Allocate(std::size_t size) {
     if (g_watching) {
@@ -21,12 +25,19 @@ void* Allocate(std::size_t size) {
     }
     void* p = std::malloc(size ? size : 1);
     if (!p) throw std::bad_alloc();
+    if (g_watching) {
+        g_liveBytes += static_cast<long>(malloc_usable_size(p));
+        if (g_liveBytes > g_peakBytes) g_peakBytes = g_liveBytes;
+    }
     return p;
 }
 
 void Release(void* p) {
     if (!p) return;
-    if (g_watching) --g_live;
+    if (g_watching) {
+        --g_live;
+        g_liveBytes -= static_cast<long>(malloc_usable_size(p));
+    }
     std::free(p);
 }
 
@@ -45,6 +56,8 @@ AllocationWatch::AllocationWatch() {
     g_live = 0;
     g_made = 0;
     g_failAt = -1;
+    g_liveBytes = 0;
+    g_peakBytes = 0;
     g_watching = true;
 }
 
@@ -56,6 +69,8 @@ AllocationWatch::~AllocationWatch() {
 long AllocationWatch::Live() const { return g_live; }
 
 long AllocationWatch::Made() const { return g_made; }
+
+long AllocationWatch::PeakBytes() const { return g_peakBytes; }
 
 void AllocationWatch::FailAfter(long count) { g_failAt = count < 0 ? -1 : g_made + count; }
 

@@ -14,6 +14,8 @@ public:
     // The one allocation after `count` more throws std::bad_alloc; -1 switches it off.
     void FailAfter(long count);
     long Made() const;
+    // Most bytes held at once by allocations made while watching.
+    long PeakBytes() const;
 };
 
 // Allocations made while it lives are not watched (the tests' own bookkeeping).

@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Builds the fuzz harnesses with clang (libFuzzer, AddressSanitizer, UndefinedBehaviorSanitizer) and
+# runs them one after the other, each on its seed corpus and a working corpus of its own.
+#
+#   scripts/fuzz.sh [-t seconds] [-r runs] [-f] [harness ...]
+#
+# -t caps the time of each harness (default 60), -r its executions (default: no cap). Without names
+# all harnesses run. New inputs go to build-fuzz/corpus/<harness>, or with -f (fresh, as in CI) to
+# a scratch corpus that starts from the seeds alone; findings go to build-fuzz/findings.
+# libFuzzer's summary of each run (executions, time, peak RSS) is printed at the end.
+set -euo pipefail
+# The harnesses work in a scratch directory of their own, so every path given to them is absolute.
+cd "$(dirname "$0")/.."
+
+seconds=60
+runs=-1
+fresh=0
+while getopts "t:r:f" opt; do
+    case $opt in
+        t) seconds=$OPTARG ;;
+        r) runs=$OPTARG ;;
+        f) fresh=1 ;;
+        *) exit 2 ;;
+    esac
+done
+shift $((OPTIND - 1))
+
+build=$PWD/build-fuzz
+CC=clang CXX=clang++ cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEM_BUILD_FUZZ=ON \
+    -DVEM_BUILD_TESTS=OFF -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF > /dev/null
+ninja -C $build -j2 > /dev/null
+
+all=(node_file task_file bytearray segtbl code_chain hfile_open hfile_edit inifile)
+harnesses=("${@:-${all[@]}}")
+
+# Longest input of each harness: whole node files stay small enough to run fast.
+max_len() {
+    case $1 in
+        hfile_open | hfile_edit | inifile) echo 16384 ;;
+        *) echo 65536 ;;
+    esac
+}
+dict() {
+    case $1 in
+        hfile_open | hfile_edit) echo $PWD/fuzz/hfile.dict ;;
+        inifile) echo $PWD/fuzz/ini.dict ;;
+        *) echo $PWD/fuzz/node.dict ;;
+    esac
+}
+
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+mkdir -p $build/findings
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+summary=()
+status=0
+for name in "${harnesses[@]}"; do
+    corpus=$build/corpus/$name
+    if [ $fresh = 1 ]; then corpus=$scratch/$name; fi
+    mkdir -p "$corpus"
+    log=$build/findings/$name.log
+    echo "== $name: up to ${seconds}s, runs $runs"
+    if ! $build/fuzz/${name}_fuzzer "$corpus" $build/fuzz/seeds/$name -dict="$(dict $name)" \
+        -max_len="$(max_len $name)" -max_total_time="$seconds" -runs="$runs" -rss_limit_mb=1024 \
+        -malloc_limit_mb=256 -timeout=10 -print_final_stats=1 -artifact_prefix=$build/findings/$name- \
+        > "$log" 2>&1; then
+        status=1
+        echo "!! $name failed; see $log"
+        tail -n 40 "$log"
+    fi
+    execs=$(grep -o 'stat::number_of_executed_units: *[0-9]*' "$log" | grep -o '[0-9]*$' || echo '?')
+    rss=$(grep -o 'stat::peak_rss_mb: *[0-9]*' "$log" | grep -o '[0-9]*$' || echo '?')
+    secs=$(grep -o 'Done [0-9]* runs in [0-9]* second' "$log" | grep -o 'in [0-9]*' | grep -o '[0-9]*' || echo "$seconds")
+    summary+=("$(printf '%-12s %10s execs %6ss %6s MB' "$name" "$execs" "$secs" "$rss")")
+done
+printf '%s\n' "${summary[@]}"
+exit $status
