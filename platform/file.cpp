@@ -209,6 +209,7 @@ bool CFile::GetStatus(const char* fileName, CFileStatus& status) {
     status.m_mtime = st.st_mtime;
     status.m_size = static_cast<u64>(st.st_size);
     status.m_isDirectory = S_ISDIR(st.st_mode);
+    status.m_isRegular = S_ISREG(st.st_mode);
     return true;
 }
 

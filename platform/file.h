@@ -12,6 +12,7 @@ struct CFileStatus {
     std::time_t m_mtime = 0;  // last modification, seconds since the epoch
     u64 m_size = 0;
     bool m_isDirectory = false;
+    bool m_isRegular = false;  // a plain file: no directory, device or pipe
 };
 
 class VEM_API CFile : public CObject {

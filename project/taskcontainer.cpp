@@ -50,6 +50,10 @@ VemTaskFileScope::~VemTaskFileScope() {
 }
 
 CVemBaseNode* VemReadTaskFile(const CString& path, int depth) {
+    // A name of a pipe or a device would block the load or read without end: such a file is no
+    // task file.
+    CFileStatus status;
+    if (!CFile::GetStatus(path, status) || !status.m_isRegular) return nullptr;
     CFile file;
     if (!file.Open(path, CFile::modeRead | CFile::typeBinary)) return nullptr;
     std::unique_ptr<CObject> object;

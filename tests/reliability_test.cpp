@@ -2,6 +2,7 @@
 // holds more than the input can carry, and what it writes never destroys the file it replaces.
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -240,6 +241,18 @@ TEST(Reliability, ATaskFileIsReadOnceInALoad) {
         EXPECT_EQ(VemGetChildList(VemGetFirstNodeOfType(loaded, kVemTaskContainerNode))->GetCount(), 1);
         VemDeleteNode(loaded);
     }
+}
+
+// A pipe named as a task file would block the load until someone writes to it: it ends the reading
+// like a missing file.
+TEST(Reliability, APipeNamedAsATaskFileIsNoTaskFile) {
+    TempDir dir;
+    ASSERT_EQ(::mkfifo(dir.file("pipe.tsk").c_str(), 0600), 0);
+    WriteContainerFile(dir.file("pipe.vem"), {{"T", dir.file("pipe.tsk")}});
+    CVemBaseNode* loaded = VemLoadNode(dir.file("pipe.vem").c_str());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(VemGetChildList(VemGetFirstNodeOfType(loaded, kVemTaskContainerNode))->GetCount(), 0);
+    VemDeleteNode(loaded);
 }
 
 // Each task file's archive counted its own depth: sixteen files, each nesting 400 deep, drove the
