@@ -109,12 +109,6 @@ TEST_F(EVemTest, LineMapsAddToWhatTheCallerHad) {
     EXPECT_EQ(Entries(map), (Lines{"6=24", "99=7", "5=20"}));
 }
 
-TEST_F(EVemTest, LineMapsOfAnEmptyChainAreEmpty) {
-    TreePtr exe = MakeExe();
-    AddUnit(exe.get(), kPath);
-    EXPECT_TRUE(OffsetMap(exe.get(), kPath).empty());
-}
-
 TEST_F(EVemTest, LineMapsFindTheUnitByItsExactPath) {
     TreePtr exe = MakeExe();
     AddUnit(exe.get(), "C:\\PRJ\\OTHER.POU");
@@ -131,11 +125,14 @@ TEST_F(EVemTest, LineMapsFindTheUnitByItsExactPath) {
     EXPECT_TRUE(statements.IsEmpty());
 }
 
-TEST_F(EVemTest, LineMapsOfAnExecutableWithoutUnitsFindNothing) {
+// An executable without units finds nothing; a unit with an empty chain gives an empty map.
+TEST_F(EVemTest, LineMapsOfAnExecutableWithoutUnitsOrStatements) {
     TreePtr exe = MakeExe();
     CMapStringToString map;
     EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &map), 0);
     EXPECT_TRUE(map.IsEmpty());
+    AddUnit(exe.get(), kPath);
+    EXPECT_TRUE(OffsetMap(exe.get(), kPath).empty());
 }
 
 TEST_F(EVemTest, LineMapsAskedOfAnotherNodeShowOneMessage) {

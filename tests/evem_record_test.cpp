@@ -77,6 +77,34 @@ Bytes& OldHead(Bytes& b, unsigned type, unsigned line, unsigned nextType) {
     return b.u16_(3).u16_(type).u16_(2).u16_(line).u16_(nextType);
 }
 
+// The record of a code node with path "U" and no statements.
+std::vector<u8> EmptyCodeNodeRecord() { return Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v; }
+
+// An older record of NOT with an LD v nested inside it, within a code node.
+std::vector<u8> OlderNestedCodeNode() {
+    Bytes nested;
+    OldHead(nested, 38, 1, 8);
+    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
+    nested.u16_(0x20);
+    return CodeNodeAround(Bytes().u16_(38).raw(nested.v).v);
+}
+
+// Head of an object: new class, schema 5, class name.
+Bytes ObjectHead(const std::string& name) {
+    Bytes b;
+    b.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
+    for (char ch : name) b.u8_(static_cast<u8>(ch));
+    return b;
+}
+
+std::vector<u8> WriteObject(CEVemBaseNode* node) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    EXPECT_EQ(EVemWriteObject(node, ar), 1);
+    ar.Close();
+    return file.Data();
+}
+
 std::string UcodeLine(CEVemBaseNode* s) {
     const std::string dump = DumpText(s, "");
     const auto at = dump.find("UCODE Offset = ");
@@ -85,12 +113,8 @@ std::string UcodeLine(CEVemBaseNode* s) {
 
 }  // namespace
 
-TEST_F(EVemTest, CodeNodeRecordIsTheExampleByteForByte) {
-    NodePtr code = ExampleCodeNode();
-    EXPECT_EQ(StoreRecord(code.get()), ExampleCodeNodeRecord());
-}
-
-TEST_F(EVemTest, CodeNodeRecordLoadsBackWithItsChain) {
+TEST_F(EVemTest, CodeNodeRecordIsTheExampleAndLoadsBackWithItsChain) {
+    EXPECT_EQ(StoreRecord(ExampleCodeNode().get()), ExampleCodeNodeRecord());
     NodePtr code = LoadRecord(ExampleCodeNodeRecord(), kEVemPouCodeNode);
     EXPECT_EQ(EVemGetName(code.get()), "");  // the unit's name is not stored
     EXPECT_EQ(EVemGetPathName(code.get()), "U");
@@ -110,9 +134,8 @@ TEST_F(EVemTest, CodeNodeRecordLoadsBackWithItsChain) {
 
 TEST_F(EVemTest, EmptyChainIsOnlyTheTerminator) {
     NodePtr code = Create(kEVemPouCodeNode, "U");
-    const std::vector<u8> record = StoreRecord(code.get());
-    EXPECT_EQ(record, (Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v));
-    EXPECT_EQ(EVemGetStatementNode(LoadRecord(record, kEVemPouCodeNode).get()), nullptr);
+    EXPECT_EQ(StoreRecord(code.get()), EmptyCodeNodeRecord());
+    EXPECT_EQ(EVemGetStatementNode(LoadRecord(EmptyCodeNodeRecord(), kEVemPouCodeNode).get()), nullptr);
 }
 
 TEST_F(EVemTest, StoreAndLoadKeepTheChainInOrder) {
@@ -324,13 +347,8 @@ TEST_F(EVemTest, UnknownStatementKindInARecordRaisesTheUserException) {
 
 TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
     const long live = CEVemBaseNode::LiveCount();
-    Bytes nested;
-    OldHead(nested, 38, 1, 8);
-    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
-    nested.u16_(0x20);
-    const std::vector<u8> older = CodeNodeAround(Bytes().u16_(38).raw(nested.v).v);
     for (const std::vector<u8>& whole : {ListRecord({ExampleCodeNodeRecord(), ExampleCodeNodeRecord()}),
-                                        ListRecord({older})}) {
+                                        ListRecord({OlderNestedCodeNode()})}) {
         for (std::size_t length = 0; length < whole.size(); ++length) {
             const std::vector<u8> cut(whole.begin(), whole.begin() + static_cast<long>(length));
             vemtest::AllocationWatch watch;
@@ -349,12 +367,7 @@ TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
 }
 
 TEST_F(EVemTest, MemoryShortageAnywhereInALoadLeavesNothing) {
-    Bytes nested;
-    OldHead(nested, 38, 1, 8);
-    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
-    nested.u16_(0x20);
-    const std::vector<u8> bytes =
-        ListRecord({ExampleCodeNodeRecord(), CodeNodeAround(Bytes().u16_(38).raw(nested.v).v)});
+    const std::vector<u8> bytes = ListRecord({ExampleCodeNodeRecord(), OlderNestedCodeNode()});
     for (long k = 0;; ++k) {
         vemtest::AllocationWatch watch;
         watch.FailAfter(k);
@@ -399,8 +412,7 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
         EVemSerializeRootList(ar, list);
         ar.Close();
     }
-    const std::vector<u8> empty = Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v;
-    EXPECT_EQ(file.Data(), ListRecord({ExampleCodeNodeRecord(), empty}));
+    EXPECT_EQ(file.Data(), ListRecord({ExampleCodeNodeRecord(), EmptyCodeNodeRecord()}));
     EVemDeleteRootList(list);
     LoadList(file.Data(), list);
     ASSERT_EQ(list.GetCount(), 2);
@@ -412,21 +424,9 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
 }
 
 TEST_F(EVemTest, ObjectFormHoldsTheClassNameAndSchemaFive) {
-    NodePtr code = ExampleCodeNode();
-    CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        EXPECT_EQ(EVemWriteObject(code.get(), ar), 1);
-        ar.Close();
-    }
-    const std::string name = "CEVemPouCodeNode";
-    Bytes expected;
-    expected.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));  // new class, schema, name
-    for (char ch : name) expected.u8_(static_cast<u8>(ch));
-    expected.raw(ExampleCodeNodeRecord());
-    EXPECT_EQ(file.Data(), expected.v);
-
-    CMemFile in(file.Data());
+    const std::vector<u8> object = WriteObject(ExampleCodeNode().get());
+    EXPECT_EQ(object, ObjectHead("CEVemPouCodeNode").raw(ExampleCodeNodeRecord()).v);
+    CMemFile in(object);
     CArchive ar(&in, CArchive::load);
     NodePtr loaded(EVemReadObject(ar));
     ASSERT_NE(loaded, nullptr);
@@ -438,11 +438,7 @@ TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
     NodePtr code = ExampleCodeNode();
     for (i32 setting : {0, 2, -1}) {
         LurSetEvemEnabled(setting);
-        CMemFile file;
-        CArchive out(&file, CArchive::store);
-        EXPECT_EQ(EVemWriteObject(code.get(), out), 1) << setting;
-        out.Close();
-        EXPECT_TRUE(file.Data().empty()) << setting;
+        EXPECT_TRUE(WriteObject(code.get()).empty()) << setting;
         CMemFile in(std::vector<u8>{0xFF, 0xFF});
         CArchive ar(&in, CArchive::load);
         EXPECT_EQ(EVemReadObject(ar), nullptr) << setting;
@@ -452,22 +448,10 @@ TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
 
 TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
     const long live = CEVemBaseNode::LiveCount();
-    Bytes other;
-    const std::string name = "CObList";
-    other.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
-    for (char ch : name) other.u8_(static_cast<u8>(ch));
-    other.u16_(0);
-    CMemFile in(other.v);
+    CMemFile in(ObjectHead("CObList").u16_(0).v);
     CArchive ar(&in, CArchive::load);
     EXPECT_EQ(EVemReadObject(ar), nullptr);
-
-    NodePtr code = ExampleCodeNode();
-    CMemFile file;
-    CArchive out(&file, CArchive::store);
-    EVemWriteObject(code.get(), out);
-    out.Close();
-    const std::vector<u8> whole = file.Data();
-    code.reset();
+    const std::vector<u8> whole = WriteObject(ExampleCodeNode().get());
     for (std::size_t length = 0; length < whole.size(); ++length) {
         CMemFile cut(std::vector<u8>(whole.begin(), whole.begin() + static_cast<long>(length)));
         CArchive cutAr(&cut, CArchive::load);
@@ -478,12 +462,9 @@ TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
 
 TEST_F(EVemTest, ObjectWithAnUnknownStatementKindPassesTheUserExceptionOn) {
     const long live = CEVemBaseNode::LiveCount();
-    const std::string name = "CEVemPouCodeNode";
-    Bytes object;
-    object.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
-    for (char ch : name) object.u8_(static_cast<u8>(ch));
-    object.raw(CodeNodeAround(Bytes().u16_(131).u16_(3).u16_(131).u16_(3).u16_(0).u16_(0).v));
-    CMemFile in(object.v);
+    CMemFile in(ObjectHead("CEVemPouCodeNode")
+                    .raw(CodeNodeAround(Bytes().u16_(131).u16_(3).u16_(131).u16_(3).u16_(0).u16_(0).v))
+                    .v);
     CArchive ar(&in, CArchive::load);
     EXPECT_THROW(EVemReadObject(ar), CUserException);
     EXPECT_EQ(CEVemBaseNode::LiveCount(), live);

@@ -12,46 +12,42 @@ protected:
     CString ValueIn(const std::string& text, const char* key) {
         CHFile file;
         EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        CString value = file.GetValue(key);
-        file.Close();
-        return value;
+        return file.GetValue(key);
     }
 };
 
-TEST_F(HFileKeys, ValueOfKeyWhateverTheCase) {
-    EXPECT_EQ(ValueIn(Block({"CHECK = 123"}) + kBody, "CHECK"), "123");
-    EXPECT_EQ(ValueIn(Block({"CHECK = 123"}) + kBody, "check"), "123");
-    EXPECT_EQ(ValueIn(Block({"check = 123"}) + kBody, "CHECK"), "123");
-    EXPECT_EQ(ValueIn(Block({"Check = MixedValue"}) + kBody, "cHECK"), "MixedValue");
-}
-
-TEST_F(HFileKeys, KeyOnlyAtLineStartAfterBlanks) {
-    EXPECT_EQ(ValueIn(Block({"NOTE CHECK = 1"}) + kBody, "CHECK"), "");
-    EXPECT_EQ(ValueIn(Block({"NOTE = text CHECK = 1", "CHECK = 2"}) + kBody, "CHECK"), "2");
-    EXPECT_EQ(ValueIn(Block({" \t CHECK = 5"}) + kBody, "CHECK"), "5");
-    // Part of a longer key is no match either.
-    EXPECT_EQ(ValueIn(Block({"XCHECK = 1"}) + kBody, "CHECK"), "");
-}
-
-TEST_F(HFileKeys, ContinuationLinesJoinWithLineEnds) {
-    EXPECT_EQ(ValueIn(Block({"KEY = A", "B"}) + kBody, "KEY"), "A\r\nB");
-    EXPECT_EQ(ValueIn(Block({"KEY = A", "B", "C", "NEXT = D"}) + kBody, "KEY"), "A\r\nB\r\nC");
-    EXPECT_EQ(ValueIn(Block({"KEY = A", "NEXT = D", "E"}) + kBody, "NEXT"), "D\r\nE");
-    // An end marker behind blanks still ends the value.
-    EXPECT_EQ(ValueIn(kBegin + "KEY = A\r\n  " + kEnd + kBody, "KEY"), "A");
-}
-
-TEST_F(HFileKeys, EmptyOrMissingGivesEmptyText) {
-    EXPECT_EQ(ValueIn(Block({"KEY = "}) + kBody, "KEY"), "");
-    EXPECT_EQ(ValueIn(Block({"KEY = 1"}) + kBody, "OTHER"), "");
-    EXPECT_EQ(ValueIn(kBody, "KEY"), "");
-    EXPECT_EQ(ValueIn("", "KEY"), "");
-    // Behind the end marker a key line does not count.
-    EXPECT_EQ(ValueIn(Block({"A = 1"}) + "CHECK = 9\r\n" + kBody, "CHECK"), "");
-    // A begin marker alone is a header without an end.
-    EXPECT_EQ(ValueIn(kBegin + "CHECK = 9\r\n" + kBody, "CHECK"), "");
-    // The value's line has no end.
-    EXPECT_EQ(ValueIn(kBegin + "CHECK = 9", "CHECK"), "");
+TEST_F(HFileKeys, ValuesOfKeys) {
+    struct Case {
+        std::string Text;
+        const char* Key;
+        const char* Value;
+    };
+    const Case cases[] = {
+        // The key's case does not matter.
+        {Block({"CHECK = 123"}) + kBody, "CHECK", "123"},
+        {Block({"CHECK = 123"}) + kBody, "check", "123"},
+        {Block({"check = 123"}) + kBody, "CHECK", "123"},
+        {Block({"Check = MixedValue"}) + kBody, "cHECK", "MixedValue"},
+        // A key only at the start of a line, behind blanks; part of a longer key is no match.
+        {Block({"NOTE CHECK = 1"}) + kBody, "CHECK", ""},
+        {Block({"NOTE = text CHECK = 1", "CHECK = 2"}) + kBody, "CHECK", "2"},
+        {Block({" \t CHECK = 5"}) + kBody, "CHECK", "5"},
+        {Block({"XCHECK = 1"}) + kBody, "CHECK", ""},
+        // Continuation lines join with line ends; an end marker behind blanks still ends the value.
+        {Block({"KEY = A", "B"}) + kBody, "KEY", "A\r\nB"},
+        {Block({"KEY = A", "B", "C", "NEXT = D"}) + kBody, "KEY", "A\r\nB\r\nC"},
+        {Block({"KEY = A", "NEXT = D", "E"}) + kBody, "NEXT", "D\r\nE"},
+        {kBegin + "KEY = A\r\n  " + kEnd + kBody, "KEY", "A"},
+        // Empty or missing values.
+        {Block({"KEY = "}) + kBody, "KEY", ""},
+        {Block({"KEY = 1"}) + kBody, "OTHER", ""},
+        {kBody, "KEY", ""},
+        {"", "KEY", ""},
+        {Block({"A = 1"}) + "CHECK = 9\r\n" + kBody, "CHECK", ""},  // behind the end marker
+        {kBegin + "CHECK = 9\r\n" + kBody, "CHECK", ""},            // a header without an end
+        {kBegin + "CHECK = 9", "CHECK", ""},                          // the value's line has no end
+    };
+    for (const Case& c : cases) EXPECT_EQ(ValueIn(c.Text, c.Key), c.Value) << c.Text << " " << c.Key;
 }
 
 TEST_F(HFileKeys, BlockNeedNotStandAtTheStart) {
@@ -170,21 +166,17 @@ TEST_F(HFileKeys, IteratorWithoutCompleteBlockHasNoKeys) {
 
 class HFileCheckKey : public HFileTest {};
 
+// A block without the key, or no block, gives zero.
 TEST_F(HFileCheckKey, NumberOfTheCheckKey) {
-    u32 value = 5;
-    EXPECT_TRUE(VemReadCheckKey(Put(Block({"CHECK = 123"}) + kBody).c_str(), value));
-    EXPECT_EQ(value, 123u);
-    EXPECT_TRUE(VemReadCheckKey(Put(Block({"CHECK =  -42abc"}) + kBody).c_str(), value));
-    EXPECT_EQ(value, static_cast<u32>(-42));
-}
-
-TEST_F(HFileCheckKey, NoBlockOrNoKeyGivesZero) {
-    u32 value = 5;
-    EXPECT_TRUE(VemReadCheckKey(Put(kBody).c_str(), value));
-    EXPECT_EQ(value, 0u);
-    value = 5;
-    EXPECT_TRUE(VemReadCheckKey(Put(Block({"OTHER = 1"}) + kBody).c_str(), value));
-    EXPECT_EQ(value, 0u);
+    const std::pair<std::string, u32> cases[] = {{Block({"CHECK = 123"}) + kBody, 123u},
+                                                 {Block({"CHECK =  -42abc"}) + kBody, static_cast<u32>(-42)},
+                                                 {kBody, 0u},
+                                                 {Block({"OTHER = 1"}) + kBody, 0u}};
+    for (const auto& [text, expected] : cases) {
+        u32 value = 5;
+        EXPECT_TRUE(VemReadCheckKey(Put(text).c_str(), value));
+        EXPECT_EQ(value, expected) << text;
+    }
 }
 
 TEST_F(HFileCheckKey, UnreadableFileLeavesValue) {
