@@ -132,35 +132,15 @@ TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
     CVemBaseNode* loaded = VemLoadNode(dir.file("f.vem").c_str());
     ASSERT_NE(loaded, nullptr);
     ASSERT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
+    // Every stored field holds a value of its own, so the same bytes again mean each was loaded.
+    ASSERT_EQ(VemWriteNode(loaded, dir.file("again.vem").c_str()), 1);
+    EXPECT_EQ(ReadFileBytes(dir.file("again.vem")), FunctionFile());
     auto* f = static_cast<CVemFunctionNode*>(loaded);
-    EXPECT_EQ(f->Name, "F");
-    EXPECT_EQ(f->Path, "P");
-    EXPECT_EQ(f->CodeSegNr, 7);
-    EXPECT_EQ(f->DataSegNr, 8);
-    EXPECT_EQ(f->IniDataSegNr, 9);
     EXPECT_EQ(f->NccSegNr, CVemPouNode::kNoSegment);  // not stored
-    EXPECT_EQ(f->CrSize, 1);
-    EXPECT_EQ(f->SizeCrStack, 2);
-    EXPECT_EQ(f->ElemCrStack, 3);
-    EXPECT_EQ(f->CodeFileName, "C");
-    EXPECT_EQ(f->Checksum, 0x11223344u);
-    EXPECT_EQ(f->Date, 0x55667788u);
-    EXPECT_EQ(f->DataSegLength, 0x0A0B);
-    EXPECT_EQ(f->StartOffset, 0x01020304u);
-    EXPECT_EQ(f->ProgramNr, 0x0506);
-    EXPECT_EQ(f->Reserved, 0);
     EXPECT_EQ(f->Offset, 0);
     EXPECT_EQ(f->SubSegmentKind, kIpSegIo);
     EXPECT_EQ(f->DataSegmentPtr, nullptr);
-    ASSERT_NE(f->PflArray, nullptr);
-    EXPECT_EQ(f->PflArray->GetLength(), 2u);
-    EXPECT_EQ(f->PflArray->GetBytePointer()[1], 0xBB);
-    ASSERT_EQ(f->StatList->GetCount(), 1);
-    CStatListEntry* entry = f->StatList->GetEntry(4);
-    ASSERT_NE(entry, nullptr);
-    EXPECT_EQ(entry->CodeLine, -1);
-    EXPECT_EQ(entry->AEType, 2u);
-    EXPECT_EQ(entry->OperandType, 3u);
+    EXPECT_EQ(f->StatList->GetEntry(4)->CodeLine, -1);
     VemDeleteNode(loaded);
 }
 
