@@ -38,6 +38,13 @@ CVemBaseNode* InSegment(CVemBaseNode* unit, u16 segment) {
     return unit;
 }
 
+// The node's file, which holds every stored field of the unit and its children.
+std::vector<u8> Written(CVemBaseNode* node) {
+    vemtest::TempDir dir;
+    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
+    return vemtest::ReadFileBytes(dir.file("n.vem"));
+}
+
 struct DebugFlag {
     explicit DebugFlag(int value) { VemSetDebugFlag(value); }
     ~DebugFlag() { VemSetDebugFlag(0); }
@@ -336,22 +343,8 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     CVemBaseNode* clone = VemClone(source);
     auto* c = static_cast<CVemProgramNode*>(clone);
     ASSERT_EQ(clone->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(c->DataSegNr, 1);
-    EXPECT_EQ(c->CodeSegNr, 2);
-    EXPECT_EQ(c->IniDataSegNr, 3);
+    EXPECT_EQ(Written(clone), Written(source));  // every stored field, the list and the children
     EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);  // not copied
-    EXPECT_EQ(c->CrSize, 5);
-    EXPECT_EQ(c->SizeCrStack, 6);
-    EXPECT_EQ(c->ElemCrStack, 7);
-    EXPECT_EQ(c->Checksum, 8u);
-    EXPECT_EQ(c->Date, 9u);
-    EXPECT_EQ(c->DataSegLength, 10);
-    EXPECT_EQ(c->Path, "p.poe");
-    EXPECT_EQ(c->CodeFileName, "p.obj");
-    EXPECT_EQ(c->ProgramNr, 11);
-    EXPECT_EQ(c->StartOffset, 12u);
-    EXPECT_EQ(c->GlobalFlag, 1);
-    EXPECT_EQ(c->Children.GetCount(), 1);
     ASSERT_NE(c->StatList, nullptr);
     EXPECT_NE(c->StatList, p->StatList);
     ASSERT_NE(c->StatList->GetEntry(4), nullptr);
@@ -392,11 +385,10 @@ TEST(UnitsPou, EachKindClonesToItsOwnClass) {
     CVemBaseNode* fbClone = VemClone(fb);
     CVemBaseNode* functionClone = VemClone(function);
     EXPECT_EQ(fbClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFbNode));
-    EXPECT_EQ(static_cast<CVemFbNode*>(fbClone)->Reserved, 3);
-    EXPECT_EQ(static_cast<CVemFbNode*>(fbClone)->Reserved2, 4);
+    EXPECT_EQ(Written(fbClone), Written(fb));  // with the reserved words
     EXPECT_EQ(functionClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
-    EXPECT_EQ(VemGetOffset(functionClone), 5);
+    EXPECT_EQ(Written(functionClone), Written(function));
+    EXPECT_EQ(VemGetOffset(functionClone), 5);  // not stored, but cloned
     EXPECT_EQ(VemGetSubSegmentKind(functionClone), kIpSegData);
-    EXPECT_EQ(static_cast<CVemFunctionNode*>(functionClone)->Reserved, 6);
     for (CVemBaseNode* n : {fb, function, fbClone, functionClone}) VemDeleteNode(n);
 }
