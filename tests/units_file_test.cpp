@@ -144,17 +144,24 @@ TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
     VemDeleteNode(loaded);
 }
 
+// The flag keeps its low byte; an empty list and no arrays come back so.
 TEST(UnitsFile, GlobalFlagKeepsItsLowByte) {
     TempDir dir;
+    CVemByteArray data;
     const std::pair<int, int> cases[] = {{0, 0}, {1, 1}, {256, 0}, {257, 1}, {0x1FF, 0xFF}};
     for (const auto& [set, read] : cases) {
         CVemBaseNode* program = VemNewNode(kVemProgramNode);
         VemSetGlobal(program, set);
+        VemSetDataSegmentPtr(program, &data);
         CVemBaseNode* loaded = StoreAndLoad(program, dir);
         ASSERT_NE(loaded, nullptr);
         EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
         EXPECT_EQ(VemGetGlobal(loaded), read) << set;
         EXPECT_EQ(loaded->GetIconID(), read ? 137u : 118u) << set;
+        EXPECT_EQ(VemGetPflArray(loaded), nullptr);
+        ASSERT_NE(VemGetStatList(loaded), nullptr);
+        EXPECT_EQ(VemGetStatList(loaded)->GetCount(), 0);
+        EXPECT_EQ(VemGetDataSegmentPtr(loaded), nullptr);
         VemDeleteNode(program);
         VemDeleteNode(loaded);
     }
@@ -185,21 +192,6 @@ TEST(UnitsFile, FunctionBlockKeepsItsReservedWordsButNotItsKind) {
     EXPECT_EQ(f->Reserved2, 0x5678);
     EXPECT_EQ(f->GetFbSubSegmentKind(), kIpSegCode);
     VemDeleteNode(fb);
-    VemDeleteNode(loaded);
-}
-
-TEST(UnitsFile, EmptyListAndNoArrayComeBackSo) {
-    TempDir dir;
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    CVemByteArray data;
-    VemSetDataSegmentPtr(program, &data);
-    CVemBaseNode* loaded = StoreAndLoad(program, dir);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetPflArray(loaded), nullptr);
-    ASSERT_NE(VemGetStatList(loaded), nullptr);
-    EXPECT_EQ(VemGetStatList(loaded)->GetCount(), 0);
-    EXPECT_EQ(VemGetDataSegmentPtr(loaded), nullptr);
-    VemDeleteNode(program);
     VemDeleteNode(loaded);
 }
 
