@@ -71,9 +71,8 @@ TEST_F(HFileOpen, HeaderDisplacedWhenMoreThanBlockAndBody) {
         {Block({"A = 1"}), 1},
     };
     for (const auto& [text, displaced] : cases) {
-        CHFile file;
-        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        EXPECT_EQ(file.HeaderDisplaced(), displaced) << text;
+        auto file = Opened(text);
+        EXPECT_EQ(file->HeaderDisplaced(), displaced) << text;
     }
 }
 
@@ -110,15 +109,10 @@ TEST_F(HFileOpen, FailedClose) {
 
 class HFileUnit : public HFileTest {
 protected:
-    std::unique_ptr<CHFile> Open(const std::string& text) {
-        auto file = std::make_unique<CHFile>();
-        EXPECT_EQ(file->OpenRead(Put(text).c_str(), 0), 1);
-        return file;
-    }
-    CString KindOf(const std::string& text) { return Open(text)->GetUnitKind(1); }
-    CString NameOf(const std::string& text) { return Open(text)->GetUnitName(1); }
+    CString KindOf(const std::string& text) { return Opened(text)->GetUnitKind(1); }
+    CString NameOf(const std::string& text) { return Opened(text)->GetUnitName(1); }
     int NameCause(const std::string& text) {
-        return CauseOf([file = Open(text)] { file->GetUnitName(0); });
+        return CauseOf([file = Opened(text)] { file->GetUnitName(0); });
     }
 };
 
@@ -127,7 +121,7 @@ TEST_F(HFileUnit, KindIsTheFirstWord) {
     EXPECT_EQ(KindOf("FUNCTION_BLOCK fb\r\nFUNCTION f : INT\r\n"), "FUNCTION_BLOCK");
     EXPECT_EQ(KindOf("function f : INT\r\n"), "FUNCTION");
     EXPECT_EQ(KindOf("TYPE t : INT; END_TYPE\r\n"), "");
-    EXPECT_EQ(CauseOf([file = Open("")] { file->GetUnitKind(0); }), CFileException::genericException);
+    EXPECT_EQ(CauseOf([file = Opened("")] { file->GetUnitKind(0); }), CFileException::genericException);
 }
 
 TEST_F(HFileUnit, NameOfEachKind) {
@@ -153,10 +147,9 @@ TEST_F(HFileUnit, NameFailures) {
 TEST_F(HFileUnit, KeywordCountsFromOffsetZero) {
     // The word PROGRAM in a value of the block starts the body.
     const std::string text = Block({"NAME = PROGRAM x"}) + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.FindKeyword(), static_cast<i64>(kBegin.size() + 7));
-    EXPECT_EQ(file.GetLength(), text.size() - kBegin.size() - 7);
+    auto file = Opened(text);
+    EXPECT_EQ(file->FindKeyword(), static_cast<i64>(kBegin.size() + 7));
+    EXPECT_EQ(file->GetLength(), text.size() - kBegin.size() - 7);
 }
 
 class HFileBody : public HFileTest {
@@ -171,21 +164,19 @@ protected:
 
 TEST_F(HFileBody, LengthAndReadSkipTheBlock) {
     const std::string text = Block({"A = 1"}) + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.GetLength(), kBody.size());
-    EXPECT_EQ(ReadAll(file, 5), kBody);
-    EXPECT_EQ(file.BodyPosition(), static_cast<i64>(text.size()));
-    EXPECT_EQ(file.GetPosition(), 0u);
+    auto file = Opened(text);
+    EXPECT_EQ(file->GetLength(), kBody.size());
+    EXPECT_EQ(ReadAll(*file, 5), kBody);
+    EXPECT_EQ(file->BodyPosition(), static_cast<i64>(text.size()));
+    EXPECT_EQ(file->GetPosition(), 0u);
 }
 
 TEST_F(HFileBody, WithoutBlockLengthFromKeyword) {
     const std::string text = "(* c *)\r\n" + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.GetValue("A"), "");
-    EXPECT_EQ(file.GetLength(), kBody.size());
-    EXPECT_EQ(ReadAll(file, 1000), kBody);
+    auto file = Opened(text);
+    EXPECT_EQ(file->GetValue("A"), "");
+    EXPECT_EQ(file->GetLength(), kBody.size());
+    EXPECT_EQ(ReadAll(*file, 1000), kBody);
 }
 
 TEST_F(HFileBody, NoBodyMeansNoLengthAndBadSeek) {
@@ -210,10 +201,9 @@ TEST_F(HFileBody, NoBodyMeansNoLengthAndBadSeek) {
 
 TEST_F(HFileBody, TypeFileBodyStartsAtSection) {
     const std::string text = Block({"A = [1]"}) + "(* t *)\r\n[TYPES]\r\nX=1\r\n";
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text, "types.TYP").c_str(), 0), 1);
-    EXPECT_EQ(file.GetLength(), 14u);
-    EXPECT_EQ(ReadAll(file, 3), "[TYPES]\r\nX=1\r\n");
+    auto file = Opened(text, "types.TYP");
+    EXPECT_EQ(file->GetLength(), 14u);
+    EXPECT_EQ(ReadAll(*file, 3), "[TYPES]\r\nX=1\r\n");
 }
 
 TEST_F(HFileBody, WriteOnlyOncePerOpening) {

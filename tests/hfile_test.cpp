@@ -9,11 +9,7 @@ const std::string kBody = "PROGRAM main\r\nVAR x : INT; END_VAR\r\nEND_PROGRAM\r
 
 class HFileKeys : public HFileTest {
 protected:
-    CString ValueIn(const std::string& text, const char* key) {
-        CHFile file;
-        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        return file.GetValue(key);
-    }
+    CString ValueIn(const std::string& text, const char* key) { return Opened(text)->GetValue(key); }
 };
 
 TEST_F(HFileKeys, ValuesOfKeys) {
@@ -53,11 +49,10 @@ TEST_F(HFileKeys, ValuesOfKeys) {
 TEST_F(HFileKeys, BlockNeedNotStandAtTheStart) {
     const std::string text = "(* leading comment *)\r\n" + Block({"CHECK = 77"}) + kBody;
     EXPECT_EQ(ValueIn(text, "CHECK"), "77");
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.HasHeader(), 1);
-    EXPECT_EQ(file.HeaderDisplaced(), 1);
-    EXPECT_EQ(file.FindBegin(), 23);
+    auto file = Opened(text);
+    EXPECT_EQ(file->HasHeader(), 1);
+    EXPECT_EQ(file->HeaderDisplaced(), 1);
+    EXPECT_EQ(file->FindBegin(), 23);
 }
 
 TEST_F(HFileKeys, ZeroByteEndsTheTextOfItsBlock) {
@@ -117,48 +112,44 @@ TEST_F(HFileKeys, LineStartSeenAcrossBorders) {
 }
 
 TEST_F(HFileKeys, ScannerFindsEarliestAndPrefersEarlierNeedle) {
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put("abc FUNCTION_BLOCK x FUNCTION y").c_str(), 0), 1);
+    auto file = Opened("abc FUNCTION_BLOCK x FUNCTION y");
     const std::string_view needles[] = {"function", "FUNCTION_BLOCK", "x"};
     CHFileMatch match;
-    EXPECT_EQ(file.FindFirst(0, needles, false, CHFile::kNoLimit, match), 1);
+    EXPECT_EQ(file->FindFirst(0, needles, false, CHFile::kNoLimit, match), 1);
     EXPECT_EQ(match.found, 1);
     EXPECT_EQ(match.position, 4);
     EXPECT_EQ(match.index, 0);
-    EXPECT_EQ(file.FindFirst(5, needles, false, CHFile::kNoLimit, match), 1);
+    EXPECT_EQ(file->FindFirst(5, needles, false, CHFile::kNoLimit, match), 1);
     EXPECT_EQ(match.position, 19);
     EXPECT_EQ(match.index, 2);
     // A match above the limit is none.
-    EXPECT_EQ(file.FindFirst(0, needles, false, 3, match), 1);
+    EXPECT_EQ(file->FindFirst(0, needles, false, 3, match), 1);
     EXPECT_EQ(match.found, 0);
     EXPECT_EQ(match.position, -1);
     EXPECT_EQ(match.index, -1);
 }
 
 TEST_F(HFileKeys, LineAndEqualsDistances) {
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put("AB = C\r\nlast").c_str(), 0), 1);
-    EXPECT_EQ(file.LineLength(0), 6);
-    EXPECT_EQ(file.DistanceToEquals(0), 2);
-    EXPECT_EQ(file.LineLength(8), -1);
-    EXPECT_EQ(file.DistanceToEquals(3), -1);
-    EXPECT_EQ(file.DistanceToEquals(0, 1), -1);
+    auto file = Opened("AB = C\r\nlast");
+    EXPECT_EQ(file->LineLength(0), 6);
+    EXPECT_EQ(file->DistanceToEquals(0), 2);
+    EXPECT_EQ(file->LineLength(8), -1);
+    EXPECT_EQ(file->DistanceToEquals(3), -1);
+    EXPECT_EQ(file->DistanceToEquals(0, 1), -1);
 }
 
 TEST_F(HFileKeys, IteratorGoesThroughKeysInFileOrder) {
     const std::string text = Block({"A = 1", "continued", "", "  B  = 2", "C = 3"}) + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    auto file = Opened(text);
     std::vector<std::string> keys;
-    for (CHFileKeyIterator it(&file); it.IsValid(); it.Next()) keys.push_back(it.GetKey().str());
+    for (CHFileKeyIterator it(file.get()); it.IsValid(); it.Next()) keys.push_back(it.GetKey().str());
     EXPECT_EQ(keys, (std::vector<std::string>{"A", "B", "C"}));
 }
 
 TEST_F(HFileKeys, IteratorWithoutCompleteBlockHasNoKeys) {
     for (const std::string& text : {kBody, kBegin + "A = 1\r\n" + kBody, Block({}) + kBody}) {
-        CHFile file;
-        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        CHFileKeyIterator it(&file);
+        auto file = Opened(text);
+        CHFileKeyIterator it(file.get());
         EXPECT_EQ(it.IsValid(), 0);
         EXPECT_EQ(it.GetKey(), "");
     }
