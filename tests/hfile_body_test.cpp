@@ -186,12 +186,11 @@ TEST_F(HFileBody, NoBodyMeansNoLengthAndBadSeek) {
                                                          {"TYPE t : INT;\r\n", "unit.st"},
                                                          {kBegin + "A = 1\r\n[TYPES]\r\n", "t.typ"}};
     for (const auto& [text, name] : cases) {
-        CHFile file;
-        ASSERT_EQ(file.OpenRead(Put(text, name).c_str(), 0), 1);
-        EXPECT_EQ(file.GetLength(), CHFile::kNoBody) << text;
+        auto file = Opened(text, name);
+        EXPECT_EQ(file->GetLength(), CHFile::kNoBody) << text;
         char c = 0;
-        EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek) << text;
-        EXPECT_EQ(file.ReadChecked(&c, 1), -1) << text;
+        EXPECT_EQ(CauseOf([&] { file->Read(&c, 1); }), CFileException::badSeek) << text;
+        EXPECT_EQ(file->ReadChecked(&c, 1), -1) << text;
     }
     CHFile file;  // nor can a file opened for creating be read
     ASSERT_EQ(file.OpenCreate(dir_.file("n.st").c_str(), 0), 1);

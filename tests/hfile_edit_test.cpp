@@ -140,10 +140,7 @@ TEST_F(HFileEdit, ReplaceTextOnlyTheFirstMatchAndRefusals) {
         EXPECT_EQ(f.ReplaceText("absent text", "x"), 0);
         EXPECT_EQ(f.GetPosition(), 0u);
     }) == text);
-    const std::string path = Put(text);
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
-    EXPECT_EQ(file.ReplaceText("CHECK", "x"), 0);
+    EXPECT_EQ(Opened(text)->ReplaceText("CHECK", "x"), 0);  // a file open for reading only
 }
 
 TEST_F(HFileEdit, SetUnitNameKeepsFunctionReturnType) {
