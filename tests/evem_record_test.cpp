@@ -277,12 +277,10 @@ TEST_F(EVemTest, OlderRecordWithANestedChainLoadsAsAChain) {
     // Storing writes the current form, which loads to the same chain.
     NodePtr again = LoadRecord(StoreRecord(code.get()), kEVemPouCodeNode);
     EXPECT_EQ(ChainTypes(EVemGetStatementNode(again.get())), (std::vector<int>{8, 38, 10}));
-}
-
-TEST_F(EVemTest, OlderRecordWithoutANextIsASingleStatement) {
-    Bytes s;
-    OldHead(s, 38, 7, 0).u16_(0x11);
-    NodePtr single = LoadRecord(s.v, kEVemNotStmtNode);
+    // An older record without a next is a single statement.
+    Bytes one;
+    OldHead(one, 38, 7, 0).u16_(0x11);
+    NodePtr single = LoadRecord(one.v, kEVemNotStmtNode);
     EXPECT_EQ(EVemGetNext(single.get()), nullptr);
     EXPECT_EQ(EVemGetAwlLine(single.get()), 7);
     EXPECT_EQ(UcodeLine(single.get()), "UCODE Offset = 17");
