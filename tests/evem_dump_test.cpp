@@ -71,9 +71,10 @@ TEST_F(EVemTest, KindsZeroAndOneDumpWithTheirTrailingBlank) {
 }
 
 TEST_F(EVemTest, EveryKindDumpsItsOwnName) {
-    const std::pair<tEVemNodeType, const char*> kinds[] = {{kEVemLdConstStmtNode, "kEVemLdConstStmtNode"},
-                                                           {kEVemParXornIndexedVarStmtNode, "kEVemParXornIndexedVarStmtNode"},
-                                                           {kEVemIndexedRefStmtNode, "kEVemIndexedRefStmtNode"}};
+    const std::pair<tEVemNodeType, const char*> kinds[] = {
+        {kEVemLdConstStmtNode, "kEVemLdConstStmtNode"},
+        {kEVemParXornIndexedVarStmtNode, "kEVemParXornIndexedVarStmtNode"},
+        {kEVemIndexedRefStmtNode, "kEVemIndexedRefStmtNode"}};
     for (const auto& [kind, name] : kinds)
         EXPECT_EQ(DumpText(Create(kind).get(), "").substr(0, Head("", name).size()), Head("", name));
 }

@@ -188,7 +188,7 @@ TEST(VariablesInstance, NewInstance) {
     EXPECT_EQ(direct.Size, 4);
 }
 
-TEST(VariablesInstance, PredefinedIsNotStored) {
+TEST(VariablesInstance, PredefinedIsNotStoredButCloned) {
     TempDir dir;
     CVemBaseNode* i = NewInstance("I", "TON");
     VemSetPredefinedFlag(i, 1);
@@ -200,14 +200,8 @@ TEST(VariablesInstance, PredefinedIsNotStored) {
     EXPECT_EQ(VemIsPredefined(loaded), 0);
     EXPECT_EQ(VemGetTypeName(loaded), "TON");
     EXPECT_EQ(VemGetSize(loaded), 4);
-    VemDeleteNode(i);
     VemDeleteNode(loaded);
-}
-
-// Chosen behaviour: a clone stands for the same function block and keeps the flag.
-TEST(VariablesInstance, CloneKeepsPredefined) {
-    CVemBaseNode* i = NewInstance("I", "TON");
-    VemSetPredefinedFlag(i, 1);
+    // Chosen behaviour: a clone stands for the same function block and keeps the flag.
     CVemBaseNode* c = VemClone(i);
     EXPECT_EQ(c->GetRuntimeClass(), RUNTIME_CLASS(CVemFbInstanceNode));
     EXPECT_EQ(VemIsPredefined(c), 1);
@@ -264,8 +258,8 @@ TEST(VariablesInstance, FindsNothingOutsideATask) {
 // Chosen behaviour: a task with no node two levels above it has no global level to search.
 TEST(VariablesInstance, TaskWithoutTwoLevelsAboveFindsOnlyItsOwn) {
     CVemBaseNode* instance = NewInstance("A", "T");
-    CVemBaseNode* parent = With(NewBase("P"), {With(NewTask("T1"), {instance}),
-                                               With(NewBase("Global - Resource"), {With(NewTask("G"), {NewFb("A : T")})})});
+    CVemBaseNode* global = With(NewBase("Global - Resource"), {With(NewTask("G"), {NewFb("A : T")})});
+    CVemBaseNode* parent = With(NewBase("P"), {With(NewTask("T1"), {instance}), global});
     EXPECT_EQ(VemGetReferenceNode(instance), nullptr);
     VemDeleteNode(parent);
 }
