@@ -71,10 +71,7 @@ TEST(UnitsStatList, CloneCopiesEveryEntryWithItsTexts) {
     CStatListEntry* c = copy->GetEntry(9);
     ASSERT_NE(c, nullptr);
     EXPECT_NE(c, a);
-    EXPECT_EQ(c->AwlLine, 9);
-    EXPECT_EQ(c->CodeLine, -5);
-    EXPECT_EQ(c->AEType, 6u);
-    EXPECT_EQ(c->OperandType, 7u);
+    EXPECT_EQ(Store(*copy), Store(list));  // the stored fields of every entry
     EXPECT_EQ(c->Text1, "one");
     EXPECT_EQ(c->Text2, "two");
     EXPECT_EQ(copy->MaxLine, 0);  // entries went in directly
