@@ -71,12 +71,12 @@ TEST_F(EVemTest, KindsZeroAndOneDumpWithTheirTrailingBlank) {
 }
 
 TEST_F(EVemTest, EveryKindDumpsItsOwnName) {
-    const char* names[] = {"kEVemLdConstStmtNode", "kEVemParXornIndexedVarStmtNode", "kEVemIndexedRefStmtNode"};
-    const tEVemNodeType kinds[] = {kEVemLdConstStmtNode, kEVemParXornIndexedVarStmtNode, kEVemIndexedRefStmtNode};
-    for (int i = 0; i < 3; ++i) {
-        const std::string dump = DumpText(Create(kinds[i]).get(), "");
-        EXPECT_EQ(dump.substr(0, Head("", names[i]).size()), Head("", names[i]));
-    }
+    const std::pair<tEVemNodeType, const char*> kinds[] = {
+        {kEVemLdConstStmtNode, "kEVemLdConstStmtNode"},
+        {kEVemParXornIndexedVarStmtNode, "kEVemParXornIndexedVarStmtNode"},
+        {kEVemIndexedRefStmtNode, "kEVemIndexedRefStmtNode"}};
+    for (const auto& [kind, name] : kinds)
+        EXPECT_EQ(DumpText(Create(kind).get(), "").substr(0, Head("", name).size()), Head("", name));
 }
 
 TEST_F(EVemTest, OperationOnATypeDumpsTheTypeName) {

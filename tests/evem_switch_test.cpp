@@ -113,23 +113,15 @@ protected:
 
 }  // namespace
 
-TEST_F(EVemSwitch, EveryFlatFunctionGivesItsAnswerWithTheSwitchOff) {
+TEST_F(EVemSwitch, EveryFlatFunctionGivesItsAnswersWithTheSwitchOffForANullNodeAndForTheWrongKind) {
     for (const FlatCase& c : Cases()) {
         NodePtr node = Create(c.wrongKind == kEVemPouCodeNode ? kEVemLdVariableStmtNode : kEVemPouCodeNode);
         LurSetEvemEnabled(0);
         EXPECT_EQ(c.call(node.get()), c.off) << c.name;
         LurSetEvemEnabled(1);
-    }
-}
-
-TEST_F(EVemSwitch, EveryFlatFunctionGivesItsAnswerForANullNode) {
-    for (const FlatCase& c : Cases()) EXPECT_EQ(c.call(nullptr), c.null) << c.name;
-}
-
-TEST_F(EVemSwitch, EveryFlatFunctionGivesTheDefaultOnANodeOfTheWrongKind) {
-    for (const FlatCase& c : Cases()) {
-        NodePtr node = Create(c.wrongKind);
-        EXPECT_EQ(c.call(node.get()), c.wrong) << c.name;
+        EXPECT_EQ(c.call(nullptr), c.null) << c.name;
+        NodePtr wrong = Create(c.wrongKind);
+        EXPECT_EQ(c.call(wrong.get()), c.wrong) << c.name;
     }
 }
 

@@ -71,9 +71,8 @@ TEST_F(HFileOpen, HeaderDisplacedWhenMoreThanBlockAndBody) {
         {Block({"A = 1"}), 1},
     };
     for (const auto& [text, displaced] : cases) {
-        CHFile file;
-        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        EXPECT_EQ(file.HeaderDisplaced(), displaced) << text;
+        auto file = Opened(text);
+        EXPECT_EQ(file->HeaderDisplaced(), displaced) << text;
     }
 }
 
@@ -83,10 +82,21 @@ public:
     void LoseDescriptor() { ::close(m_fd); }
 };
 
-TEST_F(HFileOpen, CloseReportsFailureInMessageBox) {
-    vemtest::MessageCapture boxes;
+// Close reports a failure in a message box; CloseChecked answers it without one.
+TEST_F(HFileOpen, FailedClose) {
     const std::string path = Put(kBody);
     BrokenHFile file;
+    {
+        vemtest::MessageCapture boxes;
+        ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+        file.LoseDescriptor();
+        EXPECT_EQ(file.CloseChecked(1), 0);
+        ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
+        file.LoseDescriptor();
+        EXPECT_EQ(CauseOf([&] { file.CloseChecked(0); }), CFileException::invalidFile);
+        EXPECT_TRUE(boxes.texts().empty());
+    }
+    vemtest::MessageCapture boxes;
     ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
     file.LoseDescriptor();
     file.Close();
@@ -97,35 +107,12 @@ TEST_F(HFileOpen, CloseReportsFailureInMessageBox) {
     EXPECT_FALSE(file.IsOpen());
 }
 
-TEST_F(HFileOpen, CloseCheckedGivesFailureWithoutMessage) {
-    vemtest::MessageCapture boxes;
-    const std::string path = Put(kBody);
-    BrokenHFile file;
-    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
-    file.LoseDescriptor();
-    EXPECT_EQ(file.CloseChecked(1), 0);
-    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
-    file.LoseDescriptor();
-    EXPECT_EQ(CauseOf([&] { file.CloseChecked(0); }), CFileException::invalidFile);
-    EXPECT_TRUE(boxes.texts().empty());
-}
-
 class HFileUnit : public HFileTest {
 protected:
-    CString KindOf(const std::string& text) {
-        CHFile file;
-        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        return file.GetUnitKind(1);
-    }
-    CString NameOf(const std::string& text) {
-        CHFile file;
-        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        return file.GetUnitName(1);
-    }
+    CString KindOf(const std::string& text) { return Opened(text)->GetUnitKind(1); }
+    CString NameOf(const std::string& text) { return Opened(text)->GetUnitName(1); }
     int NameCause(const std::string& text) {
-        CHFile file;
-        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        return CauseOf([&] { file.GetUnitName(0); });
+        return CauseOf([file = Opened(text)] { file->GetUnitName(0); });
     }
 };
 
@@ -134,9 +121,7 @@ TEST_F(HFileUnit, KindIsTheFirstWord) {
     EXPECT_EQ(KindOf("FUNCTION_BLOCK fb\r\nFUNCTION f : INT\r\n"), "FUNCTION_BLOCK");
     EXPECT_EQ(KindOf("function f : INT\r\n"), "FUNCTION");
     EXPECT_EQ(KindOf("TYPE t : INT; END_TYPE\r\n"), "");
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put("").c_str(), 0), 1);
-    EXPECT_EQ(CauseOf([&] { file.GetUnitKind(0); }), CFileException::genericException);
+    EXPECT_EQ(CauseOf([file = Opened("")] { file->GetUnitKind(0); }), CFileException::genericException);
 }
 
 TEST_F(HFileUnit, NameOfEachKind) {
@@ -162,10 +147,9 @@ TEST_F(HFileUnit, NameFailures) {
 TEST_F(HFileUnit, KeywordCountsFromOffsetZero) {
     // The word PROGRAM in a value of the block starts the body.
     const std::string text = Block({"NAME = PROGRAM x"}) + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.FindKeyword(), static_cast<i64>(kBegin.size() + 7));
-    EXPECT_EQ(file.GetLength(), text.size() - kBegin.size() - 7);
+    auto file = Opened(text);
+    EXPECT_EQ(file->FindKeyword(), static_cast<i64>(kBegin.size() + 7));
+    EXPECT_EQ(file->GetLength(), text.size() - kBegin.size() - 7);
 }
 
 class HFileBody : public HFileTest {
@@ -180,54 +164,45 @@ protected:
 
 TEST_F(HFileBody, LengthAndReadSkipTheBlock) {
     const std::string text = Block({"A = 1"}) + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.GetLength(), kBody.size());
-    EXPECT_EQ(ReadAll(file, 5), kBody);
-    EXPECT_EQ(file.BodyPosition(), static_cast<i64>(text.size()));
-    EXPECT_EQ(file.GetPosition(), 0u);
+    auto file = Opened(text);
+    EXPECT_EQ(file->GetLength(), kBody.size());
+    EXPECT_EQ(ReadAll(*file, 5), kBody);
+    EXPECT_EQ(file->BodyPosition(), static_cast<i64>(text.size()));
+    EXPECT_EQ(file->GetPosition(), 0u);
 }
 
 TEST_F(HFileBody, WithoutBlockLengthFromKeyword) {
     const std::string text = "(* c *)\r\n" + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.GetValue("A"), "");
-    EXPECT_EQ(file.GetLength(), kBody.size());
-    EXPECT_EQ(ReadAll(file, 1000), kBody);
+    auto file = Opened(text);
+    EXPECT_EQ(file->GetValue("A"), "");
+    EXPECT_EQ(file->GetLength(), kBody.size());
+    EXPECT_EQ(ReadAll(*file, 1000), kBody);
 }
 
 TEST_F(HFileBody, NoBodyMeansNoLengthAndBadSeek) {
-    for (const std::string& text : {std::string(), Block({"A = 1"}), std::string("TYPE t : INT;\r\n")}) {
-        CHFile file;
-        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        EXPECT_EQ(file.GetLength(), CHFile::kNoBody);
+    // The last one is a type file whose block has no end marker.
+    const std::pair<std::string, std::string> cases[] = {{"", "unit.st"},
+                                                         {Block({"A = 1"}), "unit.st"},
+                                                         {"TYPE t : INT;\r\n", "unit.st"},
+                                                         {kBegin + "A = 1\r\n[TYPES]\r\n", "t.typ"}};
+    for (const auto& [text, name] : cases) {
+        auto file = Opened(text, name);
+        EXPECT_EQ(file->GetLength(), CHFile::kNoBody) << text;
         char c = 0;
-        EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
-        EXPECT_EQ(file.ReadChecked(&c, 1), -1);
+        EXPECT_EQ(CauseOf([&] { file->Read(&c, 1); }), CFileException::badSeek) << text;
+        EXPECT_EQ(file->ReadChecked(&c, 1), -1) << text;
     }
+    CHFile file;  // nor can a file opened for creating be read
+    ASSERT_EQ(file.OpenCreate(dir_.file("n.st").c_str(), 0), 1);
+    char c = 0;
+    EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
 }
 
 TEST_F(HFileBody, TypeFileBodyStartsAtSection) {
     const std::string text = Block({"A = [1]"}) + "(* t *)\r\n[TYPES]\r\nX=1\r\n";
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text, "types.TYP").c_str(), 0), 1);
-    EXPECT_EQ(file.GetLength(), 14u);
-    EXPECT_EQ(ReadAll(file, 3), "[TYPES]\r\nX=1\r\n");
-}
-
-TEST_F(HFileBody, TypeFileWithoutEndMarkerHasNoBody) {
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(kBegin + "A = 1\r\n[TYPES]\r\n", "t.typ").c_str(), 0), 1);
-    char c = 0;
-    EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
-}
-
-TEST_F(HFileBody, ReadNeedsReadingMode) {
-    CHFile file;
-    ASSERT_EQ(file.OpenCreate(dir_.file("n.st").c_str(), 0), 1);
-    char c = 0;
-    EXPECT_EQ(CauseOf([&] { file.Read(&c, 1); }), CFileException::badSeek);
+    auto file = Opened(text, "types.TYP");
+    EXPECT_EQ(file->GetLength(), 14u);
+    EXPECT_EQ(ReadAll(*file, 3), "[TYPES]\r\nX=1\r\n");
 }
 
 TEST_F(HFileBody, WriteOnlyOncePerOpening) {
@@ -264,33 +239,23 @@ TEST_F(HFileBody, NewFileGetsEmptyBlockThenKeys) {
     EXPECT_EQ(check, 42u);
 }
 
-TEST_F(HFileBody, WriteMovesDisplacedBlockToStart) {
+// The first write puts the block at the start, completed with its end marker and line end.
+TEST_F(HFileBody, WriteRepairsTheBlock) {
     const std::string block = Block({"A = 1", "B = 2"});
-    const std::string path = Put("(* before *)\r\n" + block + "(* between *)\r\n" + kBody);
-    CHFile file;
-    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
-    file.Write("FUNCTION f : INT\r\n", 18);
-    EXPECT_EQ(file.HeaderDisplaced(), 0);
-    file.Close();
-    EXPECT_EQ(Content(path), block + "FUNCTION f : INT\r\n");
-}
-
-TEST_F(HFileBody, WriteCompletesBlockWithoutEndMarker) {
-    const std::string path = Put(kBegin + "A = 1\r\n" + kBody);
-    CHFile file;
-    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
-    file.Write("PROGRAM q\r\n", 11);
-    file.Close();
-    EXPECT_EQ(Content(path), Block({"A = 1"}) + "PROGRAM q\r\n");
-}
-
-TEST_F(HFileBody, WriteGivesEndMarkerItsLineEnd) {
-    const std::string path = Put(kBegin + "A = 1\r\n$END_ZQ_HEADER");
-    CHFile file;
-    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
-    file.Write("PROGRAM q\r\n", 11);
-    file.Close();
-    EXPECT_EQ(Content(path), Block({"A = 1"}) + "PROGRAM q\r\n");
+    const std::pair<std::string, std::string> cases[] = {
+        {"(* before *)\r\n" + block + "(* between *)\r\n" + kBody, block},
+        {kBegin + "A = 1\r\n" + kBody, Block({"A = 1"})},
+        {kBegin + "A = 1\r\n$END_ZQ_HEADER", Block({"A = 1"})},
+    };
+    for (const auto& [text, expected] : cases) {
+        const std::string path = Put(text);
+        CHFile file;
+        ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
+        file.Write("FUNCTION f : INT\r\n", 18);
+        EXPECT_EQ(file.HeaderDisplaced(), 0);
+        file.Close();
+        EXPECT_EQ(Content(path), expected + "FUNCTION f : INT\r\n") << text;
+    }
 }
 
 }  // namespace

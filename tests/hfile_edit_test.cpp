@@ -48,16 +48,13 @@ TEST_F(HFileEdit, SetValueReplacesOnlyTheValue) {
     }
 }
 
-TEST_F(HFileEdit, SetValueReplacesFirstLineOfLongValue) {
+// A long value has only its first line replaced; a new key goes in front of the end marker.
+TEST_F(HFileEdit, SetValueOfLongValueAndOfNewKey) {
     const std::string text = LargeSource(kBlock);
-    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("LONG", "x"), 1); });
-    EXPECT_TRUE(after == Spliced(text, text.find("first"), 5, "x"));
-}
-
-TEST_F(HFileEdit, SetValueAddsNewKeyInFrontOfEndMarker) {
-    const std::string text = LargeSource(kBlock);
-    const std::string after = Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("NEW", "v w"), 1); });
-    EXPECT_TRUE(after == Spliced(text, text.find(kEnd), 0, "NEW = v w\r\n"));
+    EXPECT_TRUE(Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("LONG", "x"), 1); }) ==
+                Spliced(text, text.find("first"), 5, "x"));
+    EXPECT_TRUE(Edited(text, [](CHFile& f) { EXPECT_EQ(f.SetValue("NEW", "v w"), 1); }) ==
+                Spliced(text, text.find(kEnd), 0, "NEW = v w\r\n"));
 }
 
 TEST_F(HFileEdit, SetValueWithoutBlockPutsOneInFront) {
@@ -134,22 +131,16 @@ TEST_F(HFileEdit, ReplaceTextAtStartMiddleEndAndBorders) {
     }
 }
 
-TEST_F(HFileEdit, ReplaceTextOnlyTheFirstMatch) {
-    const std::string text = "A tok B TOK C\r\n";
-    EXPECT_EQ(Edited(text, [](CHFile& f) { EXPECT_EQ(f.ReplaceText("TOK", "x"), 1); }), "A x B TOK C\r\n");
-}
-
-TEST_F(HFileEdit, ReplaceTextRefusals) {
+TEST_F(HFileEdit, ReplaceTextOnlyTheFirstMatchAndRefusals) {
+    EXPECT_EQ(Edited("A tok B TOK C\r\n", [](CHFile& f) { EXPECT_EQ(f.ReplaceText("TOK", "x"), 1); }),
+              "A x B TOK C\r\n");
     const std::string text = LargeSource(kBlock);
     EXPECT_TRUE(Edited(text, [](CHFile& f) {
         f.Seek(100, CFile::begin);
         EXPECT_EQ(f.ReplaceText("absent text", "x"), 0);
         EXPECT_EQ(f.GetPosition(), 0u);
     }) == text);
-    const std::string path = Put(text);
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
-    EXPECT_EQ(file.ReplaceText("CHECK", "x"), 0);
+    EXPECT_EQ(Opened(text)->ReplaceText("CHECK", "x"), 0);  // a file open for reading only
 }
 
 TEST_F(HFileEdit, SetUnitNameKeepsFunctionReturnType) {
@@ -176,12 +167,11 @@ TEST_F(HFileEdit, SetUnitNameCutsNameAndRefuses) {
     const std::string name(80, 'q');
     EXPECT_TRUE(Edited(text, [&](CHFile& f) { EXPECT_EQ(f.SetUnitName(name.c_str()), 1); }) ==
                 Spliced(text, kBlock.size(), 12, "PROGRAM " + std::string(64, 'Q')));
-    const std::string longLine = kBlock + "PROGRAM " + std::string(300, 'p') + "\r\n";
-    EXPECT_EQ(Edited(longLine, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), longLine);
-    const std::string noUnit = kBlock + "TYPE t : INT;\r\n";
-    EXPECT_EQ(Edited(noUnit, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), noUnit);
-    const std::string lower = kBlock + "program p\r\n";
-    EXPECT_EQ(Edited(lower, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), lower);
+    // A unit line that is too long, no unit, a keyword in lower case.
+    for (const std::string& unit : {"PROGRAM " + std::string(300, 'p'), "TYPE t : INT;"s, "program p"s}) {
+        const std::string refused = kBlock + unit + "\r\n";
+        EXPECT_EQ(Edited(refused, [](CHFile& f) { EXPECT_EQ(f.SetUnitName("x"), 0); }), refused);
+    }
 }
 
 TEST_F(HFileEdit, WriteReplacesLargeBody) {

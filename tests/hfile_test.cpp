@@ -9,59 +9,50 @@ const std::string kBody = "PROGRAM main\r\nVAR x : INT; END_VAR\r\nEND_PROGRAM\r
 
 class HFileKeys : public HFileTest {
 protected:
-    CString ValueIn(const std::string& text, const char* key) {
-        CHFile file;
-        EXPECT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        CString value = file.GetValue(key);
-        file.Close();
-        return value;
-    }
+    CString ValueIn(const std::string& text, const char* key) { return Opened(text)->GetValue(key); }
 };
 
-TEST_F(HFileKeys, ValueOfKeyWhateverTheCase) {
-    EXPECT_EQ(ValueIn(Block({"CHECK = 123"}) + kBody, "CHECK"), "123");
-    EXPECT_EQ(ValueIn(Block({"CHECK = 123"}) + kBody, "check"), "123");
-    EXPECT_EQ(ValueIn(Block({"check = 123"}) + kBody, "CHECK"), "123");
-    EXPECT_EQ(ValueIn(Block({"Check = MixedValue"}) + kBody, "cHECK"), "MixedValue");
-}
-
-TEST_F(HFileKeys, KeyOnlyAtLineStartAfterBlanks) {
-    EXPECT_EQ(ValueIn(Block({"NOTE CHECK = 1"}) + kBody, "CHECK"), "");
-    EXPECT_EQ(ValueIn(Block({"NOTE = text CHECK = 1", "CHECK = 2"}) + kBody, "CHECK"), "2");
-    EXPECT_EQ(ValueIn(Block({" \t CHECK = 5"}) + kBody, "CHECK"), "5");
-    // Part of a longer key is no match either.
-    EXPECT_EQ(ValueIn(Block({"XCHECK = 1"}) + kBody, "CHECK"), "");
-}
-
-TEST_F(HFileKeys, ContinuationLinesJoinWithLineEnds) {
-    EXPECT_EQ(ValueIn(Block({"KEY = A", "B"}) + kBody, "KEY"), "A\r\nB");
-    EXPECT_EQ(ValueIn(Block({"KEY = A", "B", "C", "NEXT = D"}) + kBody, "KEY"), "A\r\nB\r\nC");
-    EXPECT_EQ(ValueIn(Block({"KEY = A", "NEXT = D", "E"}) + kBody, "NEXT"), "D\r\nE");
-    // An end marker behind blanks still ends the value.
-    EXPECT_EQ(ValueIn(kBegin + "KEY = A\r\n  " + kEnd + kBody, "KEY"), "A");
-}
-
-TEST_F(HFileKeys, EmptyOrMissingGivesEmptyText) {
-    EXPECT_EQ(ValueIn(Block({"KEY = "}) + kBody, "KEY"), "");
-    EXPECT_EQ(ValueIn(Block({"KEY = 1"}) + kBody, "OTHER"), "");
-    EXPECT_EQ(ValueIn(kBody, "KEY"), "");
-    EXPECT_EQ(ValueIn("", "KEY"), "");
-    // Behind the end marker a key line does not count.
-    EXPECT_EQ(ValueIn(Block({"A = 1"}) + "CHECK = 9\r\n" + kBody, "CHECK"), "");
-    // A begin marker alone is a header without an end.
-    EXPECT_EQ(ValueIn(kBegin + "CHECK = 9\r\n" + kBody, "CHECK"), "");
-    // The value's line has no end.
-    EXPECT_EQ(ValueIn(kBegin + "CHECK = 9", "CHECK"), "");
+TEST_F(HFileKeys, ValuesOfKeys) {
+    struct Case {
+        std::string Text;
+        const char* Key;
+        const char* Value;
+    };
+    const Case cases[] = {
+        // The key's case does not matter.
+        {Block({"CHECK = 123"}) + kBody, "CHECK", "123"},
+        {Block({"CHECK = 123"}) + kBody, "check", "123"},
+        {Block({"check = 123"}) + kBody, "CHECK", "123"},
+        {Block({"Check = MixedValue"}) + kBody, "cHECK", "MixedValue"},
+        // A key only at the start of a line, behind blanks; part of a longer key is no match.
+        {Block({"NOTE CHECK = 1"}) + kBody, "CHECK", ""},
+        {Block({"NOTE = text CHECK = 1", "CHECK = 2"}) + kBody, "CHECK", "2"},
+        {Block({" \t CHECK = 5"}) + kBody, "CHECK", "5"},
+        {Block({"XCHECK = 1"}) + kBody, "CHECK", ""},
+        // Continuation lines join with line ends; an end marker behind blanks still ends the value.
+        {Block({"KEY = A", "B"}) + kBody, "KEY", "A\r\nB"},
+        {Block({"KEY = A", "B", "C", "NEXT = D"}) + kBody, "KEY", "A\r\nB\r\nC"},
+        {Block({"KEY = A", "NEXT = D", "E"}) + kBody, "NEXT", "D\r\nE"},
+        {kBegin + "KEY = A\r\n  " + kEnd + kBody, "KEY", "A"},
+        // Empty or missing values.
+        {Block({"KEY = "}) + kBody, "KEY", ""},
+        {Block({"KEY = 1"}) + kBody, "OTHER", ""},
+        {kBody, "KEY", ""},
+        {"", "KEY", ""},
+        {Block({"A = 1"}) + "CHECK = 9\r\n" + kBody, "CHECK", ""},  // behind the end marker
+        {kBegin + "CHECK = 9\r\n" + kBody, "CHECK", ""},            // a header without an end
+        {kBegin + "CHECK = 9", "CHECK", ""},                          // the value's line has no end
+    };
+    for (const Case& c : cases) EXPECT_EQ(ValueIn(c.Text, c.Key), c.Value) << c.Text << " " << c.Key;
 }
 
 TEST_F(HFileKeys, BlockNeedNotStandAtTheStart) {
     const std::string text = "(* leading comment *)\r\n" + Block({"CHECK = 77"}) + kBody;
     EXPECT_EQ(ValueIn(text, "CHECK"), "77");
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-    EXPECT_EQ(file.HasHeader(), 1);
-    EXPECT_EQ(file.HeaderDisplaced(), 1);
-    EXPECT_EQ(file.FindBegin(), 23);
+    auto file = Opened(text);
+    EXPECT_EQ(file->HasHeader(), 1);
+    EXPECT_EQ(file->HeaderDisplaced(), 1);
+    EXPECT_EQ(file->FindBegin(), 23);
 }
 
 TEST_F(HFileKeys, ZeroByteEndsTheTextOfItsBlock) {
@@ -121,48 +112,44 @@ TEST_F(HFileKeys, LineStartSeenAcrossBorders) {
 }
 
 TEST_F(HFileKeys, ScannerFindsEarliestAndPrefersEarlierNeedle) {
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put("abc FUNCTION_BLOCK x FUNCTION y").c_str(), 0), 1);
+    auto file = Opened("abc FUNCTION_BLOCK x FUNCTION y");
     const std::string_view needles[] = {"function", "FUNCTION_BLOCK", "x"};
     CHFileMatch match;
-    EXPECT_EQ(file.FindFirst(0, needles, false, CHFile::kNoLimit, match), 1);
+    EXPECT_EQ(file->FindFirst(0, needles, false, CHFile::kNoLimit, match), 1);
     EXPECT_EQ(match.found, 1);
     EXPECT_EQ(match.position, 4);
     EXPECT_EQ(match.index, 0);
-    EXPECT_EQ(file.FindFirst(5, needles, false, CHFile::kNoLimit, match), 1);
+    EXPECT_EQ(file->FindFirst(5, needles, false, CHFile::kNoLimit, match), 1);
     EXPECT_EQ(match.position, 19);
     EXPECT_EQ(match.index, 2);
     // A match above the limit is none.
-    EXPECT_EQ(file.FindFirst(0, needles, false, 3, match), 1);
+    EXPECT_EQ(file->FindFirst(0, needles, false, 3, match), 1);
     EXPECT_EQ(match.found, 0);
     EXPECT_EQ(match.position, -1);
     EXPECT_EQ(match.index, -1);
 }
 
 TEST_F(HFileKeys, LineAndEqualsDistances) {
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put("AB = C\r\nlast").c_str(), 0), 1);
-    EXPECT_EQ(file.LineLength(0), 6);
-    EXPECT_EQ(file.DistanceToEquals(0), 2);
-    EXPECT_EQ(file.LineLength(8), -1);
-    EXPECT_EQ(file.DistanceToEquals(3), -1);
-    EXPECT_EQ(file.DistanceToEquals(0, 1), -1);
+    auto file = Opened("AB = C\r\nlast");
+    EXPECT_EQ(file->LineLength(0), 6);
+    EXPECT_EQ(file->DistanceToEquals(0), 2);
+    EXPECT_EQ(file->LineLength(8), -1);
+    EXPECT_EQ(file->DistanceToEquals(3), -1);
+    EXPECT_EQ(file->DistanceToEquals(0, 1), -1);
 }
 
 TEST_F(HFileKeys, IteratorGoesThroughKeysInFileOrder) {
     const std::string text = Block({"A = 1", "continued", "", "  B  = 2", "C = 3"}) + kBody;
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
+    auto file = Opened(text);
     std::vector<std::string> keys;
-    for (CHFileKeyIterator it(&file); it.IsValid(); it.Next()) keys.push_back(it.GetKey().str());
+    for (CHFileKeyIterator it(file.get()); it.IsValid(); it.Next()) keys.push_back(it.GetKey().str());
     EXPECT_EQ(keys, (std::vector<std::string>{"A", "B", "C"}));
 }
 
 TEST_F(HFileKeys, IteratorWithoutCompleteBlockHasNoKeys) {
     for (const std::string& text : {kBody, kBegin + "A = 1\r\n" + kBody, Block({}) + kBody}) {
-        CHFile file;
-        ASSERT_EQ(file.OpenRead(Put(text).c_str(), 0), 1);
-        CHFileKeyIterator it(&file);
+        auto file = Opened(text);
+        CHFileKeyIterator it(file.get());
         EXPECT_EQ(it.IsValid(), 0);
         EXPECT_EQ(it.GetKey(), "");
     }
@@ -170,21 +157,17 @@ TEST_F(HFileKeys, IteratorWithoutCompleteBlockHasNoKeys) {
 
 class HFileCheckKey : public HFileTest {};
 
+// A block without the key, or no block, gives zero.
 TEST_F(HFileCheckKey, NumberOfTheCheckKey) {
-    u32 value = 5;
-    EXPECT_TRUE(VemReadCheckKey(Put(Block({"CHECK = 123"}) + kBody).c_str(), value));
-    EXPECT_EQ(value, 123u);
-    EXPECT_TRUE(VemReadCheckKey(Put(Block({"CHECK =  -42abc"}) + kBody).c_str(), value));
-    EXPECT_EQ(value, static_cast<u32>(-42));
-}
-
-TEST_F(HFileCheckKey, NoBlockOrNoKeyGivesZero) {
-    u32 value = 5;
-    EXPECT_TRUE(VemReadCheckKey(Put(kBody).c_str(), value));
-    EXPECT_EQ(value, 0u);
-    value = 5;
-    EXPECT_TRUE(VemReadCheckKey(Put(Block({"OTHER = 1"}) + kBody).c_str(), value));
-    EXPECT_EQ(value, 0u);
+    const std::pair<std::string, u32> cases[] = {{Block({"CHECK = 123"}) + kBody, 123u},
+                                                 {Block({"CHECK =  -42abc"}) + kBody, static_cast<u32>(-42)},
+                                                 {kBody, 0u},
+                                                 {Block({"OTHER = 1"}) + kBody, 0u}};
+    for (const auto& [text, expected] : cases) {
+        u32 value = 5;
+        EXPECT_TRUE(VemReadCheckKey(Put(text).c_str(), value));
+        EXPECT_EQ(value, expected) << text;
+    }
 }
 
 TEST_F(HFileCheckKey, UnreadableFileLeavesValue) {

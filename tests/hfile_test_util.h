@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -64,6 +65,12 @@ protected:
         return path;
     }
     static std::string Content(const std::string& path) { return vemtest::ReadFileText(path); }
+    // The text put in a file and opened for reading.
+    std::unique_ptr<CHFile> Opened(const std::string& text, const std::string& name = "unit.st") {
+        auto file = std::make_unique<CHFile>();
+        EXPECT_EQ(file->OpenRead(Put(text, name).c_str(), 0), 1);
+        return file;
+    }
 
     vemtest::TempDir dir_;
 };

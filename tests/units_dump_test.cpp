@@ -21,6 +21,16 @@ void AddEntry(CVemBaseNode* unit, u16 line, i32 codeLine, u32 operandType, u32 a
     VemGetStatList(unit)->NewEntry(entry);
 }
 
+// The dump of a unit with all fields at their defaults, up to the head of its statement list.
+std::string DefaultUnit(const std::string& p, const std::string& name, const std::string& path) {
+    std::string text = p + "*POUNODE: " + name + "\n" + p + "Path: " + path + " \n";
+    for (const char* line : {"DataSegLength: 0 ", "ProgramNr: 0", "CodeSegNr: 65535 ", "DataSegNr: 65535 ",
+                             "IniDataSegNr: 65535 ", "CrSize: 0 ", "CodeFileName:  ", "Checksum: 0 ", "Date: 0 ",
+                             "StartOffset: 0 ", "SizeCrStack: 0 ", "ElemCrStack: 0 "})
+        text += p + line + "\n";
+    return text + "\n" + p + "STATMENTLIST \n";
+}
+
 }  // namespace
 
 TEST(UnitsDump, ProgramWithStatementsAndAVariable) {
@@ -88,61 +98,11 @@ TEST(UnitsDump, ChildUnitsRepeatTheIndentBehindEveryLine) {
     CVemBaseNode* function = VemCreateCVemFunctionNode("G", "");
     VemAddChildTail(program, fb);
     VemAddChildTail(fb, function);
-    const std::string expected =
-        "*PROGRAMNODE: P\n"
-        "GlobalFlag: 0 \n"
-        "*POUNODE: P\n"
-        "Path:  \n"
-        "DataSegLength: 0 \n"
-        "ProgramNr: 0\n"
-        "CodeSegNr: 65535 \n"
-        "DataSegNr: 65535 \n"
-        "IniDataSegNr: 65535 \n"
-        "CrSize: 0 \n"
-        "CodeFileName:  \n"
-        "Checksum: 0 \n"
-        "Date: 0 \n"
-        "StartOffset: 0 \n"
-        "SizeCrStack: 0 \n"
-        "ElemCrStack: 0 \n"
-        "\n"
-        "STATMENTLIST \n"
-        "\n"
-        "  - *POUNODE: F : T\n"
-        "  - Path: f.poe \n"
-        "  - DataSegLength: 0 \n"
-        "  - ProgramNr: 0\n"
-        "  - CodeSegNr: 65535 \n"
-        "  - DataSegNr: 65535 \n"
-        "  - IniDataSegNr: 65535 \n"
-        "  - CrSize: 0 \n"
-        "  - CodeFileName:  \n"
-        "  - Checksum: 0 \n"
-        "  - Date: 0 \n"
-        "  - StartOffset: 0 \n"
-        "  - SizeCrStack: 0 \n"
-        "  - ElemCrStack: 0 \n"
-        "\n"
-        "  - STATMENTLIST \n"
-        "  - Nr:1 AwlLine:1 CodeLine:16 OperandType:2 AEType:1 \n"
-        "  - \n"
-        "  -   - *POUNODE: G\n"
-        "  -   - Path:  \n"
-        "  -   - DataSegLength: 0 \n"
-        "  -   - ProgramNr: 0\n"
-        "  -   - CodeSegNr: 65535 \n"
-        "  -   - DataSegNr: 65535 \n"
-        "  -   - IniDataSegNr: 65535 \n"
-        "  -   - CrSize: 0 \n"
-        "  -   - CodeFileName:  \n"
-        "  -   - Checksum: 0 \n"
-        "  -   - Date: 0 \n"
-        "  -   - StartOffset: 0 \n"
-        "  -   - SizeCrStack: 0 \n"
-        "  -   - ElemCrStack: 0 \n"
-        "\n"
-        "  -   - STATMENTLIST \n"
-        "  -   - \n";
+    const std::string expected = "*PROGRAMNODE: P\nGlobalFlag: 0 \n" + DefaultUnit("", "P", "") + "\n" +
+                                 DefaultUnit("  - ", "F : T", "f.poe") +
+                                 "  - Nr:1 AwlLine:1 CodeLine:16 OperandType:2 AEType:1 \n"
+                                 "  - \n" +
+                                 DefaultUnit("  -   - ", "G", "") + "  -   - \n";
     EXPECT_EQ(Dump(program, dir), expected);
     VemDeleteNode(program);
 }

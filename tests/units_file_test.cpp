@@ -59,24 +59,16 @@ std::vector<u8> FunctionFile() {
     b.u8_(0);                  // 37 ExtraText
     b.u16_(0);                 // 38 child count
     b.u16_(1);                 // 40 statement list: count
-    b.u16_(4);                 // 42   line
-    b.u16_(0);                 // 44   entry version
+    b.u16_(4).u16_(0);         // 42   line, 44 entry version
     b.u16_(4);                 // 46   AwlLine
     b.u32_(0xFFFFFFFF);        // 48   CodeLine
-    b.u16_(2);                 // 52   AEType
-    b.u16_(3);                 // 54   OperandType
+    b.u16_(2).u16_(3);         // 52   AEType, 54 OperandType
     b.u8_(3).u8_(1);           // 56 PflArray: tag 3, ByteSize 1
-    b.u16_(1);                 // 58   version
-    b.u16_(2);                 // 60   count
+    b.u16_(1).u16_(2);         // 58   version, 60 count
     b.u8_(0xAA).u8_(0xBB);     // 62   bytes
-    b.u8_(0);                  // 64   not big-endian
-    b.u8_(1);                  // 65   ByteSize
-    b.u16_(7);                 // 66 CodeSegNr
-    b.u16_(8);                 // 68 DataSegNr
-    b.u16_(9);                 // 70 IniDataSegNr
-    b.u16_(1);                 // 72 CrSize
-    b.u16_(2);                 // 74 SizeCrStack
-    b.u16_(3);                 // 76 ElemCrStack
+    b.u8_(0).u8_(1);           // 64   not big-endian, 65 ByteSize
+    b.u16_(7).u16_(8).u16_(9); // 66 CodeSegNr, 68 DataSegNr, 70 IniDataSegNr
+    b.u16_(1).u16_(2).u16_(3); // 72 CrSize, 74 SizeCrStack, 76 ElemCrStack
     b.str("C");                // 78 CodeFileName
     b.u32_(0x11223344);        // 80 Checksum
     b.u32_(0x55667788);        // 84 Date
@@ -91,6 +83,16 @@ std::vector<u8> FunctionFile() {
 std::size_t WrittenSize(CVemBaseNode* node, const TempDir& dir) {
     EXPECT_EQ(VemWriteNode(node, dir.file("size.vem").c_str()), 1);
     return ReadFileBytes(dir.file("size.vem")).size();
+}
+
+CVemBaseNode* RichProgram();
+
+// Writes a RichProgram() to the file and gives back its path.
+std::string WriteRichProgram(const TempDir& dir) {
+    CVemBaseNode* program = RichProgram();
+    EXPECT_EQ(VemWriteNode(program, dir.file("full.vem").c_str()), 1);
+    VemDeleteNode(program);
+    return dir.file("full.vem");
 }
 
 CVemBaseNode* StoreAndLoad(CVemBaseNode* node, const TempDir& dir) {
@@ -111,74 +113,55 @@ CVemBaseNode* RichProgram() {
     VemAddChildTail(structure, VemCreateCVemVariableNode("M", 2, kCbeTypeBool, 1, 0));
     CVemBaseNode* instance = VemNewNode(kVemFbInstanceNode);
     VemSetTypeName(instance, "T");
-    VemAddChildTail(program, fb);
-    VemAddChildTail(program, VemCreateCVemFunctionNode("G", "g.poe"));
-    VemAddChildTail(program, structure);
-    VemAddChildTail(program, instance);
+    for (CVemBaseNode* child : {fb, VemCreateCVemFunctionNode("G", "g.poe"), structure, instance})
+        VemAddChildTail(program, child);
     return program;
 }
 
 }  // namespace
 
-TEST(UnitsFile, FunctionRecordIsWrittenByteForByte) {
+TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
     TempDir dir;
     CVemBaseNode* function = VemCreateCVemFunctionNode("F", "P");
     FillUnit(function);
-    VemSetOffset(function, 0x77);  // not stored
+    VemSetOffset(function, 0x77);  // offset and kind are not stored
+    VemSetSubSegmentKind(function, kIpSegData);
     ASSERT_EQ(VemWriteNode(function, dir.file("f.vem").c_str()), 1);
-    EXPECT_EQ(ReadFileBytes(dir.file("f.vem")), FunctionFile());
     VemDeleteNode(function);
-}
-
-TEST(UnitsFile, FunctionRecordLoadsEveryField) {
-    TempDir dir;
-    WriteFileBytes(dir.file("f.vem"), FunctionFile());
+    ASSERT_EQ(ReadFileBytes(dir.file("f.vem")), FunctionFile());
     CVemBaseNode* loaded = VemLoadNode(dir.file("f.vem").c_str());
     ASSERT_NE(loaded, nullptr);
     ASSERT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
+    // Every stored field holds a value of its own, so the same bytes again mean each was loaded.
+    ASSERT_EQ(VemWriteNode(loaded, dir.file("again.vem").c_str()), 1);
+    EXPECT_EQ(ReadFileBytes(dir.file("again.vem")), FunctionFile());
     auto* f = static_cast<CVemFunctionNode*>(loaded);
-    EXPECT_EQ(f->Name, "F");
-    EXPECT_EQ(f->Path, "P");
-    EXPECT_EQ(f->CodeSegNr, 7);
-    EXPECT_EQ(f->DataSegNr, 8);
-    EXPECT_EQ(f->IniDataSegNr, 9);
     EXPECT_EQ(f->NccSegNr, CVemPouNode::kNoSegment);  // not stored
-    EXPECT_EQ(f->CrSize, 1);
-    EXPECT_EQ(f->SizeCrStack, 2);
-    EXPECT_EQ(f->ElemCrStack, 3);
-    EXPECT_EQ(f->CodeFileName, "C");
-    EXPECT_EQ(f->Checksum, 0x11223344u);
-    EXPECT_EQ(f->Date, 0x55667788u);
-    EXPECT_EQ(f->DataSegLength, 0x0A0B);
-    EXPECT_EQ(f->StartOffset, 0x01020304u);
-    EXPECT_EQ(f->ProgramNr, 0x0506);
-    EXPECT_EQ(f->Reserved, 0);
     EXPECT_EQ(f->Offset, 0);
     EXPECT_EQ(f->SubSegmentKind, kIpSegIo);
     EXPECT_EQ(f->DataSegmentPtr, nullptr);
-    ASSERT_NE(f->PflArray, nullptr);
-    EXPECT_EQ(f->PflArray->GetLength(), 2u);
-    EXPECT_EQ(f->PflArray->GetBytePointer()[1], 0xBB);
-    ASSERT_EQ(f->StatList->GetCount(), 1);
-    CStatListEntry* entry = f->StatList->GetEntry(4);
-    ASSERT_NE(entry, nullptr);
-    EXPECT_EQ(entry->CodeLine, -1);
-    EXPECT_EQ(entry->AEType, 2u);
-    EXPECT_EQ(entry->OperandType, 3u);
+    EXPECT_EQ(f->StatList->GetEntry(4)->CodeLine, -1);
     VemDeleteNode(loaded);
 }
 
+// The flag keeps its low byte; an empty list and no arrays come back so.
 TEST(UnitsFile, GlobalFlagKeepsItsLowByte) {
     TempDir dir;
+    CVemByteArray data;
     const std::pair<int, int> cases[] = {{0, 0}, {1, 1}, {256, 0}, {257, 1}, {0x1FF, 0xFF}};
     for (const auto& [set, read] : cases) {
         CVemBaseNode* program = VemNewNode(kVemProgramNode);
         VemSetGlobal(program, set);
+        VemSetDataSegmentPtr(program, &data);
         CVemBaseNode* loaded = StoreAndLoad(program, dir);
         ASSERT_NE(loaded, nullptr);
         EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
         EXPECT_EQ(VemGetGlobal(loaded), read) << set;
         EXPECT_EQ(loaded->GetIconID(), read ? 137u : 118u) << set;
+        EXPECT_EQ(VemGetPflArray(loaded), nullptr);
+        ASSERT_NE(VemGetStatList(loaded), nullptr);
+        EXPECT_EQ(VemGetStatList(loaded)->GetCount(), 0);
+        EXPECT_EQ(VemGetDataSegmentPtr(loaded), nullptr);
         VemDeleteNode(program);
         VemDeleteNode(loaded);
     }
@@ -212,34 +195,6 @@ TEST(UnitsFile, FunctionBlockKeepsItsReservedWordsButNotItsKind) {
     VemDeleteNode(loaded);
 }
 
-TEST(UnitsFile, FunctionLosesItsOffsetAndKind) {
-    TempDir dir;
-    CVemBaseNode* function = VemCreateCVemFunctionNode("G", "g.poe");
-    VemSetSubSegmentKind(function, kIpSegData);
-    VemSetOffset(function, 12);
-    CVemBaseNode* loaded = StoreAndLoad(function, dir);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetSubSegmentKind(loaded), kIpSegIo);
-    EXPECT_EQ(VemGetOffset(loaded), 0);
-    VemDeleteNode(function);
-    VemDeleteNode(loaded);
-}
-
-TEST(UnitsFile, EmptyListAndNoArrayComeBackSo) {
-    TempDir dir;
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    CVemByteArray data;
-    VemSetDataSegmentPtr(program, &data);
-    CVemBaseNode* loaded = StoreAndLoad(program, dir);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetPflArray(loaded), nullptr);
-    ASSERT_NE(VemGetStatList(loaded), nullptr);
-    EXPECT_EQ(VemGetStatList(loaded)->GetCount(), 0);
-    EXPECT_EQ(VemGetDataSegmentPtr(loaded), nullptr);
-    VemDeleteNode(program);
-    VemDeleteNode(loaded);
-}
-
 TEST(UnitsFile, TreeOfUnitsComesBackWithItsClassesAndParents) {
     TempDir dir;
     CVemBaseNode* program = RichProgram();
@@ -268,10 +223,7 @@ TEST(UnitsFile, TreeOfUnitsComesBackWithItsClassesAndParents) {
 
 TEST(UnitsFile, EveryCutOfATreeOfUnitsFailsTheLoadWithoutALeak) {
     TempDir dir;
-    CVemBaseNode* program = RichProgram();
-    ASSERT_EQ(VemWriteNode(program, dir.file("full.vem").c_str()), 1);
-    VemDeleteNode(program);
-    const std::vector<u8> full = ReadFileBytes(dir.file("full.vem"));
+    const std::vector<u8> full = ReadFileBytes(WriteRichProgram(dir));
     for (std::size_t length = 27; length < full.size(); ++length) {
         WriteFileBytes(dir.file("cut.vem"), std::vector<u8>(full.begin(), full.begin() + length));
         AllocationWatch watch;
@@ -282,16 +234,14 @@ TEST(UnitsFile, EveryCutOfATreeOfUnitsFailsTheLoadWithoutALeak) {
 
 TEST(UnitsFile, MemoryShortageAtAnyPointOfALoadLeavesNothingBehind) {
     TempDir dir;
-    CVemBaseNode* program = RichProgram();
-    ASSERT_EQ(VemWriteNode(program, dir.file("full.vem").c_str()), 1);
-    VemDeleteNode(program);
+    const std::string path = WriteRichProgram(dir);
     MessageCapture messages;
     for (long k = 0;; ++k) {
         AllocationWatch watch;
         watch.FailAfter(k);
         CVemBaseNode* loaded = nullptr;
         try {
-            loaded = VemLoadNode(dir.file("full.vem").c_str());
+            loaded = VemLoadNode(path.c_str());
         } catch (const std::bad_alloc&) {
             continue;  // opening the file is not guarded: the shortage passes to the caller there
         }
@@ -331,15 +281,13 @@ TEST(UnitsFile, MemoryShortageAtAnyPointOfACloneLeavesNothingBehind) {
 
 TEST(UnitsFile, NewerRecordVersionsInsideAUnitFailTheLoad) {
     TempDir dir;
-    std::vector<u8> file = FunctionFile();
-    file[44] = 1;  // version of the statement list entry
-    WriteFileBytes(dir.file("entry.vem"), file);
-    EXPECT_EQ(VemLoadNode(dir.file("entry.vem").c_str()), nullptr);
-
-    file = FunctionFile();
-    file[58] = 2;  // version of the byte array
-    WriteFileBytes(dir.file("array.vem"), file);
-    EXPECT_EQ(VemLoadNode(dir.file("array.vem").c_str()), nullptr);
+    // Versions of the statement list entry and of the byte array.
+    for (const auto& [at, version] : {std::pair<std::size_t, u8>{44, 1}, {58, 2}}) {
+        std::vector<u8> file = FunctionFile();
+        file[at] = version;
+        WriteFileBytes(dir.file("newer.vem"), file);
+        EXPECT_EQ(VemLoadNode(dir.file("newer.vem").c_str()), nullptr) << at;
+    }
 }
 
 TEST(UnitsFile, UnitsTravelAsObjectsByTheirClassName) {

@@ -28,6 +28,23 @@ CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
     return array;
 }
 
+void AddChildren(CVemBaseNode* parent, std::initializer_list<CVemBaseNode*> children) {
+    for (CVemBaseNode* child : children) VemAddChildTail(parent, child);
+}
+
+// Sets all four segment numbers of a unit to the same value.
+CVemBaseNode* InSegment(CVemBaseNode* unit, u16 segment) {
+    VemSetSegmentNumbers(unit, segment, segment, segment, segment);
+    return unit;
+}
+
+// The node's file, which holds every stored field of the unit and its children.
+std::vector<u8> Written(CVemBaseNode* node) {
+    vemtest::TempDir dir;
+    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
+    return vemtest::ReadFileBytes(dir.file("n.vem"));
+}
+
 struct DebugFlag {
     explicit DebugFlag(int value) { VemSetDebugFlag(value); }
     ~DebugFlag() { VemSetDebugFlag(0); }
@@ -35,28 +52,18 @@ struct DebugFlag {
 
 }  // namespace
 
+// The other fields of a new unit show in the unit dumps.
 TEST(UnitsPou, NewUnitsHaveNoSegmentsAndAnEmptyStatementList) {
     for (tVemNodeType type : {kVemProgramNode, kVemFbNode, kVemFunctionNode}) {
         CVemBaseNode* p = VemNewNode(type);
         ASSERT_NE(p, nullptr);
         EXPECT_EQ(VemGetNodeType(p), type);
         EXPECT_EQ(VemGetCodeSegment(p), 0xFFFF);
-        EXPECT_EQ(VemGetDataSegment(p), 0xFFFF);
-        EXPECT_EQ(VemGetIniSegment(p), 0xFFFF);
         EXPECT_EQ(VemGetParentSegment(p), 0xFFFF);
-        EXPECT_EQ(VemGetCrSize(p), 0);
-        EXPECT_EQ(VemGetCrStackSize(p), 0);
-        EXPECT_EQ(VemGetCrStackElements(p), 0);
-        EXPECT_EQ(VemGetCheckSum(p), 0u);
-        EXPECT_EQ(VemGetDate(p), 0u);
-        EXPECT_EQ(VemGetDataSegLength(p), 0);
-        EXPECT_EQ(VemGetProgramNr(p), 0);
-        EXPECT_EQ(p->GetStartOffset(), 0u);
         EXPECT_EQ(VemGetPflArray(p), nullptr);
         EXPECT_EQ(VemGetDataSegmentPtr(p), nullptr);
         ASSERT_NE(VemGetStatList(p), nullptr);
         EXPECT_EQ(VemGetStatList(p)->GetCount(), 0);
-        EXPECT_EQ(VemGetPathName(p), "");
         EXPECT_EQ(VemGetHeaderLength(p), 0);
         VemDeleteNode(p);
     }
@@ -109,7 +116,7 @@ TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences)
     CVemBaseNode* member = NewVariable("M", 0);
     VemAddChildTail(structure, member);
     CVemBaseNode* own = VemCreateCVemVariableNode("D", 0, kCbeTypeInt, 2, 8);
-    for (CVemBaseNode* child : {plain, atPi, reference, structure, own}) VemAddChildTail(p, child);
+    AddChildren(p, {plain, atPi, reference, structure, own});
 
     VemSetSegmentNumbers(p, 5, 6, 7, 8);
     EXPECT_EQ(VemGetParentSegment(plain), 5);
@@ -134,8 +141,8 @@ TEST(UnitsPou, ChildSegmentsDoNotDescendIntoChildUnits) {
     CVemBaseNode* inner = NewVariable("X", 0);
     VemAddChildTail(p, fb);
     VemAddChildTail(fb, inner);
-    VemSetSegmentNumbers(fb, 3, 3, 3, 3);
-    VemSetSegmentNumbers(p, 9, 9, 9, 9);
+    InSegment(fb, 3);
+    InSegment(p, 9);
     EXPECT_EQ(VemGetDataSegment(fb), 3);  // a unit has no parent segment to set
     EXPECT_EQ(VemGetParentSegment(inner), 3);
     VemDeleteNode(p);
@@ -148,8 +155,7 @@ TEST(UnitsPou, ComputeOffsetsReachesEveryChildAndAddsEachTime) {
     VemSetSubSegmentKind(a, kIpSegData);
     CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
     CVemBaseNode* inner = NewVariable("X", 4);
-    VemAddChildTail(p, a);
-    VemAddChildTail(p, fb);
+    AddChildren(p, {a, fb});
     VemAddChildTail(fb, inner);
     const u16 starts[] = {10, 20};
     EXPECT_EQ(VemComputeOffsets(p, starts), 1);
@@ -166,8 +172,7 @@ TEST(UnitsPou, ProgramNumberReachesTheWholeSubtree) {
     CVemBaseNode* structure = VemNewNode(kVemStructNode);
     CVemBaseNode* member = NewVariable("M", 0);
     CVemBaseNode* inner = NewVariable("X", 0);
-    VemAddChildTail(p, fb);
-    VemAddChildTail(p, structure);
+    AddChildren(p, {fb, structure});
     VemAddChildTail(structure, member);
     VemAddChildTail(fb, inner);
     VemSetProgramNr(p, 7);
@@ -180,13 +185,8 @@ TEST(UnitsPou, DeleteAllChildPousKeepsTheVariables) {
     CVemBaseNode* plain = NewVariable("A", 0);
     CVemBaseNode* array = VemCreateCVemVariableNode("R", 0, kCbeTypeArray, 4, 0);  // node type 6
     CVemBaseNode* structure = VemNewNode(kVemStructNode);
-    VemAddChildTail(p, VemNewNode(kVemFbInstanceNode));
-    VemAddChildTail(p, plain);
-    VemAddChildTail(p, VemCreateCVemFbNode("F", ""));
-    VemAddChildTail(p, array);
-    VemAddChildTail(p, VemCreateCVemFunctionNode("G", ""));
-    VemAddChildTail(p, structure);
-    VemAddChildTail(p, NewProgram("Q"));
+    AddChildren(p, {VemNewNode(kVemFbInstanceNode), plain, VemCreateCVemFbNode("F", ""), array,
+                    VemCreateCVemFunctionNode("G", ""), structure, NewProgram("Q")});
     VemDeleteAllChildPous(p);
     EXPECT_EQ(ChildrenOf(p), (std::vector<CVemBaseNode*>{plain, array, structure}));
     VemDeleteAllChildPous(p);
@@ -198,24 +198,13 @@ TEST(UnitsPou, DeleteAllChildPousKeepsTheVariables) {
     VemDeleteNode(p);
 }
 
-TEST(UnitsPou, PlainSettersAndGetters) {
+TEST(UnitsPou, ObjectFileIsTheSourcePathAndTheHeaderLengthIsNotKept) {
     CVemBaseNode* p = NewProgram("P");
-    VemSetCrSize(p, 1);
-    VemSetCrStackSize(p, 2);
-    VemSetCrStackElements(p, 3);
-    VemSetDataSegLength(p, 4);
     VemSetPathName(p, "C:\\PRJ\\P.poe");
     VemSetCodePathName(p, "C:\\PRJ\\P.obj");
-    VemSetCheckSum(p, 0xFEEDF00Du);
-    p->SetStartOffset(0x10000);
-    EXPECT_EQ(VemGetCrSize(p), 1);
-    EXPECT_EQ(VemGetCrStackSize(p), 2);
-    EXPECT_EQ(VemGetCrStackElements(p), 3);
-    EXPECT_EQ(VemGetDataSegLength(p), 4);
-    EXPECT_EQ(VemGetPathName(p), "C:\\PRJ\\P.poe");
     EXPECT_EQ(VemGetObjFileName(p), "C:\\PRJ\\P.poe");
     EXPECT_EQ(VemGetCodePathName(p), "C:\\PRJ\\P.obj");
-    EXPECT_EQ(VemGetCheckSum(p), 0xFEEDF00Du);
+    p->SetStartOffset(0x10000);
     EXPECT_EQ(p->GetStartOffset(), 0x10000u);
     VemSetHeaderLength(p, 5);
     EXPECT_EQ(VemGetHeaderLength(p), 0);
@@ -268,17 +257,17 @@ TEST(UnitsPou, IconsAndBitmaps) {
     EXPECT_EQ(function->GetIconID(), 124u);
     EXPECT_EQ(plain.GetBitmapID(), 116u);
     EXPECT_EQ(plain.GetIconID(), 117u);
+    VemSetGlobal(program, 3);
+    EXPECT_EQ(VemGetGlobal(program), 3);
+    VemSetGlobal(fb, 3);
+    EXPECT_EQ(VemGetGlobal(fb), 0);  // the flag is for programs only
     for (CVemBaseNode* n : {program, fb, function}) VemDeleteNode(n);
 }
 
 TEST(UnitsPou, FunctionHasAnOffsetAndAKindAndAFunctionBlockKeepsItsKindApart) {
     CVemBaseNode* function = VemCreateCVemFunctionNode("G", "g.poe");
-    EXPECT_EQ(VemGetSubSegmentKind(function), kIpSegIo);
+    EXPECT_EQ(VemGetSubSegmentKind(function), kIpSegIo);  // setting both shows in the clone test
     EXPECT_EQ(VemGetOffset(function), 0);
-    VemSetSubSegmentKind(function, kIpSegData);
-    VemSetOffset(function, 0x40);
-    EXPECT_EQ(VemGetSubSegmentKind(function), kIpSegData);
-    EXPECT_EQ(VemGetOffset(function), 0x40);
 
     CVemBaseNode* fb = VemCreateCVemFbNode("F", "f.poe");
     auto* block = static_cast<CVemFbNode*>(fb);
@@ -295,36 +284,15 @@ TEST(UnitsPou, FunctionHasAnOffsetAndAKindAndAFunctionBlockKeepsItsKindApart) {
     VemDeleteNode(fb);
 }
 
-TEST(UnitsPou, GlobalFlagOnlyOnPrograms) {
-    CVemBaseNode* program = NewProgram("P");
-    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
-    VemSetGlobal(program, 3);
-    VemSetGlobal(fb, 3);
-    EXPECT_EQ(VemGetGlobal(program), 3);
-    EXPECT_EQ(VemGetGlobal(fb), 0);
-    VemDeleteNode(program);
-    VemDeleteNode(fb);
-}
-
 TEST(UnitsPou, PathOfAUnitByCodeSegment) {
-    CVemBaseNode* top = VemCreateCVemFbNode("TOP", "top.poe");
-    VemSetSegmentNumbers(top, 1, 1, 1, 1);
-    CVemBaseNode* inner = VemCreateCVemFbNode("IN", "in.poe");
-    VemSetSegmentNumbers(inner, 2, 2, 2, 2);
-    CVemBaseNode* deep = VemCreateCVemFunctionNode("DEEP", "deep.poe");
-    VemSetSegmentNumbers(deep, 7, 7, 7, 7);
-    CVemBaseNode* program = NewProgram("P");
-    VemSetSegmentNumbers(program, 8, 8, 8, 8);
+    CVemBaseNode* top = InSegment(VemCreateCVemFbNode("TOP", "top.poe"), 1);
+    CVemBaseNode* inner = InSegment(VemCreateCVemFbNode("IN", "in.poe"), 2);
+    CVemBaseNode* deep = InSegment(VemCreateCVemFunctionNode("DEEP", "deep.poe"), 7);
+    CVemBaseNode* program = InSegment(NewProgram("P"), 8);
     VemSetPathName(program, "p.poe");
-    CVemBaseNode* first = VemCreateCVemFunctionNode("F1", "first.poe");
-    VemSetSegmentNumbers(first, 9, 9, 9, 9);
-    CVemBaseNode* second = VemCreateCVemFunctionNode("F2", "second.poe");
-    VemSetSegmentNumbers(second, 9, 9, 9, 9);
-    VemAddChildTail(top, program);
-    VemAddChildTail(top, inner);
+    AddChildren(top, {program, inner, InSegment(VemCreateCVemFunctionNode("F1", "first.poe"), 9),
+                      InSegment(VemCreateCVemFunctionNode("F2", "second.poe"), 9)});
     VemAddChildTail(inner, deep);
-    VemAddChildTail(top, first);
-    VemAddChildTail(top, second);
 
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 7), "deep.poe");  // through the child block
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 2), "in.poe");
@@ -361,22 +329,8 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     CVemBaseNode* clone = VemClone(source);
     auto* c = static_cast<CVemProgramNode*>(clone);
     ASSERT_EQ(clone->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(c->DataSegNr, 1);
-    EXPECT_EQ(c->CodeSegNr, 2);
-    EXPECT_EQ(c->IniDataSegNr, 3);
+    EXPECT_EQ(Written(clone), Written(source));  // every stored field, the list and the children
     EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);  // not copied
-    EXPECT_EQ(c->CrSize, 5);
-    EXPECT_EQ(c->SizeCrStack, 6);
-    EXPECT_EQ(c->ElemCrStack, 7);
-    EXPECT_EQ(c->Checksum, 8u);
-    EXPECT_EQ(c->Date, 9u);
-    EXPECT_EQ(c->DataSegLength, 10);
-    EXPECT_EQ(c->Path, "p.poe");
-    EXPECT_EQ(c->CodeFileName, "p.obj");
-    EXPECT_EQ(c->ProgramNr, 11);
-    EXPECT_EQ(c->StartOffset, 12u);
-    EXPECT_EQ(c->GlobalFlag, 1);
-    EXPECT_EQ(c->Children.GetCount(), 1);
     ASSERT_NE(c->StatList, nullptr);
     EXPECT_NE(c->StatList, p->StatList);
     ASSERT_NE(c->StatList->GetEntry(4), nullptr);
@@ -417,11 +371,10 @@ TEST(UnitsPou, EachKindClonesToItsOwnClass) {
     CVemBaseNode* fbClone = VemClone(fb);
     CVemBaseNode* functionClone = VemClone(function);
     EXPECT_EQ(fbClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFbNode));
-    EXPECT_EQ(static_cast<CVemFbNode*>(fbClone)->Reserved, 3);
-    EXPECT_EQ(static_cast<CVemFbNode*>(fbClone)->Reserved2, 4);
+    EXPECT_EQ(Written(fbClone), Written(fb));  // with the reserved words
     EXPECT_EQ(functionClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
-    EXPECT_EQ(VemGetOffset(functionClone), 5);
+    EXPECT_EQ(Written(functionClone), Written(function));
+    EXPECT_EQ(VemGetOffset(functionClone), 5);  // not stored, but cloned
     EXPECT_EQ(VemGetSubSegmentKind(functionClone), kIpSegData);
-    EXPECT_EQ(static_cast<CVemFunctionNode*>(functionClone)->Reserved, 6);
     for (CVemBaseNode* n : {fb, function, fbClone, functionClone}) VemDeleteNode(n);
 }

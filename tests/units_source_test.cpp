@@ -52,6 +52,9 @@ TEST(UnitsSource, DateIsPackedFromTheLocalModificationTime) {
     EXPECT_EQ(date >> 5 & 0x3F, 7u);     // minute
     EXPECT_EQ(date & 0x1F, 15u);         // seconds / 2
     EXPECT_EQ(date, 0x585D68EFu);
+    // A file that cannot be opened leaves the date as it was.
+    VemSetDate(program, dir.file("missing.poe").c_str());
+    EXPECT_EQ(VemGetDate(program), date);
     VemDeleteNode(program);
 }
 
@@ -61,43 +64,19 @@ TEST(UnitsSource, PackedDateFields) {
     EXPECT_EQ(CVemPouNode::PackDate(2108, 1, 1, 0, 0, 1), 0x00210000u);  // the year falls off the word
 }
 
-TEST(UnitsSource, DateOfAFileThatCannotBeOpenedStaysAsItWas) {
-    TempDir dir;
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    static_cast<CVemPouNode*>(program)->Date = 77;
-    VemSetDate(program, dir.file("missing.poe").c_str());
-    EXPECT_EQ(VemGetDate(program), 77u);
-    VemDeleteNode(program);
-}
-
+// A source without the key gives zero; a file that cannot be opened leaves the checksum as it was.
 TEST(UnitsSource, ChecksumIsTheNumberOfTheHeadersCheckKey) {
     TempDir dir;
-    const std::string path = dir.file("main.poe");
-    WriteFileText(path, kSource);
-    CVemBaseNode* function = VemCreateCVemFunctionNode("MAIN", path.c_str());
-    VemSetCheckSum(function, path.c_str());
-    EXPECT_EQ(VemGetCheckSum(function), 305419896u);
-    VemDeleteNode(function);
-}
-
-TEST(UnitsSource, ChecksumOfASourceWithoutTheKeyIsZero) {
-    TempDir dir;
-    const std::string path = dir.file("plain.poe");
-    WriteFileText(path, "PROGRAM MAIN\r\nEND_PROGRAM\r\n");
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    VemSetCheckSum(program, 9u);
-    VemSetCheckSum(program, path.c_str());
-    EXPECT_EQ(VemGetCheckSum(program), 0u);
-    VemDeleteNode(program);
-}
-
-TEST(UnitsSource, ChecksumOfAFileThatCannotBeOpenedStaysAsItWas) {
-    TempDir dir;
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    VemSetCheckSum(program, 9u);
-    VemSetCheckSum(program, dir.file("missing.poe").c_str());
-    EXPECT_EQ(VemGetCheckSum(program), 9u);
-    VemDeleteNode(program);
+    WriteFileText(dir.file("main.poe"), kSource);
+    WriteFileText(dir.file("plain.poe"), "PROGRAM MAIN\r\nEND_PROGRAM\r\n");
+    const std::pair<const char*, u32> cases[] = {{"main.poe", 305419896u}, {"plain.poe", 0u}, {"missing.poe", 9u}};
+    for (const auto& [name, expected] : cases) {
+        CVemBaseNode* unit = VemCreateCVemFunctionNode("MAIN", "");
+        VemSetCheckSum(unit, 9u);
+        VemSetCheckSum(unit, dir.file(name).c_str());
+        EXPECT_EQ(VemGetCheckSum(unit), expected) << name;
+        VemDeleteNode(unit);
+    }
 }
 
 TEST(UnitsSource, NodesThatAreNoUnitsTakeNothingFromAFile) {

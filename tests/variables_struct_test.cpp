@@ -37,6 +37,12 @@ CVemBaseNode* NewBase(const char* name) {
 
 CVemBaseNode* NewFb(const char* name) { return VemCreateCVemFbNode(name, ""); }
 
+// Appends the children in order and gives back the parent.
+CVemBaseNode* With(CVemBaseNode* parent, std::initializer_list<CVemBaseNode*> children) {
+    for (CVemBaseNode* child : children) VemAddChildTail(parent, child);
+    return parent;
+}
+
 CVemBaseNode* ChildAt(CVemBaseNode* parent, int index) {
     return static_cast<CVemBaseNode*>(parent->Children.GetAt(parent->Children.FindIndex(index)));
 }
@@ -58,11 +64,8 @@ TEST(VariablesStruct, NewStructure) {
 }
 
 TEST(VariablesStruct, MembersGetTheSumOfTheOffsetsAbove) {
-    CVemBaseNode* outer = NewStruct("S", 100, 12);
-    CVemBaseNode* inner = NewStruct("N", 8, 4);
-    VemAddChildTail(outer, Member("A", 4));
-    VemAddChildTail(outer, inner);
-    VemAddChildTail(inner, Member("B", 2));
+    CVemBaseNode* inner = With(NewStruct("N", 8, 4), {Member("B", 2)});
+    CVemBaseNode* outer = With(NewStruct("S", 100, 12), {Member("A", 4), inner});
     const u16 starts[] = {0};
     EXPECT_EQ(VemComputeOffsets(outer, starts), 1);
     EXPECT_EQ(VemGetOffset(outer), 100);
@@ -89,8 +92,7 @@ TEST(VariablesStruct, SegmentReachesTheMembersWhateverTheStructuresOwnRule) {
     CVemBaseNode* s = NewStruct("S", 0, 4);
     CVemBaseNode* m = Member("A", 0);
     CVemBaseNode* own = Member("B", 2, 8);  // a member of scope 8 keeps to its own rule
-    VemAddChildTail(s, m);
-    VemAddChildTail(s, own);
+    With(s, {m, own});
     VemSetParentSegment(s, 7);
     EXPECT_EQ(VemGetParentSegment(s), 7);
     EXPECT_EQ(VemGetParentSegment(m), 7);
@@ -105,10 +107,8 @@ TEST(VariablesStruct, SegmentReachesTheMembersWhateverTheStructuresOwnRule) {
 }
 
 TEST(VariablesStruct, ProgramNumberReachesTheWholeSubtree) {
-    CVemBaseNode* outer = NewStruct("S", 0, 8);
-    CVemBaseNode* inner = NewStruct("N", 0, 4);
-    VemAddChildTail(outer, inner);
-    VemAddChildTail(inner, Member("A", 0));
+    CVemBaseNode* inner = With(NewStruct("N", 0, 4), {Member("A", 0)});
+    CVemBaseNode* outer = With(NewStruct("S", 0, 8), {inner});
     VemSetProgramNr(outer, 5);
     EXPECT_EQ(VemGetProgramNr(outer), 5);
     EXPECT_EQ(VemGetProgramNr(inner), 5);
@@ -120,18 +120,15 @@ TEST(VariablesStruct, MembersAreFoundByTheirBareNameAmongTheDirectChildren) {
     CVemBaseNode* s = NewStruct("S", 0, 8);
     CVemBaseNode* a = Member("A", 0);
     VemSetTypeName(a, "INT");
-    CVemBaseNode* inner = NewStruct("N", 2, 4);
-    VemAddChildTail(s, a);
-    VemAddChildTail(s, inner);
-    VemAddChildTail(inner, Member("DEEP", 0));
+    CVemBaseNode* inner = With(NewStruct("N", 2, 4), {Member("DEEP", 0)});
+    With(s, {a, inner});
     EXPECT_EQ(VemGetChildNodeByName(s, "A"), a);
     EXPECT_EQ(VemGetChildNodeByName(s, "N"), inner);
     EXPECT_EQ(VemGetChildNodeByName(s, "a"), nullptr);
     EXPECT_EQ(VemGetChildNodeByName(s, "A : INT"), nullptr);
     EXPECT_EQ(VemGetChildNodeByName(s, "DEEP"), nullptr);
 
-    CVemBaseNode* plain = Member("P", 0);
-    VemAddChildTail(plain, Member("A", 0));
+    CVemBaseNode* plain = With(Member("P", 0), {Member("A", 0)});
     EXPECT_EQ(VemGetChildNodeByName(plain, "A"), nullptr);
     VemDeleteNode(s);
     VemDeleteNode(plain);
@@ -141,8 +138,7 @@ TEST(VariablesStruct, StructureRecordIsTheVariableRecordAndMembersComeBack) {
     TempDir dir;
     CVemBaseNode* s = NewStruct("S", 6, 4);
     VemSetTypeName(s, "POINT");
-    VemAddChildTail(s, Member("X", 0));
-    VemAddChildTail(s, Member("Y", 2));
+    With(s, {Member("X", 0), Member("Y", 2)});
     ASSERT_EQ(VemWriteNode(s, dir.file("s.vem").c_str()), 1);
     CVemBaseNode* loaded = VemLoadNode(dir.file("s.vem").c_str());
     ASSERT_NE(loaded, nullptr);
@@ -156,8 +152,7 @@ TEST(VariablesStruct, StructureRecordIsTheVariableRecordAndMembersComeBack) {
     // A plain variable of the structure data type, with the same fields, gives the same bytes.
     CVemBaseNode* v = VemCreateCVemVariableNode("S", 6, kCbeTypeStruct, 4, 0);
     VemSetTypeName(v, "POINT");
-    VemAddChildTail(v, Member("X", 0));
-    VemAddChildTail(v, Member("Y", 2));
+    With(v, {Member("X", 0), Member("Y", 2)});
     ASSERT_EQ(VemWriteNode(v, dir.file("v.vem").c_str()), 1);
     EXPECT_EQ(vemtest::ReadFileBytes(dir.file("v.vem")), vemtest::ReadFileBytes(dir.file("s.vem")));
     VemDeleteNode(s);
@@ -193,7 +188,7 @@ TEST(VariablesInstance, NewInstance) {
     EXPECT_EQ(direct.Size, 4);
 }
 
-TEST(VariablesInstance, PredefinedIsNotStored) {
+TEST(VariablesInstance, PredefinedIsNotStoredButCloned) {
     TempDir dir;
     CVemBaseNode* i = NewInstance("I", "TON");
     VemSetPredefinedFlag(i, 1);
@@ -205,14 +200,8 @@ TEST(VariablesInstance, PredefinedIsNotStored) {
     EXPECT_EQ(VemIsPredefined(loaded), 0);
     EXPECT_EQ(VemGetTypeName(loaded), "TON");
     EXPECT_EQ(VemGetSize(loaded), 4);
-    VemDeleteNode(i);
     VemDeleteNode(loaded);
-}
-
-// Chosen behaviour: a clone stands for the same function block and keeps the flag.
-TEST(VariablesInstance, CloneKeepsPredefined) {
-    CVemBaseNode* i = NewInstance("I", "TON");
-    VemSetPredefinedFlag(i, 1);
+    // Chosen behaviour: a clone stands for the same function block and keeps the flag.
     CVemBaseNode* c = VemClone(i);
     EXPECT_EQ(c->GetRuntimeClass(), RUNTIME_CLASS(CVemFbInstanceNode));
     EXPECT_EQ(VemIsPredefined(c), 1);
@@ -222,44 +211,25 @@ TEST(VariablesInstance, CloneKeepsPredefined) {
 }
 
 TEST(VariablesInstance, FindsItsFunctionBlockBelowTheTask) {
-    CVemBaseNode* task = NewTask("T1");
     CVemBaseNode* fb = NewFb("A : T");
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
     CVemBaseNode* instance = NewInstance("A", "T");
-    VemAddChildTail(task, NewFb("A : U"));
-    VemAddChildTail(task, fb);
-    VemAddChildTail(task, program);
-    VemAddChildTail(program, instance);
+    CVemBaseNode* task = With(NewTask("T1"), {NewFb("A : U"), fb, With(VemNewNode(kVemProgramNode), {instance})});
     EXPECT_EQ(VemGetReferenceNode(instance), fb);
     // Only the type 4 counts.
     VemSetName(fb, "other");
-    CVemBaseNode* function = VemCreateCVemFunctionNode("A : T", "");
-    VemAddChildTail(task, function);
+    VemAddChildTail(task, VemCreateCVemFunctionNode("A : T", ""));
     EXPECT_EQ(VemGetReferenceNode(instance), nullptr);
     VemDeleteNode(task);
 }
 
 TEST(VariablesInstance, FindsItsFunctionBlockBelowGlobalResourceTwoLevelsUp) {
     // resource > TASKS > task > program > instance, and resource > "Global - Resource" > global task.
-    CVemBaseNode* resource = NewBase("RES");
-    CVemBaseNode* tasks = NewBase("TASKS");
-    CVemBaseNode* task = NewTask("T1");
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
     CVemBaseNode* instance = NewInstance("A", "T");
-    CVemBaseNode* global = NewBase("Global - Resource");
-    CVemBaseNode* first = NewTask("G1");
-    CVemBaseNode* second = NewTask("G2");
+    CVemBaseNode* task = With(NewTask("T1"), {With(VemNewNode(kVemProgramNode), {instance})});
     CVemBaseNode* fb = NewFb("A : T");
-    VemAddChildTail(resource, tasks);
-    VemAddChildTail(resource, global);
-    VemAddChildTail(tasks, task);
-    VemAddChildTail(task, program);
-    VemAddChildTail(program, instance);
-    VemAddChildTail(global, first);
-    VemAddChildTail(global, second);
-    VemAddChildTail(first, NewFb("B : T"));
-    VemAddChildTail(second, fb);
-    VemAddChildTail(second, NewFb("A : T"));
+    CVemBaseNode* global = With(NewBase("Global - Resource"), {With(NewTask("G1"), {NewFb("B : T")}),
+                                                               With(NewTask("G2"), {fb, NewFb("A : T")})});
+    CVemBaseNode* resource = With(NewBase("RES"), {With(NewBase("TASKS"), {task}), global});
     EXPECT_EQ(VemGetReferenceNode(instance), fb);
 
     // One found below the task itself comes first.
@@ -275,10 +245,8 @@ TEST(VariablesInstance, FindsItsFunctionBlockBelowGlobalResourceTwoLevelsUp) {
 }
 
 TEST(VariablesInstance, FindsNothingOutsideATask) {
-    CVemBaseNode* root = NewBase("R");
     CVemBaseNode* instance = NewInstance("A", "T");
-    VemAddChildTail(root, NewFb("A : T"));
-    VemAddChildTail(root, instance);
+    CVemBaseNode* root = With(NewBase("R"), {NewFb("A : T"), instance});
     EXPECT_EQ(VemGetReferenceNode(instance), nullptr);
     VemDeleteNode(root);
 
@@ -289,16 +257,9 @@ TEST(VariablesInstance, FindsNothingOutsideATask) {
 
 // Chosen behaviour: a task with no node two levels above it has no global level to search.
 TEST(VariablesInstance, TaskWithoutTwoLevelsAboveFindsOnlyItsOwn) {
-    CVemBaseNode* parent = NewBase("P");
-    CVemBaseNode* task = NewTask("T1");
     CVemBaseNode* instance = NewInstance("A", "T");
-    CVemBaseNode* global = NewBase("Global - Resource");
-    CVemBaseNode* globalTask = NewTask("G");
-    VemAddChildTail(parent, task);
-    VemAddChildTail(parent, global);
-    VemAddChildTail(global, globalTask);
-    VemAddChildTail(globalTask, NewFb("A : T"));
-    VemAddChildTail(task, instance);
+    CVemBaseNode* global = With(NewBase("Global - Resource"), {With(NewTask("G"), {NewFb("A : T")})});
+    CVemBaseNode* parent = With(NewBase("P"), {With(NewTask("T1"), {instance}), global});
     EXPECT_EQ(VemGetReferenceNode(instance), nullptr);
     VemDeleteNode(parent);
 }
