@@ -37,12 +37,13 @@ CVemByteArray* UnitSegment() {
     return a;
 }
 
-int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) {
-    tDownloadListEntry e = Entry(name);
+int AddEntry(CVemDownloadList& list, tDownloadListEntry e, int& isNew) {
     CVemByteArray* first = nullptr;
     CVemByteArray* second = nullptr;
     return list.AddNextEntry(e, isNew, first, second);
 }
+
+int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) { return AddEntry(list, Entry(name), isNew); }
 
 void AddEntries(CVemDownloadList& list, int count) {
     int isNew = 0;
@@ -221,50 +222,39 @@ TEST(DownloadList, AnEmptyListMakesNoSegment) {
     EXPECT_EQ(table.GetNoOfSegments(), 0);
 }
 
-TEST(DownloadList, OneEntryMakesOneSegmentOf56Bytes) {
-    CVemDownloadList list;
-    tDownloadListEntry e = Entry("UNIT", 0x11223344, 0x55667788);
-    e.SecondSegment = 0x0102;
-    int isNew = 0;
-    CVemByteArray* first = nullptr;
-    CVemByteArray* second = nullptr;
-    list.AddNextEntry(e, isNew, first, second);
-    CSegmentTable table;
-    EXPECT_EQ(list.CreateSegments(&table, 0, 0), 1);
-    ASSERT_EQ(table.GetNoOfSegments(), 1);
-    Bytes want;
-    want.u16_(56);          // Size, with the header
-    want.u8_(22);           // kind: first download table segment
-    want.u8_(8);            // header length
-    want.u16_(0);           // Next Seg: none
-    want.u16_(1);           // Num
-    want.u16_(0xCDCD);      // entry: constant word
-    want.u16_(0x0102);      // SecondSegment
-    want.u32_(0x55667788);  // Value2
-    want.u32_(0x11223344);  // Value1
-    want.raw({'U', 'N', 'I', 'T'}).raw(std::vector<u8>(32, 0));  // name in 36 bytes
-    EXPECT_EQ(SegmentBytes(table, 0), want.v);
-}
-
-TEST(DownloadList, ABigEndianListWritesTheHighByteFirst) {
-    CVemDownloadList list;
-    tDownloadListEntry e = Entry("U", 0x11223344, 0x55667788);
-    e.SecondSegment = 0x0102;
-    int isNew = 0;
-    CVemByteArray* first = nullptr;
-    CVemByteArray* second = nullptr;
-    list.AddNextEntry(e, isNew, first, second);
-    CSegmentTable table;
-    list.CreateSegments(&table, 0, 1);
-    Bytes want;
-    want.raw({0x00, 0x38});              // Size 56, high byte first
-    want.u8_(22).u8_(8);                 // kind, header length
-    want.raw({0x00, 0x00, 0x00, 0x01});  // Next Seg, Num
-    want.raw({0xCD, 0xCD, 0x01, 0x02});  // constant word, SecondSegment
-    want.raw({0x55, 0x66, 0x77, 0x88, 0x11, 0x22, 0x33, 0x44});  // Value2, Value1
-    want.u8_('U').raw(std::vector<u8>(35, 0));
-    EXPECT_EQ(SegmentBytes(table, 0), want.v);
-    EXPECT_TRUE(table.GetSegment(0)->IsMotorolaFormat());
+TEST(DownloadList, OneEntryMakesOneSegmentOf56BytesInEitherByteOrder) {
+    for (int motorola : {0, 1}) {
+        SCOPED_TRACE(motorola);
+        CVemDownloadList list;
+        tDownloadListEntry e = Entry("UNIT", 0x11223344, 0x55667788);
+        e.SecondSegment = 0x0102;
+        int isNew = 0;
+        AddEntry(list, e, isNew);
+        CSegmentTable table;
+        EXPECT_EQ(list.CreateSegments(&table, 0, motorola), 1);
+        ASSERT_EQ(table.GetNoOfSegments(), 1);
+        Bytes want;
+        if (motorola) {
+            want.raw({0x00, 0x38});              // Size 56, high byte first
+            want.u8_(22).u8_(8);                 // kind, header length
+            want.raw({0x00, 0x00, 0x00, 0x01});  // Next Seg, Num
+            want.raw({0xCD, 0xCD, 0x01, 0x02});  // constant word, SecondSegment
+            want.raw({0x55, 0x66, 0x77, 0x88, 0x11, 0x22, 0x33, 0x44});  // Value2, Value1
+        } else {
+            want.u16_(56);          // Size, with the header
+            want.u8_(22);           // kind: first download table segment
+            want.u8_(8);            // header length
+            want.u16_(0);           // Next Seg: none
+            want.u16_(1);           // Num
+            want.u16_(0xCDCD);      // entry: constant word
+            want.u16_(0x0102);      // SecondSegment
+            want.u32_(0x55667788);  // Value2
+            want.u32_(0x11223344);  // Value1
+        }
+        want.raw({'U', 'N', 'I', 'T'}).raw(std::vector<u8>(32, 0));  // name in 36 bytes
+        EXPECT_EQ(SegmentBytes(table, 0), want.v);
+        EXPECT_EQ(table.GetSegment(0)->IsMotorolaFormat() != 0, motorola == 1);
+    }
 }
 
 TEST(DownloadList, ANameOf40CharactersIsCutTo36) {
@@ -315,9 +305,7 @@ TEST(DownloadList, StoredFormByteForByte) {
     e.SecondSegment = 3;
     e.FirstSegment = 4;
     int isNew = 0;
-    CVemByteArray* first = nullptr;
-    CVemByteArray* second = nullptr;
-    list.AddNextEntry(e, isNew, first, second);
+    AddEntry(list, e, isNew);
     list.GetEntryByIndex(1)->TailPathName = "D\\FILE1";
     list.PathName = "D";
     Bytes want;
