@@ -1,7 +1,8 @@
 // The archive's encodings: strings, counts, schema words, object references.
 #include "node/basenode.h"
-#include "test_util.h"
+#include "memory_test_util.h"
 
+using memtest::CauseOf;
 using vemtest::Bytes;
 
 namespace {
@@ -14,17 +15,6 @@ std::vector<u8> Store(const std::function<void(CArchive&)>& write) {
         ar.Close();
     }
     return file.Detach();
-}
-
-// The cause of the archive exception the call raises, -1 if it raises none.
-template <class F>
-int CauseOf(F call) {
-    try {
-        call();
-    } catch (const CArchiveException& e) {
-        return e.m_cause;
-    }
-    return -1;
 }
 
 // A serializable class of the tests' own, to watch the object numbering.

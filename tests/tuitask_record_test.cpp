@@ -175,12 +175,7 @@ TEST_F(TuiTaskRecord, NewerVersionFails) {
     std::vector<u8> record = StoreRecord(task.get());
     record[record.size() - kTail.size()] = 2;
     NodePtr loaded = MakeNode(kVemTuiTaskNode);
-    try {
-        LoadRecord(loaded.get(), record);
-        FAIL() << "a newer record loaded";
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::badIndex);
-    }
+    EXPECT_EQ(memtest::CauseOf([&] { LoadRecord(loaded.get(), record); }), CArchiveException::badIndex);
 }
 
 TEST_F(TuiTaskRecord, EveryTruncatedRecordFailsAndLeavesNothing) {
