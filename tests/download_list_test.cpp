@@ -5,9 +5,11 @@
 
 #include "alloc_hook.h"
 #include "memory/segtbl.h"
-#include "test_util.h"
+#include "memory_test_util.h"
 #include "vem_bytearray.h"
 
+using memtest::Load;
+using memtest::Stored;
 using vemtest::Bytes;
 using vemtest::MessageCapture;
 using vemtest::TempDir;
@@ -57,20 +59,6 @@ std::vector<u8> SegmentBytes(CSegmentTable& table, u16 number) {
 }
 
 u16 WordLE(const std::vector<u8>& b, std::size_t at) { return static_cast<u16>(b[at] | (b[at + 1] << 8)); }
-
-std::vector<u8> Store(CObject& object) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    object.Serialize(ar);
-    ar.Close();
-    return file.Data();
-}
-
-void Load(CObject& object, const std::vector<u8>& bytes) {
-    CMemFile file(bytes);
-    CArchive ar(&file, CArchive::load);
-    object.Serialize(ar);
-}
 
 // The record of an entry as a new object; the class is new unless its number is given.
 Bytes& EntryObject(Bytes& b, unsigned classNumber, const std::string& tail, const std::string& name, u16 index) {
@@ -315,14 +303,14 @@ TEST(DownloadList, StoredFormByteForByte) {
     want.u16_(0);    // schema word
     Double(want, 1.0);  // LastIndex
     want.str("D");   // PathName
-    EXPECT_EQ(Store(list), want.v);
+    EXPECT_EQ(Stored(list), want.v);
 }
 
 TEST(DownloadList, LoadFindsEntriesByIndexButNotByName) {
     CVemDownloadList list;
     AddEntries(list, 3);
     list.PathName = "P";
-    const std::vector<u8> bytes = Store(list);
+    const std::vector<u8> bytes = Stored(list);
     CVemDownloadList loaded;
     Load(loaded, bytes);
     EXPECT_EQ(loaded.LastIndex, 3);

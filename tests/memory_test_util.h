@@ -24,6 +24,14 @@ inline void Load(const std::vector<u8>& bytes, const std::function<void(CArchive
     load(ar);
 }
 
+// What the object's Serialize stores, and a load of the bytes into it.
+inline std::vector<u8> Stored(CObject& object) {
+    return Stored([&](CArchive& ar) { object.Serialize(ar); });
+}
+inline void Load(CObject& object, const std::vector<u8>& bytes) {
+    Load(bytes, [&](CArchive& ar) { object.Serialize(ar); });
+}
+
 // The cause of the archive exception the call raises, -1 if it raises none.
 template <class F>
 int CauseOf(F call) {
