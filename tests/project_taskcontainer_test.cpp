@@ -71,32 +71,31 @@ CVemBaseNode* StoreAndLoad(const TempDir& dir, CVemBaseNode* root) {
     return VemLoadNode(dir.file("exe.vem").c_str());
 }
 
-tCompiledTasks Counts(CVemBaseNode* node) { return VemAllTaskCompiledSuccesfully(node); }
+// Registered and compiled tasks.
+std::pair<int, int> Counts(CVemBaseNode* node) {
+    const tCompiledTasks counts = VemAllTaskCompiledSuccesfully(node);
+    return {counts.NoOfTasks, counts.NoOfCompiledTasks};
+}
 
 }  // namespace
 
 TEST(TaskContainer, CountsRegisteredAndCompiledTasks) {
     CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 0);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(tasks), std::make_pair(0, 0));
     VemRegisterTask(tasks, "T1");
     VemRegisterTask(tasks, "T2");
     VemTaskCompiled(tasks, "T1", "t1.tsk");
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 1);
+    EXPECT_EQ(Counts(tasks), std::make_pair(2, 1));
     VemRegisterTask(tasks, "T1");  // takes the compile result back
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(tasks), std::make_pair(2, 0));
     VemTaskCompiled(tasks, "T3", "t3.tsk");  // never registered: the entry is made
     VemTaskCompiled(tasks, "t3", "other.tsk");  // keys keep their case
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 4);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 2);
+    EXPECT_EQ(Counts(tasks), std::make_pair(4, 2));
 
     // Only the container answers.
     CVemBaseNode* task = VemNewNode(kVemTaskNode);
     VemRegisterTask(task, "T1");
-    EXPECT_EQ(Counts(task).NoOfTasks, 0);
-    EXPECT_EQ(Counts(task).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(task), std::make_pair(0, 0));
     VemDeleteNode(task);
     VemDeleteNode(tasks);
 }
@@ -127,8 +126,7 @@ TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(VemGetName(loaded), "TASKS");
     EXPECT_TRUE(ChildNames(loaded).empty());
-    EXPECT_EQ(Counts(loaded).NoOfTasks, 1);
-    EXPECT_EQ(Counts(loaded).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(loaded), std::make_pair(1, 0));
     VemDeleteNode(loaded);
 }
 
@@ -170,8 +168,7 @@ TEST(TaskContainer, LoadHangsTheCompiledTasksBelowIt) {
         ASSERT_NE(tasks, nullptr);
         EXPECT_EQ(VemGetParentNode(tasks), loaded);
         EXPECT_EQ(ChildNames(tasks), c.names);
-        EXPECT_EQ(Counts(tasks).NoOfTasks, static_cast<int>(c.entries.size()));
-        EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, c.compiled);
+        EXPECT_EQ(Counts(tasks), std::make_pair(static_cast<int>(c.entries.size()), c.compiled));
         CObList* list = VemGetChildList(tasks);
         for (POSITION pos = list->GetHeadPosition(); pos;) {
             auto* task = static_cast<CVemBaseNode*>(list->GetNext(pos));
