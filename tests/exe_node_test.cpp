@@ -97,12 +97,9 @@ TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
     EXPECT_EQ(exe->GetTaskDefSegmentBytePointer()[0], 0x02);
 }
 
-TEST_F(ExeNode, ContainerFilesProjectNameAndUserLevel) {
+// Project name and user level go through a store and load in the record tests.
+TEST_F(ExeNode, ContainerFilesOfTheExecutableOnly) {
     NodePtr exe = MakeNode(kVemExeNode);
-    VemSetDatacontFilesProjectName(exe.get(), "PROJECT");
-    VemSetDatacontFilesUserLevel(exe.get(), 3);
-    EXPECT_STREQ(VemGetDatacontFilesProjectName(exe.get()), "PROJECT");
-    EXPECT_EQ(VemGetDatacontFilesUserLevel(exe.get(), 99), 3);
     NodePtr task = MakeNode(kVemTuiTaskNode);
     VemSetDatacontFilesProjectName(task.get(), "PROJECT");
     EXPECT_EQ(VemGetDatacontFilesProjectName(task.get()), nullptr);
