@@ -153,21 +153,18 @@ TEST(MemorySegTbl, CorrespondingSegmentGoesBehindKindAndHeaderLength) {
     }
 }
 
-TEST(MemorySegTbl, PatchesNeedSixBytes) {
+// Patches need six bytes; the halves of an instance handle stand two bytes apart.
+TEST(MemorySegTbl, PatchesNeedSixBytesAndInstanceHandleHalvesStandApart) {
     Table t;
     VemSegTblAddNewSegment(t, NewArray({1, 2, 3, 4, 5}));
     VemSegTblAddNewSegment(t, nullptr);
+    VemSegTblAddNewSegment(t, NewArray(ByteVec(10, 0), 1, 1));
     EXPECT_EQ(VemSegTblPatchCorrespondingSegment(t, 0, 1), 0);
     EXPECT_EQ(VemSegTblPatchCorrespondingSegment(t, 1, 1), 1);  // an empty number
     EXPECT_EQ(VemSegTblPatchInstanceHandle(t, 0, 0, tInstanceHandle{1, 2}), 0);
     EXPECT_EQ(SegmentBytes(t, 0), (ByteVec{1, 2, 3, 4, 5}));
-}
-
-TEST(MemorySegTbl, InstanceHandleHalvesStandTwoBytesApart) {
-    Table t;
-    VemSegTblAddNewSegment(t, NewArray(ByteVec(10, 0), 1, 1));
-    ASSERT_EQ(VemSegTblPatchInstanceHandle(t, 0, 2, tInstanceHandle{0x1122, 0x3344}), 1);
-    EXPECT_EQ(SegmentBytes(t, 0), (ByteVec{0, 0, 0x11, 0x22, 0x33, 0x44, 0, 0, 0, 0}));
+    ASSERT_EQ(VemSegTblPatchInstanceHandle(t, 2, 2, tInstanceHandle{0x1122, 0x3344}), 1);
+    EXPECT_EQ(SegmentBytes(t, 2), (ByteVec{0, 0, 0x11, 0x22, 0x33, 0x44, 0, 0, 0, 0}));
 }
 
 TEST(MemorySegTbl, ChecksumChainsThroughTheArrays) {
