@@ -140,6 +140,8 @@ TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
     EXPECT_EQ(VemGetProgramNr(VemGetLastChild(first)), 0);
 }
 
+// The task container is preferred to a task node named TASKS; a node of another type named TASKS
+// or a container with another name numbers nothing.
 TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
     NodePtr exe = MakeNode(kVemExeNode);
     CVemBaseNode* plain = Named(kVemTaskNode, "TASKS");
@@ -148,25 +150,20 @@ TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
     CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
     VemAddChildTail(exe.get(), container);
     CVemBaseNode* inContainer = AddTask(container, "B");
+    CVemBaseNode* other = Named(kVemBaseNode, "TASKS");  // right name, wrong type
+    VemAddChildHead(exe.get(), other);
+    CVemBaseNode* lower = Named(kVemTaskContainerNode, "tasks");  // right type, wrong case
+    VemAddChildHead(exe.get(), lower);
+    CVemBaseNode* inOther = AddTask(other, "C");
+    CVemBaseNode* inLower = AddTask(lower, "D");
     VemComputeProgramNumbers(exe.get(), 0);
     EXPECT_EQ(VemGetProgramNr(inContainer), 1);
     EXPECT_EQ(VemGetProgramNr(inPlain), 0);
     VemDeleteChildNode(exe.get(), container);
     VemComputeProgramNumbers(exe.get(), 0);
     EXPECT_EQ(VemGetProgramNr(inPlain), 1);
-}
-
-TEST_F(ExeNode, NoTasksNodeNumbersNothing) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    CVemBaseNode* other = Named(kVemBaseNode, "TASKS");  // right name, wrong type
-    VemAddChildTail(exe.get(), other);
-    CVemBaseNode* lower = Named(kVemTaskContainerNode, "tasks");  // right type, wrong case
-    VemAddChildTail(exe.get(), lower);
-    CVemBaseNode* task = AddTask(other, "A");
-    CVemBaseNode* task2 = AddTask(lower, "B");
-    VemComputeProgramNumbers(exe.get(), 0);
-    EXPECT_EQ(VemGetProgramNr(task), 0);
-    EXPECT_EQ(VemGetProgramNr(task2), 0);
+    EXPECT_EQ(VemGetProgramNr(inOther), 0);
+    EXPECT_EQ(VemGetProgramNr(inLower), 0);
 }
 
 TEST_F(ExeNode, OneCodeNodePerUnitWhateverTheCase) {
