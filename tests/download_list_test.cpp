@@ -380,14 +380,10 @@ TEST(DownloadList, ADamagedStoredFormFailsWithoutLeaks) {
 
 TEST(DownloadList, AsAnObjectTheListHasClassSchema1) {
     CVemDownloadList list;
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    ar.WriteObject(&list);
-    ar.Close();
     Bytes want;
     want.u16_(0xFFFF).u16_(1).u16_(16);  // new class, class schema 1, name length
     for (char c : std::string("CVemDownloadList")) want.u8_(static_cast<u8>(c));
     want.u16_(0).u16_(0);  // no elements, schema word
     Double(want, 0.0).str("");
-    EXPECT_EQ(file.Data(), want.v);
+    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }), want.v);
 }

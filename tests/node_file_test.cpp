@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "alloc_hook.h"
-#include "test_util.h"
+#include "memory_test_util.h"
 
 using vemtest::Bytes;
 using vemtest::MessageCapture;
@@ -214,15 +214,8 @@ TEST(NodeFile, ObjectFormInACallersArchive) {
 
 TEST(NodeFile, ReadObjectRefusesClassesThatAreNoNodes) {
     CDWordArray words;
-    CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        ar.WriteObject(&words);
-        ar.Close();
-    }
-    CMemFile input(file.Data());
-    CArchive ar(&input, CArchive::load);
-    EXPECT_EQ(VemReadObject(ar), nullptr);
+    memtest::Load(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&words); }),
+                  [](CArchive& ar) { EXPECT_EQ(VemReadObject(ar), nullptr); });
 }
 
 namespace {
