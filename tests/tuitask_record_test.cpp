@@ -197,18 +197,13 @@ TEST_F(TuiTaskRecord, EveryTruncatedRecordFailsAndLeavesNothing) {
 // A task file holds the task as a new object of a new class: FFFF, class schema 5, the name.
 TEST_F(TuiTaskRecord, TaskFileObjectForm) {
     NodePtr task = SmallTask();
-    CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        ASSERT_EQ(VemWriteObject(task.get(), ar), 1);
-        ar.Close();
-    }
+    const std::vector<u8> bytes = Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(task.get(), ar), 1); });
     const std::vector<u8> head = Bytes().u16_(0xFFFF).u16_(5).u16_(15).v;
     const std::string name = "CVemTuiTaskNode";
-    ASSERT_GT(file.Data().size(), head.size() + name.size());
-    EXPECT_EQ(std::vector<u8>(file.Data().begin(), file.Data().begin() + 6), head);
-    EXPECT_EQ(std::string(file.Data().begin() + 6, file.Data().begin() + 21), name);
-    CMemFile in(file.Data());
+    ASSERT_GT(bytes.size(), head.size() + name.size());
+    EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + 6), head);
+    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 21), name);
+    CMemFile in(bytes);
     CArchive ar(&in, CArchive::load);
     NodePtr read(VemReadObject(ar));
     ASSERT_NE(read, nullptr);
