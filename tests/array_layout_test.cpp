@@ -34,19 +34,16 @@ CVemBaseNode* AddArray(CVemBaseNode* parent, const char* name, u16 offset, CVemB
 
 CVemBaseNode* Element(tCbeType type, u16 size) { return VemCreateCVemVariableNode("", 0, type, size, 0); }
 
-std::vector<int> Offsets(CVemBaseNode* array) {
-    std::vector<int> offsets;
+// A value of every element, in order.
+std::vector<int> Each(CVemBaseNode* array, int (*value)(CVemBaseNode*)) {
+    std::vector<int> values;
     CObList* list = VemGetChildList(array);
-    for (POSITION pos = list->GetHeadPosition(); pos;) offsets.push_back(VemGetOffset(static_cast<CVemBaseNode*>(list->GetNext(pos))));
-    return offsets;
+    for (POSITION pos = list->GetHeadPosition(); pos;) values.push_back(value(static_cast<CVemBaseNode*>(list->GetNext(pos))));
+    return values;
 }
 
-std::vector<int> Sizes(CVemBaseNode* array) {
-    std::vector<int> sizes;
-    CObList* list = VemGetChildList(array);
-    for (POSITION pos = list->GetHeadPosition(); pos;) sizes.push_back(VemGetSize(static_cast<CVemBaseNode*>(list->GetNext(pos))));
-    return sizes;
-}
+std::vector<int> Offsets(CVemBaseNode* array) { return Each(array, [](CVemBaseNode* n) { return int{VemGetOffset(n)}; }); }
+std::vector<int> Sizes(CVemBaseNode* array) { return Each(array, [](CVemBaseNode* n) { return int{VemGetSize(n)}; }); }
 
 std::vector<int> ExpandedOffsets(u8 alignment, u8 byteSize, u16 offset, CVemBaseNode* element, tVemDimRange range) {
     NodePtr exe = Target(alignment, byteSize);
@@ -57,46 +54,46 @@ std::vector<int> ExpandedOffsets(u8 alignment, u8 byteSize, u16 offset, CVemBase
 
 }  // namespace
 
-TEST_F(ArrayLayout, ElementsAsBigAsTheAlignmentFollowEachOther) {
-    EXPECT_EQ(ExpandedOffsets(2, 1, 10, Element(kCbeTypeInt, 2), {1, 3, 0}), (std::vector<int>{10, 12, 14}));
+// Elements as big as the alignment follow each other, smaller ones are not raised, bigger ones are
+// raised to it; wide strings keep their size but align as strings; every element takes a whole unit;
+// alignment 0 counts as 1; offsets wrap in 16 bits.
+TEST_F(ArrayLayout, ElementOffsetsFollowAlignmentAndUnitSize) {
+    struct Case {
+        u8 alignment, byteSize;
+        u16 offset;
+        tCbeType type;
+        u16 size;
+        tVemDimRange range;
+        std::vector<int> offsets;
+    };
+    const Case cases[] = {
+        {2, 1, 10, kCbeTypeInt, 2, {1, 3, 0}, {10, 12, 14}},   {2, 1, 10, kCbeTypeByte, 1, {1, 3, 0}, {10, 11, 12}},
+        {2, 1, 10, kCbeTypeUser, 3, {1, 3, 0}, {10, 14, 18}},  {4, 1, 0, kCbeTypeWString, 6, {0, 2, 0}, {0, 6, 12}},
+        {4, 1, 0, kCbeTypeDint, 6, {0, 2, 0}, {0, 8, 16}},     {1, 2, 0, kCbeTypeBool, 1, {0, 3, 0}, {0, 2, 4, 6}},
+        {1, 4, 0, kCbeTypeInt, 2, {0, 2, 0}, {0, 4, 8}},       {1, 3, 0, kCbeTypeBool, 1, {0, 2, 0}, {0, 1, 2}},
+        {0, 1, 10, kCbeTypeUser, 3, {0, 1, 0}, {10, 13}},      {1, 1, 65534, kCbeTypeInt, 2, {0, 2, 0}, {65534, 0, 2}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << int{c.alignment} << " " << int{c.byteSize} << " " << c.type << " " << c.size);
+        EXPECT_EQ(ExpandedOffsets(c.alignment, c.byteSize, c.offset, Element(c.type, c.size), c.range), c.offsets);
+    }
 }
 
-TEST_F(ArrayLayout, SmallerElementsAreNotRaised) {
-    EXPECT_EQ(ExpandedOffsets(2, 1, 10, Element(kCbeTypeByte, 1), {1, 3, 0}), (std::vector<int>{10, 11, 12}));
-}
-
-TEST_F(ArrayLayout, BiggerElementsAreRaisedToTheAlignment) {
-    EXPECT_EQ(ExpandedOffsets(2, 1, 10, Element(kCbeTypeUser, 3), {1, 3, 0}), (std::vector<int>{10, 14, 18}));
-}
-
-// A string's size is its length in units; at alignment 4 it is only raised to 2.
-TEST_F(ArrayLayout, StringsTakeTheirLengthAndAlignToTwo) {
-    NodePtr exe = Target(4, 1);
-    CVemBaseNode* array = AddArray(exe.get(), "S", 0, Element(kCbeTypeString, 81), {{0, 1, 0}});
-    VemSetArrayElementSizeOfType(array, 5);
-    VemExpandArray(array);
-    EXPECT_EQ(Offsets(array), (std::vector<int>{0, 6}));
-    EXPECT_EQ(Sizes(array), (std::vector<int>{5, 5}));
-}
-
-TEST_F(ArrayLayout, StringLengthCountsUnitsOfTheTarget) {
-    NodePtr exe = Target(2, 2);
-    CVemBaseNode* array = AddArray(exe.get(), "S", 0, Element(kCbeTypeString, 81), {{0, 1, 0}});
-    VemSetArrayElementSizeOfType(array, 3);
-    VemExpandArray(array);
-    EXPECT_EQ(Sizes(array), (std::vector<int>{6, 6}));
-    EXPECT_EQ(Offsets(array), (std::vector<int>{0, 6}));
-}
-
-TEST_F(ArrayLayout, WideStringsKeepTheirSizeButAlignAsStrings) {
-    EXPECT_EQ(ExpandedOffsets(4, 1, 0, Element(kCbeTypeWString, 6), {0, 2, 0}), (std::vector<int>{0, 6, 12}));
-    EXPECT_EQ(ExpandedOffsets(4, 1, 0, Element(kCbeTypeDint, 6), {0, 2, 0}), (std::vector<int>{0, 8, 16}));
-}
-
-TEST_F(ArrayLayout, EveryElementTakesAWholeUnit) {
-    EXPECT_EQ(ExpandedOffsets(1, 2, 0, Element(kCbeTypeBool, 1), {0, 3, 0}), (std::vector<int>{0, 2, 4, 6}));
-    EXPECT_EQ(ExpandedOffsets(1, 4, 0, Element(kCbeTypeInt, 2), {0, 2, 0}), (std::vector<int>{0, 4, 8}));
-    EXPECT_EQ(ExpandedOffsets(1, 3, 0, Element(kCbeTypeBool, 1), {0, 2, 0}), (std::vector<int>{0, 1, 2}));
+// A string's size is its length in units of the target; at alignment 4 it is only raised to 2.
+TEST_F(ArrayLayout, StringsTakeTheirLengthInUnitsAndAlignToTwo) {
+    struct Case {
+        u8 alignment, byteSize;
+        u16 length;
+        std::vector<int> offsets, sizes;
+    };
+    for (const Case& c : {Case{4, 1, 5, {0, 6}, {5, 5}}, Case{2, 2, 3, {0, 6}, {6, 6}}}) {
+        NodePtr exe = Target(c.alignment, c.byteSize);
+        CVemBaseNode* array = AddArray(exe.get(), "S", 0, Element(kCbeTypeString, 81), {{0, 1, 0}});
+        VemSetArrayElementSizeOfType(array, c.length);
+        VemExpandArray(array);
+        EXPECT_EQ(Offsets(array), c.offsets);
+        EXPECT_EQ(Sizes(array), c.sizes);
+    }
 }
 
 TEST_F(ArrayLayout, HeaderIsRaisedToTheAlignment) {
@@ -158,14 +155,6 @@ TEST_F(ArrayLayout, WithoutExecutableEveryUnitIsOneByte) {
     VemSetHeaderLength(array, 3);
     VemExpandArray(task.get());
     EXPECT_EQ(Offsets(array), (std::vector<int>{13, 16, 19}));
-}
-
-TEST_F(ArrayLayout, AlignmentZeroCountsAsOne) {
-    EXPECT_EQ(ExpandedOffsets(0, 1, 10, Element(kCbeTypeUser, 3), {0, 1, 0}), (std::vector<int>{10, 13}));
-}
-
-TEST_F(ArrayLayout, OffsetsWrapInSixteenBits) {
-    EXPECT_EQ(ExpandedOffsets(1, 1, 65534, Element(kCbeTypeInt, 2), {0, 2, 0}), (std::vector<int>{65534, 0, 2}));
 }
 
 TEST_F(ArrayLayout, RangesThatCannotBeExpandedLeaveTheArrayAlone) {

@@ -99,8 +99,8 @@ TEST_F(ArrayNode, ElementSizeOnlyOnArrays) {
     EXPECT_EQ(StoreRecord(variable.get()), StoreRecord(MakeNode(kVemVariableNode).get()));
 }
 
-// The prototype takes the number given, the elements the array's own.
-TEST_F(ArrayNode, SegmentsReachPrototypeAndElements) {
+// The prototype takes the segment given, the elements the array's own.
+TEST_F(ArrayNode, SegmentsReferenceAndProgramNumberReachThePrototype) {
     NodePtr array = IntArray();
     VemAddChildHead(array.get(), IntElement());
     VemSetParentSegment(array.get(), 5);
@@ -112,12 +112,7 @@ TEST_F(ArrayNode, SegmentsReachPrototypeAndElements) {
     EXPECT_EQ(VemGetParentSegment(array.get()), 5);
     EXPECT_EQ(VemGetParentSegment(VemGetReferenceNode(array.get())), 6);
     EXPECT_EQ(VemGetParentSegment(VemGetLastChild(array.get())), 5);
-}
-
-TEST_F(ArrayNode, ReferenceAndProgramNumberReachThePrototypeOnly) {
-    NodePtr array = IntArray();
-    VemAddChildHead(array.get(), IntElement());
-    VemSetReference(array.get(), 1);
+    VemSetReference(array.get(), 1);  // reference and program number reach the prototype only
     EXPECT_EQ(VemIsReference(VemGetReferenceNode(array.get())), 1);
     VemSetProgramNr(array.get(), 4);
     EXPECT_EQ(VemGetProgramNr(array.get()), 4);
@@ -199,21 +194,6 @@ TEST_F(ArrayNode, RecordOfAnExpandedArray) {
     EXPECT_EQ(StoreRecord(loaded.get()), record);
 }
 
-TEST_F(ArrayNode, PrototypeGoesAsAnObject) {
-    NodePtr array = IntArray();
-    const std::vector<u8> record = StoreRecord(array.get());
-    const std::vector<u8> head = Bytes().u16_(0xFFFF).u16_(5).u16_(16).v;
-    const std::string name = "CVemVariableNode";
-    const auto at = std::search(record.begin(), record.end(), name.begin(), name.end());
-    ASSERT_NE(at, record.end());
-    EXPECT_EQ(std::vector<u8>(at - 6, at), head);
-    NodePtr loaded = MakeNode(kVemArrayNode);
-    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
-    ASSERT_NE(VemGetReferenceNode(loaded.get()), nullptr);
-    EXPECT_EQ(VemGetSize(VemGetReferenceNode(loaded.get())), 2);
-    EXPECT_EQ(VemGetParentNode(VemGetReferenceNode(loaded.get())), nullptr);
-}
-
 TEST_F(ArrayNode, ExpandedAfterItWasLoaded) {
     vemtest::TempDir dir;
     NodePtr exe = MakeNode(kVemExeNode, "R");
@@ -229,18 +209,26 @@ TEST_F(ArrayNode, ExpandedAfterItWasLoaded) {
     EXPECT_EQ(VemGetOffset(VemGetLastChild(loaded)), 12);
 }
 
-TEST_F(ArrayNode, PrototypeOfAForeignClassFailsTheLoad) {
+// The prototype goes as a new object of a new class; a foreign class there fails the load.
+TEST_F(ArrayNode, PrototypeGoesAsAnObject) {
     NodePtr array = IntArray();
     std::vector<u8> record = StoreRecord(array.get());
     const std::string name = "CVemVariableNode";
     const auto at = std::search(record.begin(), record.end(), name.begin(), name.end());
     ASSERT_NE(at, record.end());
+    EXPECT_EQ(std::vector<u8>(at - 6, at), Bytes().u16_(0xFFFF).u16_(5).u16_(16).v);
+    NodePtr loaded = MakeNode(kVemArrayNode);
+    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
+    ASSERT_NE(VemGetReferenceNode(loaded.get()), nullptr);
+    EXPECT_EQ(VemGetSize(VemGetReferenceNode(loaded.get())), 2);
+    EXPECT_EQ(VemGetParentNode(VemGetReferenceNode(loaded.get())), nullptr);
+
     const std::string foreign = "CVemDownloadList";
     std::copy(foreign.begin(), foreign.end(), at);
     vemtest::AllocationWatch watch;
     {
-        NodePtr loaded = MakeNode(kVemArrayNode);
-        EXPECT_THROW(LoadRecord(loaded.get(), record), CArchiveException);
+        NodePtr failed = MakeNode(kVemArrayNode);
+        EXPECT_THROW(LoadRecord(failed.get(), record), CArchiveException);
     }
     EXPECT_EQ(watch.Live(), 0);
 }

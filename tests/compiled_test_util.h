@@ -2,10 +2,12 @@
 // records in memory, dumps as text, and the settings switch.
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "memory_test_util.h"
 #include "test_util.h"
 #include "vem_settings.h"
 
@@ -38,6 +40,14 @@ inline CVemBaseNode* Variable(const char* name, u16 offset, u16 segment, tCbeTyp
     CVemBaseNode* v = VemCreateCVemVariableNode(name, offset, type, size, 0);
     VemSetParentSegment(v, segment);
     return v;
+}
+
+using memtest::Stored;
+
+inline std::vector<u8> Concat(std::initializer_list<std::vector<u8>> parts) {
+    std::vector<u8> all;
+    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
 }
 
 // The node's record as its Serialize writes it.

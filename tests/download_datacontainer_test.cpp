@@ -5,8 +5,10 @@
 
 #include "alloc_hook.h"
 #include "download/datacontainer.h"
-#include "test_util.h"
+#include "memory_test_util.h"
 
+using memtest::Load;
+using memtest::Stored;
 using vemtest::Bytes;
 using vemtest::MessageCapture;
 using vemtest::TempDir;
@@ -19,20 +21,6 @@ std::string WindowsForm(std::string path) {
         if (c == '/') c = '\\';
     }
     return path;
-}
-
-std::vector<u8> Store(CObject& object) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    object.Serialize(ar);
-    ar.Close();
-    return file.Data();
-}
-
-void Load(CObject& object, const std::vector<u8>& bytes) {
-    CMemFile file(bytes);
-    CArchive ar(&file, CArchive::load);
-    object.Serialize(ar);
 }
 
 std::vector<std::string> Keys(CVemDataContainer& container) {
@@ -148,7 +136,7 @@ TEST(DataContainer, StoredFormIsAMapOfObjects) {
     want.u16_(1);     // count
     want.str("K1");   // key
     DataObjectRecord(want, 0x11223344, "a.txt", 0xA1B2C3D4);
-    EXPECT_EQ(Store(container), want.v);
+    EXPECT_EQ(Stored(container), want.v);
 }
 
 TEST(DataContainer, StoreAndLoadKeepKeysTypesNamesAndCheckSums) {
@@ -159,7 +147,7 @@ TEST(DataContainer, StoreAndLoadKeepKeysTypesNamesAndCheckSums) {
     ASSERT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\a.txt").c_str(), "A", 1), 1);
     ASSERT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\b.txt").c_str(), "B", 2), 1);
     container.SetCheckSum("B", 77);
-    const std::vector<u8> bytes = Store(container);
+    const std::vector<u8> bytes = Stored(container);
 
     CVemDataContainer loaded;
     Load(loaded, bytes);
@@ -168,7 +156,7 @@ TEST(DataContainer, StoreAndLoadKeepKeysTypesNamesAndCheckSums) {
     EXPECT_EQ(loaded.GetType("B"), 2u);
     EXPECT_EQ(loaded.GetCheckSum("B"), 77u);
     EXPECT_EQ(static_cast<CVemDataObject*>(loaded["A"])->Name, "a.txt");
-    EXPECT_EQ(Store(loaded), bytes);
+    EXPECT_EQ(Stored(loaded), bytes);
 }
 
 TEST(DataContainer, ADamagedStoredFormFailsWithoutLeaks) {

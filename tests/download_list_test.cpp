@@ -5,9 +5,11 @@
 
 #include "alloc_hook.h"
 #include "memory/segtbl.h"
-#include "test_util.h"
+#include "memory_test_util.h"
 #include "vem_bytearray.h"
 
+using memtest::Load;
+using memtest::Stored;
 using vemtest::Bytes;
 using vemtest::MessageCapture;
 using vemtest::TempDir;
@@ -37,12 +39,13 @@ CVemByteArray* UnitSegment() {
     return a;
 }
 
-int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) {
-    tDownloadListEntry e = Entry(name);
+int AddEntry(CVemDownloadList& list, tDownloadListEntry e, int& isNew) {
     CVemByteArray* first = nullptr;
     CVemByteArray* second = nullptr;
     return list.AddNextEntry(e, isNew, first, second);
 }
+
+int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) { return AddEntry(list, Entry(name), isNew); }
 
 void AddEntries(CVemDownloadList& list, int count) {
     int isNew = 0;
@@ -56,20 +59,6 @@ std::vector<u8> SegmentBytes(CSegmentTable& table, u16 number) {
 }
 
 u16 WordLE(const std::vector<u8>& b, std::size_t at) { return static_cast<u16>(b[at] | (b[at + 1] << 8)); }
-
-std::vector<u8> Store(CObject& object) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    object.Serialize(ar);
-    ar.Close();
-    return file.Data();
-}
-
-void Load(CObject& object, const std::vector<u8>& bytes) {
-    CMemFile file(bytes);
-    CArchive ar(&file, CArchive::load);
-    object.Serialize(ar);
-}
 
 // The record of an entry as a new object; the class is new unless its number is given.
 Bytes& EntryObject(Bytes& b, unsigned classNumber, const std::string& tail, const std::string& name, u16 index) {
@@ -221,50 +210,39 @@ TEST(DownloadList, AnEmptyListMakesNoSegment) {
     EXPECT_EQ(table.GetNoOfSegments(), 0);
 }
 
-TEST(DownloadList, OneEntryMakesOneSegmentOf56Bytes) {
-    CVemDownloadList list;
-    tDownloadListEntry e = Entry("UNIT", 0x11223344, 0x55667788);
-    e.SecondSegment = 0x0102;
-    int isNew = 0;
-    CVemByteArray* first = nullptr;
-    CVemByteArray* second = nullptr;
-    list.AddNextEntry(e, isNew, first, second);
-    CSegmentTable table;
-    EXPECT_EQ(list.CreateSegments(&table, 0, 0), 1);
-    ASSERT_EQ(table.GetNoOfSegments(), 1);
-    Bytes want;
-    want.u16_(56);          // Size, with the header
-    want.u8_(22);           // kind: first download table segment
-    want.u8_(8);            // header length
-    want.u16_(0);           // Next Seg: none
-    want.u16_(1);           // Num
-    want.u16_(0xCDCD);      // entry: constant word
-    want.u16_(0x0102);      // SecondSegment
-    want.u32_(0x55667788);  // Value2
-    want.u32_(0x11223344);  // Value1
-    want.raw({'U', 'N', 'I', 'T'}).raw(std::vector<u8>(32, 0));  // name in 36 bytes
-    EXPECT_EQ(SegmentBytes(table, 0), want.v);
-}
-
-TEST(DownloadList, ABigEndianListWritesTheHighByteFirst) {
-    CVemDownloadList list;
-    tDownloadListEntry e = Entry("U", 0x11223344, 0x55667788);
-    e.SecondSegment = 0x0102;
-    int isNew = 0;
-    CVemByteArray* first = nullptr;
-    CVemByteArray* second = nullptr;
-    list.AddNextEntry(e, isNew, first, second);
-    CSegmentTable table;
-    list.CreateSegments(&table, 0, 1);
-    Bytes want;
-    want.raw({0x00, 0x38});              // Size 56, high byte first
-    want.u8_(22).u8_(8);                 // kind, header length
-    want.raw({0x00, 0x00, 0x00, 0x01});  // Next Seg, Num
-    want.raw({0xCD, 0xCD, 0x01, 0x02});  // constant word, SecondSegment
-    want.raw({0x55, 0x66, 0x77, 0x88, 0x11, 0x22, 0x33, 0x44});  // Value2, Value1
-    want.u8_('U').raw(std::vector<u8>(35, 0));
-    EXPECT_EQ(SegmentBytes(table, 0), want.v);
-    EXPECT_TRUE(table.GetSegment(0)->IsMotorolaFormat());
+TEST(DownloadList, OneEntryMakesOneSegmentOf56BytesInEitherByteOrder) {
+    for (int motorola : {0, 1}) {
+        SCOPED_TRACE(motorola);
+        CVemDownloadList list;
+        tDownloadListEntry e = Entry("UNIT", 0x11223344, 0x55667788);
+        e.SecondSegment = 0x0102;
+        int isNew = 0;
+        AddEntry(list, e, isNew);
+        CSegmentTable table;
+        EXPECT_EQ(list.CreateSegments(&table, 0, motorola), 1);
+        ASSERT_EQ(table.GetNoOfSegments(), 1);
+        Bytes want;
+        if (motorola) {
+            want.raw({0x00, 0x38});              // Size 56, high byte first
+            want.u8_(22).u8_(8);                 // kind, header length
+            want.raw({0x00, 0x00, 0x00, 0x01});  // Next Seg, Num
+            want.raw({0xCD, 0xCD, 0x01, 0x02});  // constant word, SecondSegment
+            want.raw({0x55, 0x66, 0x77, 0x88, 0x11, 0x22, 0x33, 0x44});  // Value2, Value1
+        } else {
+            want.u16_(56);          // Size, with the header
+            want.u8_(22);           // kind: first download table segment
+            want.u8_(8);            // header length
+            want.u16_(0);           // Next Seg: none
+            want.u16_(1);           // Num
+            want.u16_(0xCDCD);      // entry: constant word
+            want.u16_(0x0102);      // SecondSegment
+            want.u32_(0x55667788);  // Value2
+            want.u32_(0x11223344);  // Value1
+        }
+        want.raw({'U', 'N', 'I', 'T'}).raw(std::vector<u8>(32, 0));  // name in 36 bytes
+        EXPECT_EQ(SegmentBytes(table, 0), want.v);
+        EXPECT_EQ(table.GetSegment(0)->IsMotorolaFormat() != 0, motorola == 1);
+    }
 }
 
 TEST(DownloadList, ANameOf40CharactersIsCutTo36) {
@@ -315,9 +293,7 @@ TEST(DownloadList, StoredFormByteForByte) {
     e.SecondSegment = 3;
     e.FirstSegment = 4;
     int isNew = 0;
-    CVemByteArray* first = nullptr;
-    CVemByteArray* second = nullptr;
-    list.AddNextEntry(e, isNew, first, second);
+    AddEntry(list, e, isNew);
     list.GetEntryByIndex(1)->TailPathName = "D\\FILE1";
     list.PathName = "D";
     Bytes want;
@@ -327,14 +303,14 @@ TEST(DownloadList, StoredFormByteForByte) {
     want.u16_(0);    // schema word
     Double(want, 1.0);  // LastIndex
     want.str("D");   // PathName
-    EXPECT_EQ(Store(list), want.v);
+    EXPECT_EQ(Stored(list), want.v);
 }
 
 TEST(DownloadList, LoadFindsEntriesByIndexButNotByName) {
     CVemDownloadList list;
     AddEntries(list, 3);
     list.PathName = "P";
-    const std::vector<u8> bytes = Store(list);
+    const std::vector<u8> bytes = Stored(list);
     CVemDownloadList loaded;
     Load(loaded, bytes);
     EXPECT_EQ(loaded.LastIndex, 3);
@@ -404,14 +380,10 @@ TEST(DownloadList, ADamagedStoredFormFailsWithoutLeaks) {
 
 TEST(DownloadList, AsAnObjectTheListHasClassSchema1) {
     CVemDownloadList list;
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    ar.WriteObject(&list);
-    ar.Close();
     Bytes want;
     want.u16_(0xFFFF).u16_(1).u16_(16);  // new class, class schema 1, name length
     for (char c : std::string("CVemDownloadList")) want.u8_(static_cast<u8>(c));
     want.u16_(0).u16_(0);  // no elements, schema word
     Double(want, 0.0).str("");
-    EXPECT_EQ(file.Data(), want.v);
+    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }), want.v);
 }

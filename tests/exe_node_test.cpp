@@ -97,12 +97,9 @@ TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
     EXPECT_EQ(exe->GetTaskDefSegmentBytePointer()[0], 0x02);
 }
 
-TEST_F(ExeNode, ContainerFilesProjectNameAndUserLevel) {
+// Project name and user level go through a store and load in the record tests.
+TEST_F(ExeNode, ContainerFilesOfTheExecutableOnly) {
     NodePtr exe = MakeNode(kVemExeNode);
-    VemSetDatacontFilesProjectName(exe.get(), "PROJECT");
-    VemSetDatacontFilesUserLevel(exe.get(), 3);
-    EXPECT_STREQ(VemGetDatacontFilesProjectName(exe.get()), "PROJECT");
-    EXPECT_EQ(VemGetDatacontFilesUserLevel(exe.get(), 99), 3);
     NodePtr task = MakeNode(kVemTuiTaskNode);
     VemSetDatacontFilesProjectName(task.get(), "PROJECT");
     EXPECT_EQ(VemGetDatacontFilesProjectName(task.get()), nullptr);
@@ -143,6 +140,8 @@ TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
     EXPECT_EQ(VemGetProgramNr(VemGetLastChild(first)), 0);
 }
 
+// The task container is preferred to a task node named TASKS; a node of another type named TASKS
+// or a container with another name numbers nothing.
 TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
     NodePtr exe = MakeNode(kVemExeNode);
     CVemBaseNode* plain = Named(kVemTaskNode, "TASKS");
@@ -151,25 +150,20 @@ TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
     CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
     VemAddChildTail(exe.get(), container);
     CVemBaseNode* inContainer = AddTask(container, "B");
+    CVemBaseNode* other = Named(kVemBaseNode, "TASKS");  // right name, wrong type
+    VemAddChildHead(exe.get(), other);
+    CVemBaseNode* lower = Named(kVemTaskContainerNode, "tasks");  // right type, wrong case
+    VemAddChildHead(exe.get(), lower);
+    CVemBaseNode* inOther = AddTask(other, "C");
+    CVemBaseNode* inLower = AddTask(lower, "D");
     VemComputeProgramNumbers(exe.get(), 0);
     EXPECT_EQ(VemGetProgramNr(inContainer), 1);
     EXPECT_EQ(VemGetProgramNr(inPlain), 0);
     VemDeleteChildNode(exe.get(), container);
     VemComputeProgramNumbers(exe.get(), 0);
     EXPECT_EQ(VemGetProgramNr(inPlain), 1);
-}
-
-TEST_F(ExeNode, NoTasksNodeNumbersNothing) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    CVemBaseNode* other = Named(kVemBaseNode, "TASKS");  // right name, wrong type
-    VemAddChildTail(exe.get(), other);
-    CVemBaseNode* lower = Named(kVemTaskContainerNode, "tasks");  // right type, wrong case
-    VemAddChildTail(exe.get(), lower);
-    CVemBaseNode* task = AddTask(other, "A");
-    CVemBaseNode* task2 = AddTask(lower, "B");
-    VemComputeProgramNumbers(exe.get(), 0);
-    EXPECT_EQ(VemGetProgramNr(task), 0);
-    EXPECT_EQ(VemGetProgramNr(task2), 0);
+    EXPECT_EQ(VemGetProgramNr(inOther), 0);
+    EXPECT_EQ(VemGetProgramNr(inLower), 0);
 }
 
 TEST_F(ExeNode, OneCodeNodePerUnitWhateverTheCase) {

@@ -1,17 +1,18 @@
 // Executable node: its record with the device settings, old records, the code nodes that hang on
 // the switch, and damaged node files.
 #include <cstring>
-#include <functional>
 
 #include "alloc_hook.h"
 #include "compiled_test_util.h"
 
 using compiledtest::CodeNode;
 using compiledtest::CodeNodePaths;
+using compiledtest::Concat;
 using compiledtest::LoadRecord;
 using compiledtest::MakeNode;
 using compiledtest::NodePtr;
 using compiledtest::StoreRecord;
+using compiledtest::Stored;
 using vemtest::Bytes;
 
 namespace {
@@ -108,20 +109,6 @@ NodePtr ExeWithSettings() {
     return exe;
 }
 
-std::vector<u8> Concat(std::initializer_list<std::vector<u8>> parts) {
-    std::vector<u8> all;
-    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
-std::vector<u8> Stored(const std::function<void(CArchive&)>& write) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    write(ar);
-    ar.Close();
-    return file.Data();
-}
-
 // The record of the executable node behind the resource's, with nothing in its tables.
 std::vector<u8> EmptyTail(const std::vector<u8>& settings) {
     return Concat({Bytes().u16_(1).v, kEmptyTable, kEmptyTable,
@@ -185,22 +172,8 @@ TEST_F(ExeRecord, MotorolaFormatHoldsSixteenBits) {
     EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 0);
 }
 
-TEST_F(ExeRecord, AlignmentZeroLoadsAsOne) {
-    LurSetEvemEnabled(0);
-    NodePtr exe = ExeWithSettings();
-    tVemDeviceSettings settings = *VemGetDeviceSettings(exe.get());
-    settings.Alignment = 0;
-    VemSetDeviceSettings(exe.get(), settings);
-    const std::vector<u8> record = StoreRecord(exe.get());
-    EXPECT_EQ(VemGetDeviceSettings(exe.get())->Alignment, 0);
-    EXPECT_EQ(record[SettingsOffset(record) + 36], 0);
-    NodePtr loaded = MakeNode(kVemExeNode);
-    LoadRecord(loaded.get(), record);
-    EXPECT_EQ(VemGetDeviceSettings(loaded.get())->Alignment, 1);
-}
-
-// The marker and the reserved bytes are not looked at.
-TEST_F(ExeRecord, MarkerAndReservedBytesAreSkipped) {
+// The marker and the reserved bytes are not looked at; an alignment of 0 is stored as it is.
+TEST_F(ExeRecord, MarkerAndReservedBytesAreSkippedAndAlignmentZeroLoadsAsOne) {
     LurSetEvemEnabled(0);
     NodePtr exe = ExeWithSettings();
     const std::vector<u8> record = StoreRecord(exe.get());
@@ -210,6 +183,14 @@ TEST_F(ExeRecord, MarkerAndReservedBytesAreSkipped) {
     EXPECT_EQ(StoreRecord(marked.get()), record);
     EXPECT_EQ(StoreRecord(reserved.get()), record);
     for (u8 b : VemGetDeviceSettings(reserved.get())->ReservedBytes) ASSERT_EQ(b, 0);
+
+    tVemDeviceSettings settings = *VemGetDeviceSettings(exe.get());
+    settings.Alignment = 0;
+    VemSetDeviceSettings(exe.get(), settings);
+    const std::vector<u8> zero = StoreRecord(exe.get());
+    EXPECT_EQ(VemGetDeviceSettings(exe.get())->Alignment, 0);
+    EXPECT_EQ(zero[at + 36], 0);
+    EXPECT_EQ(VemGetDeviceSettings(LoadPatched(zero, at, {}).get())->Alignment, 1);
 }
 
 TEST_F(ExeRecord, TablesEntryContainerAndCodeNodesComeBack) {
@@ -269,17 +250,6 @@ TEST_F(ExeRecord, SwitchOnWhenWrittenLeavesBytesWhenReadOff) {
     EXPECT_TRUE(VemGetEvemRootNodeListPtr(loaded.get())->IsEmpty());
 }
 
-TEST_F(ExeRecord, SwitchOffWhenWrittenFailsWhenReadOn) {
-    LurSetEvemEnabled(0);
-    vemtest::TempDir dir;
-    NodePtr exe = ExeWithSettings();
-    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
-    LurSetEvemEnabled(1);
-    vemtest::MessageCapture messages;
-    EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr);
-    EXPECT_TRUE(messages.texts().empty());
-}
-
 // Version 0 held a download list and a byte buffer behind the tables and one more buffer behind
 // the task definition segment.
 TEST_F(ExeRecord, VersionZeroLoadsWithTheOldRowsDropped) {
@@ -310,7 +280,8 @@ TEST_F(ExeRecord, VersionZeroLoadsWithTheOldRowsDropped) {
     EXPECT_EQ(StoreRecord(loaded.get()), current);
 }
 
-TEST_F(ExeRecord, NewerVersionFailsTheLoad) {
+// Written with the switch off, a file fails to load with it on; so does a newer version.
+TEST_F(ExeRecord, SwitchOffWhenWrittenAndNewerVersionFailTheLoad) {
     LurSetEvemEnabled(0);
     vemtest::TempDir dir;
     NodePtr exe = ExeWithSettings();
@@ -320,6 +291,8 @@ TEST_F(ExeRecord, NewerVersionFailsTheLoad) {
     vemtest::WriteFileBytes(dir.file("new.vem"), bytes);
     vemtest::MessageCapture messages;
     EXPECT_EQ(VemLoadNode(dir.file("new.vem").c_str()), nullptr);
+    LurSetEvemEnabled(1);
+    EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr);
     EXPECT_TRUE(messages.texts().empty());
 }
 

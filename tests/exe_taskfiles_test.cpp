@@ -4,7 +4,6 @@
 
 using compiledtest::ChildNames;
 using compiledtest::MakeNode;
-using compiledtest::Named;
 using compiledtest::NodePtr;
 using compiledtest::Variable;
 using vemtest::MessageCapture;
@@ -78,12 +77,6 @@ TEST_F(ExeTaskFiles, MissingFileKeepsTheTasksReadBefore) {
     EXPECT_TRUE(LoadedTasks().empty());
 }
 
-TEST_F(ExeTaskFiles, NullObjectStopsLikeAMissingFile) {
-    WriteResource();
-    WriteObjectFile(TaskFile("T2"), nullptr);
-    EXPECT_EQ(LoadedTasks(), std::vector<std::string>{"T1"});
-}
-
 // A task file holding another node class is hung below "TASKS" all the same.
 TEST_F(ExeTaskFiles, OtherNodeClassIsTakenAsItIs) {
     WriteResource();
@@ -103,14 +96,6 @@ TEST_F(ExeTaskFiles, ForeignClassFailsTheLoad) {
     EXPECT_TRUE(messages.texts().empty());
 }
 
-TEST_F(ExeTaskFiles, UnknownClassFailsTheLoad) {
-    WriteResource();
-    vemtest::WriteFileBytes(TaskFile("T1"), vemtest::Bytes().u16_(0xFFFF).u16_(5).u16_(3).raw({'X', 'Y', 'Z'}).v);
-    MessageCapture messages;
-    EXPECT_EQ(VemLoadNode(NodeFile().c_str()), nullptr);
-    EXPECT_TRUE(messages.texts().empty());
-}
-
 TEST_F(ExeTaskFiles, EveryTruncatedTaskFileFailsTheLoad) {
     WriteResource();
     const std::vector<u8> bytes = vemtest::ReadFileBytes(TaskFile("T2"));
@@ -122,15 +107,4 @@ TEST_F(ExeTaskFiles, EveryTruncatedTaskFileFailsTheLoad) {
     }
     EXPECT_EQ(watch.Live(), 0);
     EXPECT_TRUE(messages.texts().empty());
-}
-
-TEST_F(ExeTaskFiles, TaskRegisteredAgainLoadsNoTasks) {
-    NodePtr exe = MakeNode(kVemExeNode, "R");
-    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe.get(), tasks);
-    WriteTask("T1");
-    VemTaskCompiled(tasks, "T1", TaskFile("T1").c_str());
-    VemRegisterTask(tasks, "T2");
-    ASSERT_EQ(VemWriteNode(exe.get(), NodeFile().c_str()), 1);
-    EXPECT_TRUE(LoadedTasks().empty());
 }

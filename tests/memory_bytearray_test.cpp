@@ -30,37 +30,30 @@ TEST(MemoryByteArray, StorageGrowsInStepsWithOneSpareStep) {
 }
 
 TEST(MemoryByteArray, RawAppendPadsFromTheAlignment) {
-    {
-        Array a(0, 4, 1);  // length 5, then a two-byte value: grain 2, padding 3
-        AppendRaw(a, {1, 2, 3, 4, 5});
-        AppendRaw(a, {0xAA, 0xBB});
-        EXPECT_EQ(a.bytes(), (ByteVec{1, 2, 3, 4, 5, 0, 0, 0, 0xAA, 0xBB}));
+    struct Case {
+        u16 alignment;
+        ByteVec first, second, want;
+    };
+    const Case cases[] = {
+        {4, {1, 2, 3, 4, 5}, {0xAA, 0xBB}, {1, 2, 3, 4, 5, 0, 0, 0, 0xAA, 0xBB}},  // grain 2, padding 3
+        {2, {9}, {1, 2, 3, 4}, {9, 0, 1, 2, 3, 4}},                                // grain 2, padding 1
+        // length 13, four bytes: padding 8 - 1 = 7, so the value starts at 20
+        {8, {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5}, {0xA1, 0xA2, 0xA3, 0xA4},
+         {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 0, 0, 0, 0, 0, 0, 0, 0xA1, 0xA2, 0xA3, 0xA4}},
+        {8, {1}, {2}, {1, 2}},  // a single byte below the alignment has grain 1: no padding
+        {4, {1}, {}, {1}},      // nothing to append, nothing padded
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.alignment << " " << c.first.size());
+        Array a(0, c.alignment, 1);
+        AppendRaw(a, c.first);
+        EXPECT_EQ(VemBaAppend(a, c.second.empty() ? nullptr : c.second.data(), static_cast<unsigned>(c.second.size())), 1);
+        EXPECT_EQ(a.bytes(), c.want);
     }
-    {
-        Array a(0, 2, 1);  // one byte, then four: grain 2, padding 1
-        VemBaAppendByte(a, 9);
-        AppendRaw(a, {1, 2, 3, 4});
-        EXPECT_EQ(a.bytes(), (ByteVec{9, 0, 1, 2, 3, 4}));
-    }
-    {
-        Array a(0, 8, 1);  // length 5, four bytes: padding 8 - 1 = 7, so the value starts at 12
-        AppendRaw(a, {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5});
-        AppendRaw(a, {0xA1, 0xA2, 0xA3, 0xA4});
-        ByteVec expected{1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 0, 0, 0, 0, 0, 0, 0, 0xA1, 0xA2, 0xA3, 0xA4};
-        EXPECT_EQ(a.bytes(), expected);
-    }
-    {
-        Array a(0, 8, 1);  // a single byte below the alignment has grain 1: no padding
-        VemBaAppendByte(a, 1);
-        VemBaAppendByte(a, 2);
-        EXPECT_EQ(a.bytes(), (ByteVec{1, 2}));
-    }
-    {
-        Array a(0, 4, 1);  // nothing to append, nothing padded
-        VemBaAppendByte(a, 1);
-        EXPECT_EQ(VemBaAppend(a, nullptr, 0), 1);
-        EXPECT_EQ(VemBaGetLength(a), 1u);
-    }
+    Array a(0, 8, 1);  // the same for single bytes appended as values
+    VemBaAppendByte(a, 1);
+    VemBaAppendByte(a, 2);
+    EXPECT_EQ(a.bytes(), (ByteVec{1, 2}));
 }
 
 TEST(MemoryByteArray, ValuesTakeTheWidthsOfTheByteSize) {

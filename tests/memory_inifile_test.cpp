@@ -40,12 +40,6 @@ TEST(MemoryIniFile, ReadsTheKeyThenNumberedKeysUntilTheCount) {
     EXPECT_EQ(r.bytes, (ByteVec{0x01, 0x02, 0xAB, 0xCD, 0xEF}));
 }
 
-TEST(MemoryIniFile, NamesCompareWithoutCase) {
-    const IniRead r = ReadIni("[sEG]\ndatabytes=2\nDATA=10 20\n");
-    EXPECT_EQ(r.result, 1);
-    EXPECT_EQ(r.bytes, (ByteVec{0x10, 0x20}));
-}
-
 TEST(MemoryIniFile, MissingFileOrCountGivesZero) {
     Array a(0, 1, 1);
     EXPECT_EQ(VemBaReadIniFile(a, "/nonexistent/dir/bytes.ini", "Seg", "Data"), 0);
@@ -53,13 +47,6 @@ TEST(MemoryIniFile, MissingFileOrCountGivesZero) {
     EXPECT_EQ(ReadIni("[Seg]\nDataBytes=\nData=01\n").result, 0);   // empty count
     EXPECT_EQ(ReadIni("[Seg]\nDataBytes=-1\nData=01\n").result, 0);  // negative count
     EXPECT_EQ(ReadIni("[Other]\nDataBytes=1\n[Seg]\nData=01\n").result, 0);
-}
-
-TEST(MemoryIniFile, ACountOfZeroReadsNoLine) {
-    const IniRead r = ReadIni("[Seg]\nDataBytes=0\nData=01 02\n");
-    EXPECT_EQ(r.result, 1);
-    EXPECT_TRUE(r.bytes.empty());
-    EXPECT_EQ(ReadIni("[Seg]\nDataBytes=abc\nData=01\n").result, 1);  // reads as 0 as well
 }
 
 TEST(MemoryIniFile, TheArrayIsNotClearedFirst) {
@@ -71,42 +58,34 @@ TEST(MemoryIniFile, TheArrayIsNotClearedFirst) {
     EXPECT_EQ(a.bytes(), (ByteVec{0x77, 0x01}));
 }
 
-TEST(MemoryIniFile, ABadTokenEndsItsLineAndKeepsWhatWasAdded) {
-    const IniRead bad = ReadIni("[Seg]\nDataBytes=3\nData=01 0G 03\n");
-    EXPECT_EQ(bad.result, 0);
-    EXPECT_EQ(bad.bytes, ByteVec{0x01});
-    const IniRead glued = ReadIni("[Seg]\nDataBytes=2\nData=0102\n");  // no blank between tokens
-    EXPECT_EQ(glued.result, 0);
-    EXPECT_TRUE(glued.bytes.empty());
-    const IniRead resumed = ReadIni("[Seg]\nDataBytes=2\nData=01 zz\nData0=02\n");
-    EXPECT_EQ(resumed.result, 1);
-    EXPECT_EQ(resumed.bytes, (ByteVec{0x01, 0x02}));
-}
-
-TEST(MemoryIniFile, TooFewLinesOrTooManyBytesGiveZero) {
-    const IniRead few = ReadIni("[Seg]\nDataBytes=4\nData=01 02\nData0=03\n");
-    EXPECT_EQ(few.result, 0);
-    EXPECT_EQ(few.bytes, (ByteVec{1, 2, 3}));
-    const IniRead many = ReadIni("[Seg]\nDataBytes=2\nData=01 02 03\n");
-    EXPECT_EQ(many.result, 0);
-    EXPECT_EQ(many.bytes.size(), 3u);
+TEST(MemoryIniFile, ResultAndBytesOfTheCases) {
+    struct Case {
+        const char* what;
+        const char* text;
+        int result;
+        ByteVec bytes;
+    };
+    const Case cases[] = {
+        {"names compare without case", "[sEG]\ndatabytes=2\nDATA=10 20\n", 1, {0x10, 0x20}},
+        {"a count of zero reads no line", "[Seg]\nDataBytes=0\nData=01 02\n", 1, {}},
+        {"a count that is no number reads as 0", "[Seg]\nDataBytes=abc\nData=01\n", 1, {}},
+        {"a bad token ends its line and keeps what was added", "[Seg]\nDataBytes=3\nData=01 0G 03\n", 0, {0x01}},
+        {"no blank between tokens", "[Seg]\nDataBytes=2\nData=0102\n", 0, {}},
+        {"the next line goes on after a bad token", "[Seg]\nDataBytes=2\nData=01 zz\nData0=02\n", 1, {0x01, 0x02}},
+        {"too few lines", "[Seg]\nDataBytes=4\nData=01 02\nData0=03\n", 0, {1, 2, 3}},
+        {"too many bytes", "[Seg]\nDataBytes=2\nData=01 02 03\n", 0, {1, 2, 3}},
+        {"short values and gaps are skipped", "[Seg]\nDataBytes=2\nData=1\nData1=0A    0b\n", 1, {0x0A, 0x0B}},
+        {"the next section head ends the search", "[Seg]\nDataBytes=1\n[X]\nData=01\n[Seg]\nData=01\n", 0, {}},
+        {"a [ behind an = makes no section head", "[Seg]\nDataBytes=1\nNote=[x]\nData=7F\n", 1, {0x7F}},
+        {"the first line of a key wins", "[Seg]\nDataBytes=1\nData=01\nData=02\n", 1, {0x01}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const IniRead r = ReadIni(c.text);
+        EXPECT_EQ(r.result, c.result);
+        EXPECT_EQ(r.bytes, c.bytes);
+    }
     EXPECT_EQ(ReadIni("[Seg]\nDataBytes=100000000\nData=01\n").result, 0);
-}
-
-TEST(MemoryIniFile, ShortValuesAndGapsAreSkipped) {
-    const IniRead r = ReadIni("[Seg]\nDataBytes=2\nData=1\nData1=0A    0b\n");
-    EXPECT_EQ(r.result, 1);
-    EXPECT_EQ(r.bytes, (ByteVec{0x0A, 0x0B}));
-}
-
-TEST(MemoryIniFile, TheNextSectionHeadEndsTheSearch) {
-    EXPECT_EQ(ReadIni("[Seg]\nDataBytes=1\n[X]\nData=01\n[Seg]\nData=01\n").result, 0);
-    // A "[" behind an "=" makes no section head.
-    const IniRead r = ReadIni("[Seg]\nDataBytes=1\nNote=[x]\nData=7F\n");
-    EXPECT_EQ(r.result, 1);
-    EXPECT_EQ(r.bytes, ByteVec{0x7F});
-    // The first line of a key wins.
-    EXPECT_EQ(ReadIni("[Seg]\nDataBytes=1\nData=01\nData=02\n").bytes, ByteVec{0x01});
 }
 
 TEST(MemoryIniFile, AtMost998CharactersOfAValueAreKept) {

@@ -1,4 +1,4 @@
-// Helpers of the target memory tests: archives over memory, the bytes of an array.
+// Helpers of the target memory tests: archives over memory, exception causes, the bytes of an array.
 #pragma once
 
 #include <functional>
@@ -22,6 +22,25 @@ inline void Load(const std::vector<u8>& bytes, const std::function<void(CArchive
     CMemFile file(bytes);
     CArchive ar(&file, CArchive::load);
     load(ar);
+}
+
+// What the object's Serialize stores, and a load of the bytes into it.
+inline std::vector<u8> Stored(CObject& object) {
+    return Stored([&](CArchive& ar) { object.Serialize(ar); });
+}
+inline void Load(CObject& object, const std::vector<u8>& bytes) {
+    Load(bytes, [&](CArchive& ar) { object.Serialize(ar); });
+}
+
+// The cause of the archive exception the call raises, -1 if it raises none.
+template <class F>
+int CauseOf(F call) {
+    try {
+        call();
+    } catch (const CArchiveException& e) {
+        return e.m_cause;
+    }
+    return -1;
 }
 
 inline std::vector<u8> BytesOf(CVemByteArray* array) {

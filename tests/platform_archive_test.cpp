@@ -1,7 +1,8 @@
 // The archive's encodings: strings, counts, schema words, object references.
 #include "node/basenode.h"
-#include "test_util.h"
+#include "memory_test_util.h"
 
+using memtest::CauseOf;
 using vemtest::Bytes;
 
 namespace {
@@ -98,12 +99,7 @@ TEST(ArchiveStrings, HostileLengthFailsAsEndOfFileWithoutAllocating) {
     b.u8_(0xFF).u16_(0xFFFF).u32_(0xFFFFFFFF).u32_(0).u32_(0x100);  // 2^40 characters
     CMemFile file(b.v);
     CArchive ar(&file, CArchive::load);
-    try {
-        ar.ReadString();
-        FAIL() << "no exception";
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::endOfFile);
-    }
+    EXPECT_EQ(CauseOf([&] { ar.ReadString(); }), CArchiveException::endOfFile);
 }
 
 TEST(ArchiveCounts, SixteenBitsOrEscapedToThirtyTwo) {
@@ -120,48 +116,24 @@ TEST(ArchiveNumbers, LittleEndianWithoutPadding) {
               (std::vector<u8>{1, 2, 3, 4, 5, 6, 7, 0xFF, 0xFF, 0xFF, 0xFF}));
 }
 
-TEST(ArchiveDirection, WrongDirectionRaisesItsCause) {
+TEST(ArchiveDirection, WrongDirectionAndShortFileRaiseTheirCauses) {
     CMemFile file;
     CArchive store(&file, CArchive::store);
     u16 w = 0;
-    try {
-        store >> w;
-        FAIL();
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::writeOnly);
-    }
+    EXPECT_EQ(CauseOf([&] { store >> w; }), CArchiveException::writeOnly);
     CMemFile input(std::vector<u8>{1, 2});
     CArchive load(&input, CArchive::load);
-    try {
-        load << w;
-        FAIL();
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::readOnly);
-    }
-}
-
-TEST(ArchiveDirection, ShortFileRaisesEndOfFile) {
-    CMemFile file(std::vector<u8>{1});
-    CArchive ar(&file, CArchive::load);
-    u16 w = 0;
-    try {
-        ar >> w;
-        FAIL();
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::endOfFile);
-    }
+    EXPECT_EQ(CauseOf([&] { load << w; }), CArchiveException::readOnly);
+    CMemFile shortFile(std::vector<u8>{1});
+    CArchive ar(&shortFile, CArchive::load);
+    EXPECT_EQ(CauseOf([&] { ar >> w; }), CArchiveException::endOfFile);
 }
 
 TEST(ArchiveSchema, WordAboveCurrentVersionIsRefused) {
     CMemFile file(std::vector<u8>{0x03, 0x00, 0x04, 0x00});
     CArchive ar(&file, CArchive::load);
     EXPECT_EQ(VemSerializeSchema(ar, 3), 3);
-    try {
-        VemSerializeSchema(ar, 3);
-        FAIL();
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::badIndex);
-    }
+    EXPECT_EQ(CauseOf([&] { VemSerializeSchema(ar, 3); }), CArchiveException::badIndex);
 }
 
 TEST(ArchiveObjects, ClassesAndObjectsShareOneNumbering) {
@@ -199,12 +171,7 @@ TEST(ArchiveObjects, BadReferencesRaiseTheirCauses) {
     auto causeOf = [](const std::vector<u8>& bytes, const CRuntimeClass* asked) {
         CMemFile file(bytes);
         CArchive ar(&file, CArchive::load);
-        try {
-            delete ar.ReadObject(asked);
-        } catch (const CArchiveException& e) {
-            return e.m_cause;
-        }
-        return -1;
+        return CauseOf([&] { delete ar.ReadObject(asked); });
     };
     auto newClass = [](const std::string& name, u16 schema) {
         Bytes b;
@@ -269,10 +236,5 @@ TEST(ArchiveObjects, NestingIsBounded) {
     CMemFile file(b.v);
     CArchive ar(&file, CArchive::load);
     CVemBaseNode root;
-    try {
-        root.Serialize(ar);
-        FAIL();
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::genericException);
-    }
+    EXPECT_EQ(CauseOf([&] { root.Serialize(ar); }), CArchiveException::genericException);
 }

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "test_util.h"
+#include "memory_test_util.h"
 
 namespace {
 
@@ -88,25 +88,10 @@ TEST(Maps, ManyKeysEnteredAndRemovedInAnyOrder) {
 TEST(Maps, StoreLoadStoreGivesTheSameBytes) {
     CMapStringToString map;
     for (const char* k : {"zeta", "alpha", "mid"}) map.SetAt(k, CString(k) + "!");
-    CMemFile first;
-    {
-        CArchive ar(&first, CArchive::store);
-        map.Serialize(ar);
-        ar.Close();
-    }
+    const std::vector<u8> first = memtest::Stored([&](CArchive& ar) { map.Serialize(ar); });
     CMapStringToString loaded;
-    {
-        CMemFile in(first.Data());
-        CArchive ar(&in, CArchive::load);
-        loaded.Serialize(ar);
-    }
-    CMemFile second;
-    {
-        CArchive ar(&second, CArchive::store);
-        loaded.Serialize(ar);
-        ar.Close();
-    }
-    EXPECT_EQ(first.Data(), second.Data());
+    memtest::Load(first, [&](CArchive& ar) { loaded.Serialize(ar); });
+    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { loaded.Serialize(ar); }), first);
     EXPECT_EQ(Keys(loaded), (std::vector<std::string>{"zeta", "alpha", "mid"}));
 }
 
@@ -175,19 +160,25 @@ TEST(Strings, FormattingSearchAndCase) {
 }
 
 TEST(Paths, WindowsRulesOnEveryHost) {
-    VemPathParts p = VemSplitPath("C:\\PRJ\\sub/res1.obj");
-    EXPECT_EQ(p.drive, "C:");
-    EXPECT_EQ(p.directory, "\\PRJ\\sub/");
-    EXPECT_EQ(p.title, "res1");
-    EXPECT_EQ(p.extension, ".obj");
-    p = VemSplitPath("..\\cfg\\main.cfg");
-    EXPECT_EQ(p.title, "main");
-    EXPECT_EQ(p.directory, "..\\cfg\\");
-    p = VemSplitPath("name.tar.gz");
-    EXPECT_EQ(p.title, "name.tar");
-    EXPECT_EQ(p.extension, ".gz");
+    struct Case {
+        const char *path, *drive, *directory, *title, *extension;
+    };
+    for (const Case& c : {Case{"C:\\PRJ\\sub/res1.obj", "C:", "\\PRJ\\sub/", "res1", ".obj"},
+                          Case{"..\\cfg\\main.cfg", "", "..\\cfg\\", "main", ".cfg"},
+                          Case{"name.tar.gz", "", "", "name.tar", ".gz"},  // the last dot
+                          Case{"c:rel\\name.ext", "c:", "rel\\", "name", ".ext"},
+                          Case{"1:\\x.y", "", "1:\\", "x", ".y"},  // only a letter makes a drive
+                          Case{".cfg", "", "", "", ".cfg"}}) {
+        SCOPED_TRACE(c.path);
+        const VemPathParts p = VemSplitPath(c.path);
+        EXPECT_EQ(p.drive, c.drive);
+        EXPECT_EQ(p.directory, c.directory);
+        EXPECT_EQ(p.title, c.title);
+        EXPECT_EQ(p.extension, c.extension);
+    }
     EXPECT_EQ(VemHostPath("C:\\PRJ\\a.obj"), "/PRJ/a.obj");
     EXPECT_EQ(VemHostPath("D\\FILE12"), "D/FILE12");
+    EXPECT_EQ(VemHostPath("z:rel\\a"), "rel/a");
 }
 
 TEST(Files, DuplicateKeepsAPositionOfItsOwn) {

@@ -141,21 +141,6 @@ TEST(ProjectNodes, ResourceTextIsNameTitleAndConfigurationTitleInUpperCase) {
     VemDeleteNode(res);
 }
 
-TEST(ProjectNodes, PathSplittingKeepsWindowsRulesOnThisHost) {
-    VemPathParts p = VemSplitPath("c:rel\\name.ext");
-    EXPECT_EQ(p.drive, "c:");
-    EXPECT_EQ(p.directory, "rel\\");
-    EXPECT_EQ(p.title, "name");
-    p = VemSplitPath("1:\\x.y");  // only a letter makes a drive
-    EXPECT_EQ(p.drive, "");
-    EXPECT_EQ(p.directory, "1:\\");
-    EXPECT_EQ(p.title, "x");
-    p = VemSplitPath(".cfg");
-    EXPECT_EQ(p.title, "");
-    EXPECT_EQ(p.extension, ".cfg");
-    EXPECT_EQ(VemHostPath("z:rel\\a"), "rel/a");
-}
-
 TEST(ProjectNodes, PathNameBelongsToTheResource) {
     CVemBaseNode* res = VemNewNode(kVemResourceNode);
     VemSetPathName(res, "C:\\PRJ\\res1.obj");

@@ -71,32 +71,31 @@ CVemBaseNode* StoreAndLoad(const TempDir& dir, CVemBaseNode* root) {
     return VemLoadNode(dir.file("exe.vem").c_str());
 }
 
-tCompiledTasks Counts(CVemBaseNode* node) { return VemAllTaskCompiledSuccesfully(node); }
+// Registered and compiled tasks.
+std::pair<int, int> Counts(CVemBaseNode* node) {
+    const tCompiledTasks counts = VemAllTaskCompiledSuccesfully(node);
+    return {counts.NoOfTasks, counts.NoOfCompiledTasks};
+}
 
 }  // namespace
 
 TEST(TaskContainer, CountsRegisteredAndCompiledTasks) {
     CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 0);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(tasks), std::make_pair(0, 0));
     VemRegisterTask(tasks, "T1");
     VemRegisterTask(tasks, "T2");
     VemTaskCompiled(tasks, "T1", "t1.tsk");
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 1);
+    EXPECT_EQ(Counts(tasks), std::make_pair(2, 1));
     VemRegisterTask(tasks, "T1");  // takes the compile result back
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(tasks), std::make_pair(2, 0));
     VemTaskCompiled(tasks, "T3", "t3.tsk");  // never registered: the entry is made
     VemTaskCompiled(tasks, "t3", "other.tsk");  // keys keep their case
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 4);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 2);
+    EXPECT_EQ(Counts(tasks), std::make_pair(4, 2));
 
     // Only the container answers.
     CVemBaseNode* task = VemNewNode(kVemTaskNode);
     VemRegisterTask(task, "T1");
-    EXPECT_EQ(Counts(task).NoOfTasks, 0);
-    EXPECT_EQ(Counts(task).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(task), std::make_pair(0, 0));
     VemDeleteNode(task);
     VemDeleteNode(tasks);
 }
@@ -127,107 +126,60 @@ TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(VemGetName(loaded), "TASKS");
     EXPECT_TRUE(ChildNames(loaded).empty());
-    EXPECT_EQ(Counts(loaded).NoOfTasks, 1);
-    EXPECT_EQ(Counts(loaded).NoOfCompiledTasks, 0);
+    EXPECT_EQ(Counts(loaded), std::make_pair(1, 0));
     VemDeleteNode(loaded);
 }
 
-TEST(TaskContainer, AnEmptyContainerStoresACountOfZero) {
-    TempDir dir;
-    CVemBaseNode* container = nullptr;
-    CVemBaseNode* res = NewResourceWithContainer(container);
-    CVemBaseNode* loaded = StoreAndLoad(dir, res);
-    ASSERT_NE(loaded, nullptr);
-    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
-    ASSERT_NE(tasks, nullptr);
-    EXPECT_EQ(VemGetParentNode(tasks), loaded);
-    EXPECT_TRUE(ChildNames(tasks).empty());
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 0);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 0);
-    VemDeleteNode(loaded);
-    VemDeleteNode(res);
-}
-
+// The container reads its task files in the order of its list: a missing file or a null object
+// stops the reading and keeps what was read; an entry without a file takes all tasks away.
 TEST(TaskContainer, LoadHangsTheCompiledTasksBelowIt) {
     TempDir dir;
     WriteTaskFile(dir.file("t1.tsk"), "T1");
     WriteTaskFile(dir.file("t2.tsk"), "T2");
-    CVemBaseNode* container = nullptr;
-    CVemBaseNode* res = NewResourceWithContainer(container);
-    VemRegisterTask(container, "T2");
-    VemRegisterTask(container, "T1");
-    VemTaskCompiled(container, "T2", dir.file("t2.tsk").c_str());
-    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
-    CVemBaseNode* loaded = StoreAndLoad(dir, res);
-    VemDeleteNode(res);
-    ASSERT_NE(loaded, nullptr);
-    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
-    EXPECT_EQ(ChildNames(tasks), (std::vector<std::string>{"T2", "T1"}));  // the map's order
-    CVemBaseNode* t2 = VemGetFirstNodeOfType(tasks, kVemTuiTaskNode);
-    EXPECT_EQ(VemGetParentNode(t2), tasks);
-    EXPECT_EQ(ChildNames(t2), (std::vector<std::string>{"var"}));
-    EXPECT_EQ(t2->Serial, 0u);
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 2);
-    VemDeleteNode(loaded);
-}
-
-TEST(TaskContainer, AMissingFileStopsTheReadingAndKeepsWhatWasRead) {
-    TempDir dir;
-    WriteTaskFile(dir.file("t1.tsk"), "T1");
     WriteTaskFile(dir.file("t3.tsk"), "T3");
-    CVemBaseNode* container = nullptr;
-    CVemBaseNode* res = NewResourceWithContainer(container);
-    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
-    VemTaskCompiled(container, "T2", dir.file("missing.tsk").c_str());
-    VemTaskCompiled(container, "T3", dir.file("t3.tsk").c_str());
-    MessageCapture messages;
-    CVemBaseNode* loaded = StoreAndLoad(dir, res);
-    VemDeleteNode(res);
-    ASSERT_NE(loaded, nullptr);
-    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
-    EXPECT_EQ(ChildNames(tasks), (std::vector<std::string>{"T1"}));
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 3);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 3);
-    EXPECT_TRUE(messages.texts().empty());
-    VemDeleteNode(loaded);
-}
-
-TEST(TaskContainer, AnEntryWithoutAFileTakesAllTasksAway) {
-    TempDir dir;
-    WriteTaskFile(dir.file("t1.tsk"), "T1");
-    CVemBaseNode* container = nullptr;
-    CVemBaseNode* res = NewResourceWithContainer(container);
-    VemRegisterTask(container, "T1");
-    VemRegisterTask(container, "T2");
-    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
-    EXPECT_EQ(Counts(container).NoOfTasks, 2);
-    EXPECT_EQ(Counts(container).NoOfCompiledTasks, 1);
-    CVemBaseNode* loaded = StoreAndLoad(dir, res);
-    VemDeleteNode(res);
-    ASSERT_NE(loaded, nullptr);
-    CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
-    EXPECT_TRUE(ChildNames(tasks).empty());  // T1 was read, then T2 took it away again
-    EXPECT_EQ(Counts(tasks).NoOfTasks, 2);
-    EXPECT_EQ(Counts(tasks).NoOfCompiledTasks, 1);
-    VemDeleteNode(loaded);
-}
-
-TEST(TaskContainer, ANullObjectStopsLikeAMissingFile) {
-    TempDir dir;
-    WriteTaskFile(dir.file("t1.tsk"), "T1");
     WriteFileBytes(dir.file("null.tsk"), Bytes().u16_(0).v);  // the null reference
-    WriteTaskFile(dir.file("t3.tsk"), "T3");
-    CVemBaseNode* container = nullptr;
-    CVemBaseNode* res = NewResourceWithContainer(container);
-    VemTaskCompiled(container, "T1", dir.file("t1.tsk").c_str());
-    VemTaskCompiled(container, "T2", dir.file("null.tsk").c_str());
-    VemTaskCompiled(container, "T3", dir.file("t3.tsk").c_str());
-    CVemBaseNode* loaded = StoreAndLoad(dir, res);
-    VemDeleteNode(res);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(ChildNames(VemGetFirstNodeOfType(loaded, kVemTaskContainerNode)), (std::vector<std::string>{"T1"}));
-    VemDeleteNode(loaded);
+    const std::string t1 = dir.file("t1.tsk"), t2 = dir.file("t2.tsk"), t3 = dir.file("t3.tsk");
+    struct Case {
+        const char* what;
+        std::vector<std::pair<const char*, std::string>> entries;  // no file: only registered
+        std::vector<std::string> names;
+        int compiled;
+    };
+    const Case cases[] = {
+        {"empty", {}, {}, 0},
+        {"in the map's order", {{"T2", t2}, {"T1", t1}}, {"T2", "T1"}, 2},
+        {"missing file", {{"T1", t1}, {"T2", dir.file("missing.tsk")}, {"T3", t3}}, {"T1"}, 3},
+        {"null object", {{"T1", t1}, {"T2", dir.file("null.tsk")}, {"T3", t3}}, {"T1"}, 3},
+        {"entry without a file", {{"T1", t1}, {"T2", ""}}, {}, 1},
+    };
+    MessageCapture messages;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        CVemBaseNode* container = nullptr;
+        CVemBaseNode* res = NewResourceWithContainer(container);
+        for (const auto& [name, file] : c.entries) {
+            VemRegisterTask(container, name);
+            if (!file.empty()) VemTaskCompiled(container, name, file.c_str());
+        }
+        CVemBaseNode* loaded = StoreAndLoad(dir, res);
+        VemDeleteNode(res);
+        ASSERT_NE(loaded, nullptr);
+        CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
+        ASSERT_NE(tasks, nullptr);
+        EXPECT_EQ(VemGetParentNode(tasks), loaded);
+        EXPECT_EQ(ChildNames(tasks), c.names);
+        EXPECT_EQ(Counts(tasks), std::make_pair(static_cast<int>(c.entries.size()), c.compiled));
+        CObList* list = VemGetChildList(tasks);
+        for (POSITION pos = list->GetHeadPosition(); pos;) {
+            auto* task = static_cast<CVemBaseNode*>(list->GetNext(pos));
+            EXPECT_EQ(VemGetNodeType(task), kVemTuiTaskNode);
+            EXPECT_EQ(VemGetParentNode(task), tasks);
+            EXPECT_EQ(ChildNames(task), (std::vector<std::string>{"var"}));
+            EXPECT_EQ(task->Serial, 0u);
+        }
+        VemDeleteNode(loaded);
+    }
+    EXPECT_TRUE(messages.texts().empty());
 }
 
 TEST(TaskContainer, ADamagedTaskFileFailsTheWholeLoadCleanly) {

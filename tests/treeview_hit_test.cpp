@@ -99,14 +99,3 @@ TEST(TreeViewHit, ALoadedOrClonedNodeHasNoPlacesYet) {
     EXPECT_EQ(VemGetSelectedNode(clone, CPoint(30, 45)), nullptr);
     VemDeleteNode(clone);
 }
-
-TEST(TreeViewHit, SetAndToggleExpanded) {
-    CVemBaseNode node(kVemBaseNode, "n", 0);
-    VemToggleExpanded(&node);
-    EXPECT_EQ(node.Expanded, 1);
-    VemToggleExpanded(&node);
-    EXPECT_EQ(node.Expanded, 0);
-    VemSetExpanded(&node, 5);
-    VemToggleExpanded(&node);  // anything but 0 counts as set
-    EXPECT_EQ(node.Expanded, 0);
-}

@@ -51,54 +51,39 @@ TEST_F(TuiTask, SegmentStartsWrapInSixteenBits) {
     EXPECT_EQ(VemGetAbsOffset(task.get(), 3), 4u);
 }
 
-TEST_F(TuiTask, PathsAreUpperCaseAndFoundInAnyCase) {
+// Paths are upper case and found in any case. A structure adds a step but no key. A segment
+// without a start in the table gives the marker number. A unit stands for the start of its data
+// segment; its name's type part stays out of the key, but the blank in front of the colon stays
+// in its own key.
+TEST_F(TuiTask, PathMapGivesAbsoluteOffsets) {
     NodePtr task = TaskWithSegments();
     VemAddChildTail(task.get(), Variable("Count", 4, 3));
-    VemCreateChildNodePathList(task.get());
-    CMapStringToOb* map = VemGetNodePath2NodeList(task.get());
-    ASSERT_NE(map, nullptr);
-    CObject* found = nullptr;
-    EXPECT_TRUE(map->Lookup("TASK1.COUNT", found));
-    EXPECT_EQ(map->GetCount(), 1);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "task1.count"), 150u + 4);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "task1.counter"), 0u);
-}
-
-TEST_F(TuiTask, SegmentWithoutStartGivesTheMarkerNumber) {
-    NodePtr task = TaskWithSegments();
-    VemAddChildTail(task.get(), Variable("InTable", 4, 3));
     VemAddChildTail(task.get(), Variable("Beyond", 4, 9));
     VemAddChildTail(task.get(), Variable("Edge", 0, 5));
-    VemCreateChildNodePathList(task.get());
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INTABLE"), 154u);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.BEYOND"), 99999999u);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.EDGE"), 99999999u);
-}
-
-TEST_F(TuiTask, StructureAddsAStepButNoKey) {
-    NodePtr task = TaskWithSegments();
     CVemBaseNode* s = Named(kVemStructNode, "S");
     VemAddChildTail(s, Variable("A", 6, 2));
     VemAddChildTail(task.get(), s);
-    VemCreateChildNodePathList(task.get());
-    CObject* found = nullptr;
-    EXPECT_TRUE(VemGetNodePath2NodeList(task.get())->Lookup("TASK1.S.A", found));
-    EXPECT_FALSE(VemGetNodePath2NodeList(task.get())->Lookup("TASK1.S", found));
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.S.A"), 100u + 6);
-}
-
-// A unit stands for the start of its data segment; its name's type part stays out of the key, but
-// the blank in front of the colon stays in its own key.
-TEST_F(TuiTask, UnitIsFoundByItsDataSegment) {
-    NodePtr task = TaskWithSegments();
     CVemBaseNode* fb = VemCreateCVemFbNode("inst : FBTYPE", "C:\\PRJ\\FB.st");
     VemAddChildTail(fb, Variable("x", 2, 4));
     VemSetDataSegment(fb, 4);
     VemAddChildTail(task.get(), fb);
     VemCreateChildNodePathList(task.get());
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INST "), 175u);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INST.X"), 177u);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.INST"), 0u);
+    CMapStringToOb* map = VemGetNodePath2NodeList(task.get());
+    ASSERT_NE(map, nullptr);
+    CObject* found = nullptr;
+    EXPECT_TRUE(map->Lookup("TASK1.COUNT", found));
+    EXPECT_TRUE(map->Lookup("TASK1.S.A", found));
+    EXPECT_FALSE(map->Lookup("TASK1.S", found));
+    EXPECT_EQ(map->GetCount(), 6);
+    struct Case {
+        const char* path;
+        u32 offset;
+    };
+    for (const Case& c : {Case{"task1.count", 150 + 4}, Case{"task1.counter", 0}, Case{"TASK1.BEYOND", 99999999},
+                          Case{"TASK1.EDGE", 99999999}, Case{"TASK1.S.A", 100 + 6}, Case{"TASK1.INST ", 175},
+                          Case{"TASK1.INST.X", 177}, Case{"TASK1.INST", 0}}) {
+        EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), c.path), c.offset) << c.path;
+    }
 }
 
 TEST_F(TuiTask, SecondPathListSeesTheChangedTree) {
@@ -125,13 +110,6 @@ TEST_F(TuiTask, SegmentTableIsHandedOver) {
     VemSetSegmentTable(task.get(), none);  // a null table leaves a new empty one
     ASSERT_NE(VemGetSegmentTable(task.get()), nullptr);
     EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetSegmentTable(task.get())), 0);
-}
-
-TEST_F(TuiTask, TaskDefinitionEntryIsTakenOver) {
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
-    VemSetTaskDefEntry(task.get(), entry);
-    EXPECT_EQ(VemGetTaskDefEntry(task.get()), entry);
 }
 
 TEST_F(TuiTask, IconBitmapTextAndClone) {

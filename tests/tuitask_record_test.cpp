@@ -1,15 +1,16 @@
 // Compiled task: its record, old records, the code nodes that hang on the switch, task files.
-#include <functional>
 
 #include "alloc_hook.h"
 #include "compiled_test_util.h"
 
 using compiledtest::CodeNode;
 using compiledtest::CodeNodePaths;
+using compiledtest::Concat;
 using compiledtest::LoadRecord;
 using compiledtest::MakeNode;
 using compiledtest::NodePtr;
 using compiledtest::StoreRecord;
+using compiledtest::Stored;
 using compiledtest::Variable;
 using vemtest::Bytes;
 
@@ -43,20 +44,6 @@ NodePtr SmallTask() {
     NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
     VemAddNewSegmentLength(task.get(), 100);
     return task;
-}
-
-std::vector<u8> Stored(const std::function<void(CArchive&)>& write) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    write(ar);
-    ar.Close();
-    return file.Data();
-}
-
-std::vector<u8> Concat(std::initializer_list<std::vector<u8>> parts) {
-    std::vector<u8> all;
-    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
 }
 
 // A task with children, two segments, an entry, a file, offsets and two code nodes.
@@ -160,18 +147,16 @@ TEST_F(TuiTaskRecord, VersionZeroLoadsWithTheOldRowsDropped) {
         list.Add(entry);
         list.Serialize(ar);
     });
-    const std::vector<u8> buffer = Stored([](CArchive& ar) {
-        CVemByteArray* array = VemBaNewByteArray(0, 1, 1, 0);
-        VemBaAppendDword(array, 0xDEADBEEF);
-        VemBaSerialize(array, ar);
-        VemBaDeleteByteArray(array);
-    });
-    const std::vector<u8> entry = Stored([](CArchive& ar) {
-        CVemByteArray* array = VemBaNewByteArray(0, 1, 1, 0);
-        VemBaAppendByte(array, 0x5A);
-        VemBaSerialize(array, ar);
-        VemBaDeleteByteArray(array);
-    });
+    const auto storedArray = [](u32 value, bool dword) {
+        return Stored([&](CArchive& ar) {
+            CVemByteArray* array = VemBaNewByteArray(0, 1, 1, 0);
+            dword ? VemBaAppendDword(array, value) : VemBaAppendByte(array, static_cast<u8>(value));
+            VemBaSerialize(array, ar);
+            VemBaDeleteByteArray(array);
+        });
+    };
+    const std::vector<u8> buffer = storedArray(0xDEADBEEF, true);
+    const std::vector<u8> entry = storedArray(0x5A, false);
     const std::vector<u8> old = Concat({program, Bytes().u16_(0).v, table, downloadList, entry, Bytes().u16_(0).v,
                                         Bytes().u16_(2).u32_(0).u32_(0).v, buffer});
     NodePtr loaded = MakeNode(kVemTuiTaskNode);
@@ -190,12 +175,7 @@ TEST_F(TuiTaskRecord, NewerVersionFails) {
     std::vector<u8> record = StoreRecord(task.get());
     record[record.size() - kTail.size()] = 2;
     NodePtr loaded = MakeNode(kVemTuiTaskNode);
-    try {
-        LoadRecord(loaded.get(), record);
-        FAIL() << "a newer record loaded";
-    } catch (const CArchiveException& e) {
-        EXPECT_EQ(e.m_cause, CArchiveException::badIndex);
-    }
+    EXPECT_EQ(memtest::CauseOf([&] { LoadRecord(loaded.get(), record); }), CArchiveException::badIndex);
 }
 
 TEST_F(TuiTaskRecord, EveryTruncatedRecordFailsAndLeavesNothing) {
@@ -217,18 +197,13 @@ TEST_F(TuiTaskRecord, EveryTruncatedRecordFailsAndLeavesNothing) {
 // A task file holds the task as a new object of a new class: FFFF, class schema 5, the name.
 TEST_F(TuiTaskRecord, TaskFileObjectForm) {
     NodePtr task = SmallTask();
-    CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        ASSERT_EQ(VemWriteObject(task.get(), ar), 1);
-        ar.Close();
-    }
+    const std::vector<u8> bytes = Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(task.get(), ar), 1); });
     const std::vector<u8> head = Bytes().u16_(0xFFFF).u16_(5).u16_(15).v;
     const std::string name = "CVemTuiTaskNode";
-    ASSERT_GT(file.Data().size(), head.size() + name.size());
-    EXPECT_EQ(std::vector<u8>(file.Data().begin(), file.Data().begin() + 6), head);
-    EXPECT_EQ(std::string(file.Data().begin() + 6, file.Data().begin() + 21), name);
-    CMemFile in(file.Data());
+    ASSERT_GT(bytes.size(), head.size() + name.size());
+    EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + 6), head);
+    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 21), name);
+    CMemFile in(bytes);
     CArchive ar(&in, CArchive::load);
     NodePtr read(VemReadObject(ar));
     ASSERT_NE(read, nullptr);
