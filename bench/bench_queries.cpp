@@ -203,6 +203,25 @@ void BM_CrossReference(benchmark::State& state) {
 }
 BENCHMARK(BM_CrossReference)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// An executable node (alignment 2, ByteSize 1) with a task holding an unexpanded array of BYTE of
+// n elements.
+CVemBaseNode* NewByteArrayTree(int elements, CVemBaseNode*& array) {
+    CVemBaseNode* exe = VemNewNode(kVemExeNode);
+    tVemDeviceSettings settings{};
+    settings.Alignment = 2;
+    settings.ByteSize = 1;
+    VemSetDeviceSettings(exe, settings);
+    CVemBaseNode* task = VemNewNode(kVemTuiTaskNode);
+    VemAddChildTail(exe, task);
+    array = VemNewNode(kVemArrayNode);
+    VemSetName(array, "BYTES");
+    VemSetSize(array, static_cast<u16>(elements));
+    VemSetDimRange4Index(VemGetRange(array), 0, tVemDimRange{0, elements - 1, 0});
+    VemAddChildTail(array, VemCreateCVemVariableNode("", 0, kCbeTypeByte, 1, 0));
+    VemAddChildTail(task, array);
+    return exe;
+}
+
 // An array of BYTE of n elements in a task below an executable node, expanded; time per element.
 // Each expansion goes into memory that nothing freed before: the trees stay until the timing ends,
 // as a compiler's do, so that the figure holds the expansion and not the allocator's reuse of the
@@ -213,19 +232,8 @@ void BM_ExpandArray(benchmark::State& state) {
     std::vector<CVemBaseNode*> trees;
     for (auto _ : state) {
         state.PauseTiming();
-        CVemBaseNode* exe = VemNewNode(kVemExeNode);
-        tVemDeviceSettings settings{};
-        settings.Alignment = 2;
-        settings.ByteSize = 1;
-        VemSetDeviceSettings(exe, settings);
-        CVemBaseNode* task = VemNewNode(kVemTuiTaskNode);
-        VemAddChildTail(exe, task);
-        CVemBaseNode* array = VemNewNode(kVemArrayNode);
-        VemSetName(array, "BYTES");
-        VemSetSize(array, static_cast<u16>(elements));
-        VemSetDimRange4Index(VemGetRange(array), 0, tVemDimRange{0, elements - 1, 0});
-        VemAddChildTail(array, VemCreateCVemVariableNode("", 0, kCbeTypeByte, 1, 0));
-        VemAddChildTail(task, array);
+        CVemBaseNode* array = nullptr;
+        CVemBaseNode* exe = NewByteArrayTree(elements, array);
         trees.push_back(exe);
         state.ResumeTiming();
         VemExpandArray(array);
@@ -250,19 +258,8 @@ void BM_ExpandArrayReusedMemory(benchmark::State& state) {
     const auto elements = static_cast<int>(state.range(0));
     for (auto _ : state) {
         state.PauseTiming();
-        CVemBaseNode* exe = VemNewNode(kVemExeNode);
-        tVemDeviceSettings settings{};
-        settings.Alignment = 2;
-        settings.ByteSize = 1;
-        VemSetDeviceSettings(exe, settings);
-        CVemBaseNode* task = VemNewNode(kVemTuiTaskNode);
-        VemAddChildTail(exe, task);
-        CVemBaseNode* array = VemNewNode(kVemArrayNode);
-        VemSetName(array, "BYTES");
-        VemSetSize(array, static_cast<u16>(elements));
-        VemSetDimRange4Index(VemGetRange(array), 0, tVemDimRange{0, elements - 1, 0});
-        VemAddChildTail(array, VemCreateCVemVariableNode("", 0, kCbeTypeByte, 1, 0));
-        VemAddChildTail(task, array);
+        CVemBaseNode* array = nullptr;
+        CVemBaseNode* exe = NewByteArrayTree(elements, array);
         state.ResumeTiming();
         VemExpandArray(array);
         state.PauseTiming();
