@@ -2,6 +2,7 @@
 #include "test_util.h"
 
 using vemtest::Bytes;
+using vemtest::Frame;
 using vemtest::ReadFileBytes;
 using vemtest::ReadFileText;
 using vemtest::TempDir;
@@ -22,15 +23,6 @@ std::vector<std::string> ChildNames(CVemBaseNode* parent) {
         names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
     }
     return names;
-}
-
-// Node type word and version stamp in front of every node file.
-Bytes Frame(unsigned rootType) {
-    Bytes b;
-    b.u16_(rootType);
-    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
-    b.u8_(0);
-    return b;
 }
 
 // Base record of a childless node with an empty extra text.

@@ -109,10 +109,7 @@ TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
     ASSERT_EQ(VemWriteNode(tasks, dir.file("c.vem").c_str()), 1);
     EXPECT_TRUE(ChildNames(tasks).empty());  // the store took them away
 
-    Bytes want;
-    want.u16_(17);  // node type word of the root
-    for (char c : std::string("Norvadis_VEM_Version:003")) want.u8_(static_cast<u8>(c));
-    want.u8_(0);
+    Bytes want = vemtest::Frame(17);
     want.u16_(0).u8_(17).u8_(1).str("TASKS").u32_(0).u8_(0);  // base record: schema .. extra text
     want.u16_(0);     // child count: never any
     want.u16_(0);     // schema word of the container record

@@ -17,6 +17,7 @@
 #include "vem_settings.h"
 
 using vemtest::Bytes;
+using vemtest::Frame;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
 using vemtest::WriteFileBytes;
@@ -24,15 +25,6 @@ using vemtest::WriteFileBytes;
 namespace {
 
 constexpr long kMemoryBound = 50L << 20;
-
-// Type word and version stamp.
-Bytes Frame(unsigned type) {
-    Bytes b;
-    b.u16_(type);
-    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
-    b.u8_(0);
-    return b;
-}
 
 // A base record up to its child count: schema, type, expanded, name, serial, extra text.
 Bytes& BaseHead(Bytes& b, unsigned type, const std::string& name) {

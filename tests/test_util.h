@@ -67,4 +67,14 @@ struct Bytes {
     }
 };
 
+// Node type word of the root and the version stamp with its end: the 27 bytes in front of every
+// node file.
+inline Bytes Frame(unsigned rootType) {
+    Bytes b;
+    b.u16_(rootType);
+    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
+    b.u8_(0);
+    return b;
+}
+
 }  // namespace vemtest

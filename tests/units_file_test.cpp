@@ -47,10 +47,7 @@ void FillUnit(CVemBaseNode* unit) {
 }
 
 std::vector<u8> FunctionFile() {
-    Bytes b;
-    b.u16_(5);  // 0 node type word of the root
-    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
-    b.u8_(0);                  // 26 end of the stamp
+    Bytes b = vemtest::Frame(5);  // 0 node type word of the root, 2 stamp, 26 end of the stamp
     b.u16_(0);                 // 27 schema word of the base record
     b.u8_(5);                  // 29 node type
     b.u8_(1);                  // 30 Expanded

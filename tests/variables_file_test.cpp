@@ -4,19 +4,12 @@
 #include "variables/variable.h"
 
 using vemtest::Bytes;
+using vemtest::Frame;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
 using vemtest::WriteFileBytes;
 
 namespace {
-
-Bytes Frame(unsigned rootType) {
-    Bytes b;
-    b.u16_(rootType);  // node type word of the root
-    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
-    b.u8_(0);  // end of the stamp
-    return b;
-}
 
 // Base record of a node without children.
 Bytes& LeafBaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::string& name) {
