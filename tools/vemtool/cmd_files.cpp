@@ -58,6 +58,20 @@ int CmdTree(Args args) {
     return kOk;
 }
 
+CVemBaseNode* LoadChecked(const std::string& file) {
+    tVemLoadReport report;
+    CVemBaseNode* root = VemLoadNodeReport(file.c_str(), &report);
+    if (!root) {
+        static const char* const kinds[] = {"none", "cannot open", "file exception", "archive exception",
+                                            "memory exception", "platform exception"};
+        const int k = report.Failure >= 0 && report.Failure <= 5 ? report.Failure : 5;
+        std::printf("%s: FAILED\n  failure: %s\n  cause:   %d\n", file.c_str(), kinds[k], report.Cause);
+        if (report.RecordClass[0]) std::printf("  record:  %s\n", report.RecordClass);
+        std::printf("  offset:  %llu\n  message: %s\n", static_cast<unsigned long long>(report.Offset), report.Message);
+    }
+    return root;
+}
+
 int CmdCheck(Args args) {
     if (args.Help()) {
         std::puts(
@@ -69,17 +83,8 @@ int CmdCheck(Args args) {
     if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
     if (args.Rest().size() != 1) return Usage("check takes one node file");
     const std::string& file = args.Rest()[0];
-    tVemLoadReport report;
-    Tree tree(VemLoadNodeReport(file.c_str(), &report));
-    if (!tree.get()) {
-        static const char* const kinds[] = {"none", "cannot open", "file exception", "archive exception",
-                                            "memory exception", "platform exception"};
-        const int k = report.Failure >= 0 && report.Failure <= 5 ? report.Failure : 5;
-        std::printf("%s: FAILED\n  failure: %s\n  cause:   %d\n", file.c_str(), kinds[k], report.Cause);
-        if (report.RecordClass[0]) std::printf("  record:  %s\n", report.RecordClass);
-        std::printf("  offset:  %llu\n  message: %s\n", static_cast<unsigned long long>(report.Offset), report.Message);
-        return kFailed;
-    }
+    Tree tree(LoadChecked(file));
+    if (!tree.get()) return kFailed;
     const std::vector<CVemBaseNode*> nodes = Subtree(tree.get());
     std::printf("%s: OK, root %s of type %u, %zu nodes\n", file.c_str(), VemGetName(tree.get()).GetString(),
                 static_cast<unsigned>(VemGetNodeType(tree.get())), nodes.size());

@@ -16,6 +16,7 @@ const char kUsage[] =
     "  query FILE --lines UNITPATH    source line to code offset of a unit\n"
     "  query FILE --xref PATH         where a variable is read or written, a unit called [--mask rwc]\n"
     "  export FILE --json             the whole tree with its stored fields as JSON\n"
+    "  html FILE -o OUT.html          the tree, search and details as one page for a browser\n"
     "  check FILE                     load a node file and its task files; say what failed\n"
     "  header SRCFILE                 the key block of a source file [--get KEY | --set KEY=VALUE | --unit]\n"
     "\n"
@@ -49,6 +50,7 @@ int main(int argc, char** argv) {
     if (command == "tree") return vemtool::CmdTree(rest);
     if (command == "query") return vemtool::CmdQuery(rest);
     if (command == "export") return vemtool::CmdExport(rest);
+    if (command == "html") return vemtool::CmdHtml(rest);
     if (command == "check") return vemtool::CmdCheck(rest);
     if (command == "header") return vemtool::CmdHeader(rest);
     std::fprintf(stderr, "vemtool: unknown command '%s'\n\n%s", command.c_str(), kUsage);

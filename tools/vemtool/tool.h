@@ -50,6 +50,8 @@ private:
 
 // Loads a node file; on failure prints why and gives null.
 CVemBaseNode* LoadOrReport(const std::string& file);
+// Loads a node file; on failure prints the report of `check` to standard output and gives null.
+CVemBaseNode* LoadChecked(const std::string& file);
 
 std::vector<CVemBaseNode*> Children(CVemBaseNode* node);
 // Every node of the subtree in pre-order, the node first.
@@ -77,5 +79,6 @@ int CmdExport(Args args);
 int CmdCheck(Args args);
 int CmdHeader(Args args);
 int CmdDemo(Args args);
+int CmdHtml(Args args);
 
 }  // namespace vemtool
