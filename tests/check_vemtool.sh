@@ -37,6 +37,14 @@ grep -q "line   10  call" "$work/out" || fail "xref of a call"
 if command -v python3 > /dev/null; then python3 -m json.tool "$work/tree.json" > /dev/null || fail "export is no JSON"; fi
 expect_rc 0 "$tool" tree "$node" -o "$work/t.svg" --expand-all
 
+# The page; a file that does not load gives what check gives.
+expect_rc 0 "$tool" html "$node" -o "$work/page.html"
+grep -q '<script type="application/json" id="vem-data">{"format":1,' "$work/page.html" || fail "html data"
+"$tool" check "$work/cut.vem" > "$work/check.txt"
+expect_rc 1 "$tool" html "$work/cut.vem" -o "$work/cut.html"
+cmp -s "$work/out" "$work/check.txt" || fail "html of a cut file says other than check"
+expect_rc 2 "$tool" html "$node"
+
 printf '$BEGIN_ZQ_HEADER\r\nCHECK = 7\r\n$END_ZQ_HEADER\r\nPROGRAM Main\r\nEND_PROGRAM\r\n' > "$work/main.st"
 expect_rc 0 "$tool" header "$work/main.st" --set CHECK=42
 expect_rc 0 "$tool" header "$work/main.st" --get CHECK

@@ -259,6 +259,41 @@ def check_large(driver, tool, node_file, page, out):
     driver.save_screenshot(os.path.join(out, "large.png"))
 
 
+def many_children_page(page, out, count=65535):
+    """The demo's page with its data replaced by a root with `count` variables below it, closed."""
+    import json
+
+    html = open(page, encoding="ascii").read()
+    start = html.index('id="vem-data">') + len('id="vem-data">')
+    end = html.index("</script>", start)
+    d = json.loads(html[start:end])
+    first = len(d["strings"])
+    d["strings"] += ["V%d" % i for i in range(count)]
+    n = count + 1
+    d.update(kind=[d["kind"][0]] + [d["kind"][3]] * count, name=[d["name"][0]] + list(range(first, first + count)),
+             text=[d["text"][0]] + [0] * count, children=[count] + [0] * count, open=[0] * n,
+             attr=[0] + [d["attr"][3]] * count, offset=[0] + list(range(count)),
+             keyTasks=[], keyNode=[], keyPrefix=[], keySuffix=[], keyAddress=[], units=[], segments=[],
+             lineMaps=[], xref=[])
+    data = json.dumps(d, separators=(",", ":")).replace("<", "\\u003c")
+    path = os.path.join(out, "many.html")
+    open(path, "w", encoding="ascii").write(html[:start] + data + html[end:])
+    return path
+
+
+def check_many(driver, page, out):
+    from selenium.webdriver.common.by import By
+
+    open_page(driver, many_children_page(page, out))
+    root = driver.find_element(By.CSS_SELECTOR, "#tree .row")
+    times = [toggle_ms(driver, root) for _ in range(2 * RUNS - 1)][::2]  # opening, with closing between
+    print("opening 65,535 children (ms): " + ", ".join("%.1f" % t for t in times))
+    check(min(times) <= EXPAND_MS, "opening 65,535 children: %s ms" % times)
+    check(driver.execute_script("return window.vem.count()") == 65536, "rows shown below the opened root")
+    driver.execute_script("const t = document.getElementById('tree'); t.scrollTop = t.scrollHeight")
+    check(row(driver, "V65534 : INT") is not None, "the last child shown at the end of the tree")
+
+
 def main():
     if len(sys.argv) != 3:
         raise SystemExit(__doc__)
@@ -274,6 +309,7 @@ def main():
         check_demo(driver, tool, node_files[0], pages[0], out)
         check_names(driver, tool, node_files[1], pages[1], out)
         check_large(driver, tool, node_files[2], pages[2], out)
+        check_many(driver, pages[0], out)
     finally:
         driver.quit()
         shutil.rmtree(profile, ignore_errors=True)

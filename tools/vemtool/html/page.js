@@ -339,6 +339,7 @@
       ['data segment length', u[7], 'n'], ['program number', u[8], 'n'], ['global', u[9], 'n']]));
     box.append(el('h3', 'Segments'));
     const t = el('table');
+    const views = el('div');
     ['code', 'data', 'ini'].forEach((label, k) => {
       const s = u[1 + k];
       const tr = el('tr');
@@ -350,12 +351,17 @@
       const td = el('td');
       const b = el('button', 'hex', 'small');
       b.dataset.segment = seg[1];
-      b.addEventListener('click', () => { const v = hexView(seg); v.dataset.segment = seg[1]; b.replaceWith(v); });
+      b.addEventListener('click', () => {
+        b.disabled = true;
+        const v = hexView(seg);
+        v.dataset.segment = seg[1];
+        views.append(el('h3', label + ' segment ' + seg[1] + ' (' + (seg[3] ? 'Motorola' : 'Intel') + ' order, as the target holds it)'), v);
+      });
       td.append(b);
       tr.append(td);
       t.append(tr);
     });
-    box.append(t);
+    box.append(t, views);
     const map = D.lineMaps.find((m) => S[m[0]] === S[u[4]]);
     box.append(el('h3', 'Line map' + (map ? ' (' + (map.length - 1) / 2 + ' lines)' : ': none')));
     if (map) {
