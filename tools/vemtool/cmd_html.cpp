@@ -5,6 +5,7 @@
 // table; see the description of the format at the top of html/page.js.
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <set>
 #include <string>
