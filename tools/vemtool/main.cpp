@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "taskfiles.h"
 #include "tool.h"
 
 namespace {
@@ -20,6 +21,9 @@ const char kUsage[] =
     "  header SRCFILE                 the key block of a source file [--get KEY | --set KEY=VALUE | --unit]\n"
     "\n"
     "--evem on|off sets the statement model switch of the settings library (default: on).\n"
+    "Task files whose stored names do not open here are looked for by name beside the node file\n"
+    "and in each --task-dir DIR (repeatable); --no-search opens the stored names only. A tree\n"
+    "with tasks left out is not loaded (exit 1) unless --partial is given.\n"
     "Each command has --help. Exit codes: 0 done, 1 failed load or query, 2 bad usage.\n";
 
 // Message boxes of the library go to standard error with a mark.
@@ -38,6 +42,7 @@ int main(int argc, char** argv) {
         LurSetEvemEnabled(args[1] == "on" ? 1 : 0);
         args.erase(args.begin(), args.begin() + 2);
     }
+    if (vemtool::TakeTaskFileOptions(args) != vemtool::kOk) return vemtool::kUsage;
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         std::fputs(kUsage, args.empty() ? stderr : stdout);
         return args.empty() ? vemtool::kUsage : vemtool::kOk;
