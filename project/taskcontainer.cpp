@@ -92,13 +92,13 @@ void CVemTaskContainerNode::Serialize(CArchive& ar) {
     if (ar.IsLoading()) ReadTasks(ar);
 }
 
-// A stored name that does not open here is looked for by its last part (VemFindTaskFile); the
+// A stored name that does not open here is looked for by its last part (VemTaskFileFinder); the
 // entry itself stays as stored, so a store writes the same bytes. Reading stops at the first entry
 // without a file or without a task, as it always did, and every entry that gives no child is noted
 // for the load's report.
 void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
     VemTaskFileScope scope;
-    const CString holder = ar.GetFile() ? ar.GetFile()->GetFilePath() : CString();
+    VemTaskFileFinder finder(ar.GetFile() ? ar.GetFile()->GetFilePath() : CString());
     std::vector<std::pair<CString, CString>> read;  // entries whose task hangs below this node
     bool stopped = false;
     CString name, path;
@@ -116,7 +116,7 @@ void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
             VemNoteMissingTask(tVemMissingTask::kNotCompiled, name, path, {});
             continue;
         }
-        VemTaskFileLookup lookup = VemFindTaskFile(path, holder);
+        const VemTaskFileLookup lookup = finder.Find(path);
         if (lookup.path.IsEmpty()) {
             VemNoteMissingTask(lookup.reason, name, path, lookup.tried);
             continue;

@@ -53,7 +53,33 @@ struct TaskReport {
 
 }  // namespace
 
-VemTaskFileLookup VemFindTaskFile(const CString& stored, const CString& holder) {
+VemTaskFileFinder::VemTaskFileFinder(const CString& holder) {
+    if (!holder.IsEmpty()) {
+        const VemPathParts place = VemSplitPath(holder);
+        directories_.push_back(place.drive + place.directory);
+    }
+    directories_.insert(directories_.end(), SearchPath().begin(), SearchPath().end());
+}
+
+std::string VemTaskFileFinder::AnyCase(const CString& directory, const std::string& name) {
+    const auto lower = [](std::string s) {
+        for (char& c : s) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return s;
+    };
+    auto [at, fresh] = listed_.try_emplace(directory.str());
+    if (fresh) {
+        std::vector<std::string> entries;
+        VemListDirectory(directory, entries);
+        for (std::string& entry : entries) {
+            auto [slot, added] = at->second.try_emplace(lower(entry), entry);
+            if (!added && entry < slot->second) slot->second = std::move(entry);
+        }
+    }
+    const auto found = at->second.find(lower(name));
+    return found == at->second.end() ? std::string() : found->second;
+}
+
+VemTaskFileLookup VemTaskFileFinder::Find(const CString& stored) {
     VemTaskFileLookup found;
     bool unusable = false;
     const auto attempt = [&](const CString& name) {
@@ -69,15 +95,15 @@ VemTaskFileLookup VemFindTaskFile(const CString& stored, const CString& holder) 
     const VemPathParts parts = VemSplitPath(stored);
     const CString last = parts.title + parts.extension;
     if (g_search && !last.IsEmpty() && last != "." && last != "..") {
-        std::vector<CString> directories;
-        if (!holder.IsEmpty()) {
-            const VemPathParts place = VemSplitPath(holder);
-            directories.push_back(place.drive + place.directory);
-        }
-        directories.insert(directories.end(), SearchPath().begin(), SearchPath().end());
-        for (const CString& directory : directories) {
-            const CString name = VemFindInDirectory(directory, last);
-            if (attempt(name.IsEmpty() ? Join(directory, last) : name)) return found;
+        for (const CString& directory : directories_) {
+            const CString exact = Join(directory, last);
+            CFileStatus status;
+            if (CFile::GetStatus(exact, status)) {
+                if (attempt(exact)) return found;
+                continue;
+            }
+            const std::string entry = AnyCase(directory, last.str());
+            if (attempt(entry.empty() ? exact : Join(directory, CString(entry)))) return found;
         }
     }
     found.reason = unusable ? tVemMissingTask::kNotReadable : tVemMissingTask::kNotFound;
