@@ -37,12 +37,12 @@ int PrintMessage(const char* text, unsigned, void*) {
 int main(int argc, char** argv) {
     VemSetMessageBoxHandler(&PrintMessage, nullptr);
     std::vector<std::string> args(argv + 1, argv + argc);
+    if (vemtool::TakeTaskFileOptions(args) != vemtool::kOk) return vemtool::kUsage;
     if (args.size() >= 2 && args[0] == "--evem") {
         if (args[1] != "on" && args[1] != "off") return vemtool::Usage("--evem takes on or off");
         LurSetEvemEnabled(args[1] == "on" ? 1 : 0);
         args.erase(args.begin(), args.begin() + 2);
     }
-    if (vemtool::TakeTaskFileOptions(args) != vemtool::kOk) return vemtool::kUsage;
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         std::fputs(kUsage, args.empty() ? stderr : stdout);
         return args.empty() ? vemtool::kUsage : vemtool::kOk;
