@@ -135,6 +135,7 @@ int VemAddTaskFileDirectory(const char* directory) {
 void VemClearTaskFileDirectories() { SearchPath().clear(); }
 
 CVemBaseNode* VemLoadNodeTaskReport(const char* fileName, tVemLoadReport* report, tVemTaskReport* tasks) {
+    if (tasks) *tasks = tVemTaskReport{0, nullptr, nullptr};
     auto owned = std::make_unique<TaskReport>();
     CVemBaseNode* root = nullptr;
     {

@@ -153,8 +153,10 @@ TEST_F(TaskSearch, TheFirstPlaceInOrderWins) {
         {"C:\\X\\T.tsk", {"n/T.tsk"}, nullptr, 0},                       // the literal rule
         {"C:\\X\\T.tsk", {"n/T.tsk.old", "s1/TT.tsk"}, nullptr},
     };
-    const char* path[] = {"", search1.c_str(), nullptr, dir_.file("none").c_str(), search2.c_str()};
-    VemSetTaskFileDirectories(path, 5);
+    // Missing, empty and null entries, and a file named as a directory, are passed over.
+    const std::string none = dir_.file("none");
+    const char* path[] = {"", search1.c_str(), nullptr, none.c_str(), node.c_str(), search2.c_str()};
+    VemSetTaskFileDirectories(path, 6);
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.stored) + " -> " + (row.expected ? row.expected : "none"));
         for (const char* d : {"n", "s1", "s2", "abs"})
