@@ -44,6 +44,40 @@ grep -q '<script type="application/json" id="vem-data">{"format":1,' "$work/page
 expect_rc 1 "$tool" html "$work/cut.vem" -o "$work/cut.html"
 cmp -s "$work/out" "$work/check.txt" || fail "html of a cut file says other than check"
 expect_rc 2 "$tool" html "$node"
+# A resource moved elsewhere loads whole from any working directory; one with tasks left out fails
+# unless --partial is given, and says what it tried.
+mv "$work/demo" "$work/moved"
+(cd / && expect_rc 0 "$tool" check "$work/moved/LINE1.vem") || exit 1
+(cd "$work/moved" && expect_rc 0 "$tool" query LINE1.vem --addr FAST.COUNT) || exit 1
+expect_rc 1 "$tool" check "$work/moved/LINE1.vem" --no-search
+mkdir "$work/tasks" && mv "$work/moved/SLOW.tsk" "$work/tasks/slow.TSK"
+expect_rc 1 "$tool" query "$work/moved/LINE1.vem" --addr FAST.COUNT
+grep -q "task SLOW left out: file not found" "$work/out" || fail "missing task message"
+grep -q "tried $work/moved/SLOW.tsk" "$work/out" || fail "names tried"
+expect_rc 0 "$tool" query "$work/moved/LINE1.vem" --addr GLOBAL.LINESPEED --partial
+expect_rc 0 "$tool" --task-dir "$work/none" --task-dir "$work/tasks" check "$work/moved/LINE1.vem"
+expect_rc 2 "$tool" check "$work/moved/LINE1.vem" --task-dir
+if command -v python3 > /dev/null; then
+    # Stored names of a Windows machine that is not here, the files in upper case.
+    "$tool" demo "$work/win" > /dev/null || fail "demo for Windows names"
+    python3 - "$work/win" <<'PY' || fail "rewriting the stored names"
+import os, sys
+d = sys.argv[1]
+node = os.path.join(d, "LINE1.vem")
+data = open(node, "rb").read()
+for task in ("FAST", "SLOW"):
+    old = f"{d}/{task}.tsk".encode()
+    new = f"C:\\NOWHERE\\PLANT\\{task}.TSK".encode()
+    assert bytes([len(old)]) + old in data
+    data = data.replace(bytes([len(old)]) + old, bytes([len(new)]) + new)
+    os.rename(os.path.join(d, f"{task}.tsk"), os.path.join(d, f"{task}.TSK"))
+open(os.path.join(d, "LINE1.VEM"), "wb").write(data)
+os.remove(node)
+PY
+    (cd / && expect_rc 0 "$tool" check "$work/win/LINE1.VEM") || exit 1
+    grep -q "TASKS: 2 tasks, 2 compiled, 2 loaded" "$work/out" || fail "Windows names: tasks"
+    (cd "$work/win" && expect_rc 0 "$tool" query LINE1.VEM --addr FAST.COUNT --addr SLOW.COUNT) || exit 1
+fi
 
 printf '$BEGIN_ZQ_HEADER\r\nCHECK = 7\r\n$END_ZQ_HEADER\r\nPROGRAM Main\r\nEND_PROGRAM\r\n' > "$work/main.st"
 expect_rc 0 "$tool" header "$work/main.st" --set CHECK=42

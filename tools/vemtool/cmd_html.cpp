@@ -13,6 +13,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "taskfiles.h"
 #include "tool.h"
 
 namespace vemtool {
@@ -557,8 +558,9 @@ int CmdHtml(Args args) {
     if (!hasOut || out.empty()) return Usage("html needs -o OUT.html");
     if (args.Rest().size() != 1) return Usage("html takes one node file");
     const std::string& file = args.Rest()[0];
-    Tree tree(LoadChecked(file));
-    if (!tree.get()) return kFailed;
+    int missing = 0;
+    Tree tree(LoadChecked(file, &missing));
+    if (!tree.get() || (missing > 0 && !PartialAllowed())) return kFailed;
 
     const std::size_t slash = file.find_last_of("/\\");
     const std::string title = slash == std::string::npos ? file : file.substr(slash + 1);

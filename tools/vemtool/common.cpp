@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "taskfiles.h"
 #include "tool.h"
 
 namespace vemtool {
@@ -57,8 +58,10 @@ int Usage(const char* text) {
 
 CVemBaseNode* LoadOrReport(const std::string& file) {
     tVemLoadReport report;
-    CVemBaseNode* root = VemLoadNodeReport(file.c_str(), &report);
+    int missing = 0;
+    CVemBaseNode* root = LoadReportingTasks(file, report, missing);
     if (!root) std::fprintf(stderr, "vemtool: cannot load %s: %s\n", file.c_str(), report.Message);
+    if (root && missing > 0 && !PartialAllowed()) VemDeleteNode(root);  // not a whole result; sets null
     return root;
 }
 

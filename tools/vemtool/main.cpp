@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "taskfiles.h"
 #include "tool.h"
 
 namespace {
@@ -21,6 +22,9 @@ const char kUsage[] =
     "  header SRCFILE                 the key block of a source file [--get KEY | --set KEY=VALUE | --unit]\n"
     "\n"
     "--evem on|off sets the statement model switch of the settings library (default: on).\n"
+    "Task files whose stored names do not open here are looked for by name beside the node file\n"
+    "and in each --task-dir DIR (repeatable); --no-search opens the stored names only. A tree\n"
+    "with tasks left out is not loaded (exit 1) unless --partial is given.\n"
     "Each command has --help. Exit codes: 0 done, 1 failed load or query, 2 bad usage.\n";
 
 // Message boxes of the library go to standard error with a mark.
@@ -34,6 +38,7 @@ int PrintMessage(const char* text, unsigned, void*) {
 int main(int argc, char** argv) {
     VemSetMessageBoxHandler(&PrintMessage, nullptr);
     std::vector<std::string> args(argv + 1, argv + argc);
+    if (vemtool::TakeTaskFileOptions(args) != vemtool::kOk) return vemtool::kUsage;
     if (args.size() >= 2 && args[0] == "--evem") {
         if (args[1] != "on" && args[1] != "off") return vemtool::Usage("--evem takes on or off");
         LurSetEvemEnabled(args[1] == "on" ? 1 : 0);

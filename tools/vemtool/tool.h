@@ -51,7 +51,7 @@ private:
 // Loads a node file; on failure prints why and gives null.
 CVemBaseNode* LoadOrReport(const std::string& file);
 // Loads a node file; on failure prints the report of `check` to standard output and gives null.
-CVemBaseNode* LoadChecked(const std::string& file);
+CVemBaseNode* LoadChecked(const std::string& file, int* missingTasks = nullptr);
 
 std::vector<CVemBaseNode*> Children(CVemBaseNode* node);
 // Every node of the subtree in pre-order, the node first.
