@@ -1,0 +1,184 @@
+// Code offset to statement: per unit of an executable node the statements sorted by code offset.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "node/basenode.h"
+#include "project/varlayout.h"
+#include "statement/evembase.h"
+#include "statement/evemstmt.h"
+#include "vem_bytearray.h"
+#include "vem_ext.h"
+#include "vem_segtbl.h"
+
+namespace {
+
+std::string Upper(std::string text) {
+    for (char& c : text) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    return text;
+}
+
+// "C:\PRJ\FB0.st" gives "FB0".
+std::string FileStem(const std::string& path) {
+    const auto slash = path.find_last_of("\\/:");
+    std::string stem = slash == std::string::npos ? path : path.substr(slash + 1);
+    const auto dot = stem.rfind('.');
+    if (dot != std::string::npos && dot > 0) stem.resize(dot);
+    return stem;
+}
+
+struct Unit {
+    CEVemBaseNode* code = nullptr;
+    std::string path;
+    std::vector<u16> offsets;              // ascending
+    std::vector<CEVemBaseNode*> statement;  // for each offset, the last in chain order not above it
+    u32 codeLength = 0;
+};
+
+}  // namespace
+
+struct tVemCodeIndex {
+    CVemBaseNode* exe = nullptr;
+    bool model = false;
+    std::vector<Unit> units;
+    std::unordered_map<std::string, u32> byName;  // upper-case path, name and file name
+    std::unordered_map<std::string, u32> lengths;  // upper-case path of every unit -> code length, +1
+    std::string operand;
+    std::string typeText;
+
+    void Build();
+    int Find(const std::string& unit, u32 offset, tVemCodeHit* hit);
+};
+
+void tVemCodeIndex::Build() {
+    model = EVemIsEnabled();
+    // The code segments of the units, from the segment tables of their tasks.
+    for (CVemBaseNode* task : vemlayout::CompiledTasks(exe)) {
+        CSegmentTable* table = task->GetSegmentTable();
+        std::vector<std::pair<CVemBaseNode*, int>> stack{{task, 0}};
+        while (!stack.empty()) {
+            auto [node, depth] = stack.back();
+            stack.pop_back();
+            const u32 type = node->GetNodeType();
+            if (type == kVemProgramNode || type == kVemFbNode || type == kVemFunctionNode || type == kVemTuiTaskNode) {
+                const std::string path = Upper(node->GetPathName().str());
+                CVemByteArray* code = table ? VemSegTblGetSegment(table, node->GetCodeSegment()) : nullptr;
+                const u32 length = code ? VemBaGetLength(code) + 1 : 0;
+                if (!path.empty()) lengths.emplace(path, length);
+                if (depth < vemlayout::kMaxDepth) {
+                    for (POSITION pos = node->Children.GetHeadPosition(); pos;) stack.emplace_back(node->ChildAt(pos), depth + 1);
+                }
+            }
+        }
+    }
+    if (!model) return;
+    CObList* list = exe->GetEvemRootNodeListPtr();
+    if (!list) return;
+    for (POSITION pos = list->GetHeadPosition(); pos;) {
+        auto* code = static_cast<CEVemBaseNode*>(list->GetNext(pos));
+        Unit unit;
+        unit.code = code;
+        unit.path = code->GetPathName().str();
+        std::vector<std::pair<u16, u32>> placed;  // offset, chain position
+        std::vector<CEVemBaseNode*> chain;
+        for (CEVemBaseNode* s = code->GetStatementNode(); s; s = s->GetNext()) {
+            if (!EVemIsStatement(s)) continue;
+            const u16 offset = static_cast<CEVemBaseStmtNode*>(s)->UcodeOffset;
+            if (offset == CEVemBaseStmtNode::kNoUcodeOffset) continue;
+            placed.emplace_back(offset, static_cast<u32>(chain.size()));
+            chain.push_back(s);
+        }
+        std::sort(placed.begin(), placed.end());
+        u32 best = 0;
+        for (std::size_t i = 0; i < placed.size(); ++i) {
+            best = i == 0 ? placed[i].second : std::max(best, placed[i].second);
+            // Of equal offsets only the last entry counts: it has seen them all.
+            if (i + 1 < placed.size() && placed[i + 1].first == placed[i].first) continue;
+            unit.offsets.push_back(placed[i].first);
+            unit.statement.push_back(chain[best]);
+        }
+        const std::string upperPath = Upper(unit.path);
+        if (auto it = lengths.find(upperPath); it != lengths.end() && it->second) unit.codeLength = it->second - 1;
+        const u32 number = static_cast<u32>(units.size());
+        units.push_back(std::move(unit));
+        for (const std::string& key : {upperPath, Upper(code->GetName().str()), Upper(FileStem(units.back().path))}) {
+            if (!key.empty()) byName.emplace(key, number);
+        }
+    }
+}
+
+int tVemCodeIndex::Find(const std::string& name, u32 offset, tVemCodeHit* hit) {
+    std::memset(hit, 0, sizeof *hit);
+    hit->UnitPath = "";
+    hit->TypeText = "";
+    hit->Operand = "";
+    if (!model) {
+        hit->Failure = kVemCodeNoModel;
+        return 0;
+    }
+    const std::string key = Upper(name);
+    auto it = byName.find(key);
+    if (it == byName.end()) {
+        bool known = lengths.count(key) != 0;
+        for (const auto& [path, length] : lengths) {
+            if (known) break;
+            known = Upper(FileStem(path)) == key;
+        }
+        hit->Failure = known ? kVemCodeNoCodeNode : kVemCodeNoUnit;
+        return 0;
+    }
+    const Unit& unit = units[it->second];
+    hit->CodeNode = unit.code;
+    hit->UnitPath = unit.path.c_str();
+    hit->CodeLength = unit.codeLength;
+    if (unit.codeLength && offset >= unit.codeLength) {
+        hit->Failure = kVemCodeBeyond;
+        return 0;
+    }
+    auto above = std::upper_bound(unit.offsets.begin(), unit.offsets.end(), offset);
+    if (above == unit.offsets.begin()) {
+        hit->Failure = kVemCodeBefore;
+        return 0;
+    }
+    const std::size_t at = static_cast<std::size_t>(above - unit.offsets.begin()) - 1;
+    CEVemBaseNode* statement = unit.statement[at];
+    hit->Statement = statement;
+    hit->UcodeOffset = static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset;
+    hit->AwlLine = statement->GetAwlLine();
+    hit->Type = statement->NodeType;
+    typeText = EVemNodeTypeText(statement->NodeType);
+    while (!typeText.empty() && typeText.back() == ' ') typeText.pop_back();
+    operand = statement->GetName().str();
+    hit->TypeText = typeText.c_str();
+    hit->Operand = operand.c_str();
+    hit->Failure = kVemCodeFound;
+    return 1;
+}
+
+extern "C" {
+
+tVemCodeIndex* VemCodeIndexNew(CVemBaseNode* exe) {
+    if (!exe || exe->GetNodeType() != kVemExeNode) return nullptr;
+    auto index = std::make_unique<tVemCodeIndex>();
+    index->exe = exe;
+    index->Build();
+    return index.release();
+}
+
+void VemCodeIndexDelete(tVemCodeIndex* index) { delete index; }
+
+int VemCodeLookup(tVemCodeIndex* index, const char* unit, u32 offset, tVemCodeHit* hit) {
+    if (!index || !hit) return 0;
+    return index->Find(unit ? unit : "", offset, hit);
+}
+
+int VemCodeLookupSegment(tVemCodeIndex* index, CVemBaseNode* node, u16 codeSegment, u32 offset, tVemCodeHit* hit) {
+    if (!index || !hit) return 0;
+    const CString path = (node ? node : index->exe)->GetPouPathNameFromCodeSegNr(codeSegment);
+    return index->Find(path.str(), offset, hit);
+}
+
+}  // extern "C"
