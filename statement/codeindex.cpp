@@ -134,7 +134,9 @@ int tVemCodeIndex::Find(const std::string& name, u32 offset, tVemCodeHit* hit) {
     hit->CodeNode = unit.code;
     hit->UnitPath = unit.path.c_str();
     hit->CodeLength = unit.codeLength;
-    if (unit.codeLength && offset >= unit.codeLength) {
+    // Code ends with its segment, or behind the last statement where the segment is shorter.
+    const u32 end = std::max<u32>(unit.codeLength, unit.offsets.empty() ? 0u : unit.offsets.back() + 1u);
+    if (unit.codeLength && offset >= end) {
         hit->Failure = kVemCodeBeyond;
         return 0;
     }

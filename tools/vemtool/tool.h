@@ -78,4 +78,9 @@ int CmdCheck(Args args);
 int CmdHeader(Args args);
 int CmdDemo(Args args);
 
+// query --at and --pc (cmd_lookup.cpp): -1 if the arguments ask for neither.
+int QueryLookup(Args& args);
+extern const char kQueryLookupHelp[];
+int CmdDiff(Args args);
+
 }  // namespace vemtool
