@@ -12,8 +12,7 @@ struct tVemAddressIndex {
     CVemBaseNode* root = nullptr;
     u64 epoch = 0;
     std::vector<std::unique_ptr<vemlayout::TaskLayout>> tasks;
-    std::string path;  // texts of the last hit
-    std::string name;
+    std::string name;  // of the last hit, where it was made
 
     void Build() {
         tasks.clear();
@@ -51,18 +50,18 @@ void Descend(const vemlayout::Layout& layout, u32 item, u32 origin, u32 address,
     if (!array.element) return;
     const vemlayout::Layout& inner = *array.element;
     const u32 elementOrigin = origin + start;
-    const vemlayout::Piece* piece = inner.At(address - elementOrigin);
-    if (!piece || piece->item == kNone) return;
-    const vemlayout::Item& part = inner.items[piece->item];
-    hit.Covering += piece->covering - 1;  // the element itself is counted
+    vemlayout::Piece piece{};
+    if (!inner.At(address - elementOrigin, piece) || piece.item == kNone) return;
+    const vemlayout::Item& part = inner.items[piece.item];
+    hit.Covering += piece.covering - 1;  // the element itself is counted
     if (part.order != 0) {  // a part of the prototype, not the prototype itself
-        name += inner.texts[part.name];
+        name += inner.Str(part.name);
         hit.Node = part.node;
         hit.Start = elementOrigin + part.start;
         hit.Size = part.end - part.start;
         hit.Element = -1;
     }
-    Descend(inner, piece->item, elementOrigin, address, name, hit, depth + 1);
+    Descend(inner, piece.item, elementOrigin, address, name, hit, depth + 1);
 }
 
 }  // namespace
@@ -83,20 +82,22 @@ int tVemAddressIndex::Lookup(int task, u32 address, tVemAddressHit* hit) {
         hit->Unit = span->unit;
         hit->UnitSegment = span->kind;
     }
-    const vemlayout::Piece* piece = t.vars.At(address);
-    if (!piece || piece->item == kNone) return kVemAddrNoVariable;
-    const vemlayout::Item& item = t.vars.items[piece->item];
-    name = t.vars.texts[item.name];
-    path = item.key != kNone ? t.vars.texts[item.key] : name;
+    vemlayout::Piece piece{};
+    if (!t.vars.At(address, piece) || piece.item == kNone) return kVemAddrNoVariable;
+    const vemlayout::Item& item = t.vars.items[piece.item];
     hit->Node = item.node;
     hit->Start = item.start;
     hit->Size = item.end - item.start;
     hit->Element = item.element;
-    hit->Covering = piece->covering;
-    Descend(t.vars, piece->item, 0, address, name, *hit, 0);
+    hit->Covering = piece.covering;
+    hit->Path = t.vars.Str(item.key != kNone ? item.key : item.name);
+    hit->Name = t.vars.Str(item.name);
+    if (item.array != kNone) {  // an element without a node: its name is made here
+        name = hit->Name;
+        Descend(t.vars, piece.item, 0, address, name, *hit, 0);
+        hit->Name = name.c_str();
+    }
     hit->ByteOffset = address - hit->Start;
-    hit->Path = path.c_str();
-    hit->Name = name.c_str();
     return kVemAddrFound;
 }
 

@@ -8,8 +8,11 @@
 #include <vector>
 
 #include "project/varlayout.h"
+#include "variables/variable.h"
 #include "vem32.h"
 #include "vem_ext.h"
+
+using vemlayout::kNone;
 
 namespace {
 
@@ -48,6 +51,12 @@ const Setting kSettings[] = {
     {"DeviceLong3[1]", [](const tVemDeviceSettings& s) -> u64 { return s.DeviceLong3[1]; }, false},
 };
 #undef VEM_SETTING
+
+// The type name of a variable, read in place.
+const CString& TypeName(CVemBaseNode* node) {
+    static const CString kEmpty;
+    return node->IsKindOf(RUNTIME_CLASS(CVemVariableNode)) ? static_cast<CVemVariableNode*>(node)->TypeName : kEmpty;
+}
 
 std::string Upper(std::string text) {
     for (char& c : text) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
@@ -101,37 +110,49 @@ void tVemLayoutDiff::CompareSettings(CVemBaseNode* a, CVemBaseNode* b) {
 }
 
 void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const vemlayout::TaskLayout& b) {
-    std::unordered_map<std::string_view, u32> old;
-    old.reserve(a.vars.items.size());
+    std::vector<u32> olds;  // the variables of A in walk order
     for (u32 i = 0; i < a.vars.items.size(); ++i) {
-        if (a.vars.items[i].top) old.emplace(a.vars.texts[a.vars.items[i].name], i);
+        if (a.vars.items[i].top) olds.push_back(i);
     }
+    // Two compile results list their variables mostly in the same order: each is first looked for
+    // behind the last one found, and only then by name.
+    std::unordered_map<std::string_view, u32> byName;
     std::vector<char> seen(a.vars.items.size(), 0);
+    std::size_t next = 0;
     for (const vemlayout::Item& nb : b.vars.items) {
         if (!nb.top) continue;
-        const std::string& name = b.vars.texts[nb.name];
-        auto it = old.find(name);
-        if (it == old.end()) {
-            Entry& e = Add(kVemDiffVarAdded, b.name, name);
+        const std::string_view name = b.vars.Str(nb.name);
+        u32 match = kNone;
+        if (next < olds.size() && name == a.vars.Str(a.vars.items[olds[next]].name)) {
+            match = olds[next++];
+        } else {
+            if (byName.empty()) {
+                byName.reserve(olds.size());
+                for (u32 i : olds) byName.emplace(a.vars.Str(a.vars.items[i].name), i);
+            }
+            if (auto it = byName.find(name); it != byName.end()) match = it->second;
+        }
+        if (match == kNone || seen[match]) {
+            Entry& e = Add(kVemDiffVarAdded, b.name, std::string(name));
             e.newSegment = nb.segment;
             e.newOffset = nb.offset;
             e.newSize = static_cast<u16>(nb.end - nb.start);
             e.newType = nb.node->GetVariableType();
-            e.newText = nb.node->GetTypeName().str();
+            e.newText = TypeName(nb.node).str();
             continue;
         }
-        seen[it->second] = 1;
-        const vemlayout::Item& na = a.vars.items[it->second];
+        seen[match] = 1;
+        const vemlayout::Item& na = a.vars.items[match];
         int changes = 0;
         if (na.segment != nb.segment || na.offset != nb.offset) changes |= kVemDiffMoved;
         if (na.end - na.start != nb.end - nb.start) changes |= kVemDiffResized;
         const u32 ta = na.node->GetVariableType();
         const u32 tb = nb.node->GetVariableType();
-        const CString namea = na.node->GetTypeName();
-        const CString nameb = nb.node->GetTypeName();
+        const CString& namea = TypeName(na.node);
+        const CString& nameb = TypeName(nb.node);
         if (ta != tb || namea != nameb) changes |= kVemDiffRetyped;
         if (!changes) continue;
-        Entry& e = Add(kVemDiffVarChanged, b.name, name);
+        Entry& e = Add(kVemDiffVarChanged, b.name, std::string(name));
         e.changes = changes;
         e.oldSegment = na.segment;
         e.oldOffset = na.offset;
@@ -145,15 +166,15 @@ void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const veml
         e.newText = nameb.str();
         ++reinit;
     }
-    for (u32 i = 0; i < a.vars.items.size(); ++i) {
+    for (u32 i : olds) {
+        if (seen[i]) continue;
         const vemlayout::Item& na = a.vars.items[i];
-        if (!na.top || seen[i]) continue;
-        Entry& e = Add(kVemDiffVarRemoved, a.name, a.vars.texts[na.name]);
+        Entry& e = Add(kVemDiffVarRemoved, a.name, a.vars.Str(na.name));
         e.oldSegment = na.segment;
         e.oldOffset = na.offset;
         e.oldSize = static_cast<u16>(na.end - na.start);
         e.oldType = na.node->GetVariableType();
-        e.oldText = na.node->GetTypeName().str();
+        e.oldText = TypeName(na.node).str();
     }
 }
 

@@ -3,6 +3,7 @@
 #include "project/varlayout.h"
 
 #include <algorithm>
+#include <cstring>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -39,16 +40,31 @@ u32 NextCursor(u32 cursor, u32 size, u32 alignment, u32 byteSize, bool string) {
     return cursor;
 }
 
-// " [ 1 , 2 ] " behind the array's name turns into "[1,2]".
-std::string ElementSuffix(const CString& arrayName, const CString& elementName, long ordinal) {
-    std::string text = elementName.str();
-    const std::string prefix = arrayName.str();
-    if (text.compare(0, prefix.size(), prefix) == 0) {
-        text.erase(0, prefix.size());
-        text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
-        if (!text.empty() && text.front() == '[') return text;
+void AppendUpper(std::string& to, const char* text, std::size_t length) {
+    const std::size_t at = to.size();
+    to.append(text, length);
+    for (std::size_t i = at; i < to.size(); ++i) {
+        char& c = to[i];
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     }
-    return "[" + std::to_string(ordinal) + "]";
+}
+
+// " [ 1 , 2 ] " behind the array's name turns into "[1,2]".
+void AppendElementSuffix(std::string& to, const CString& arrayName, const CString& elementName, long ordinal) {
+    const std::size_t prefix = static_cast<std::size_t>(arrayName.GetLength());
+    const std::size_t length = static_cast<std::size_t>(elementName.GetLength());
+    const char* text = elementName.GetString();
+    std::size_t i = prefix;
+    if (length > prefix && std::memcmp(text, arrayName.GetString(), prefix) == 0) {
+        while (i < length && text[i] == ' ') ++i;
+        if (i < length && text[i] == '[') {
+            for (; i < length; ++i) {
+                if (text[i] != ' ') to.push_back(text[i]);
+            }
+            return;
+        }
+    }
+    to += "[" + std::to_string(ordinal) + "]";
 }
 
 // A key that is the item's own name.
@@ -69,6 +85,28 @@ public:
     void NoteUnit(CVemBaseNode* unit) {
         owners.emplace(unit->GetDataSegment(), std::make_pair(unit, 1));
         owners.emplace(unit->GetCodeSegment(), std::make_pair(unit, 2));
+    }
+
+    // A new text: the prefix, a dot and the name in upper case. Gives its offset and length.
+    std::pair<u32, u32> Text(const std::string& prefix, const CString& name) {
+        const auto at = static_cast<u32>(L.arena.size());
+        L.arena += prefix;
+        L.arena.push_back('.');
+        AppendUpper(L.arena, name.GetString(), static_cast<std::size_t>(name.GetLength()));
+        const auto length = static_cast<u32>(L.arena.size() - at);
+        L.arena.push_back('\0');
+        return {at, length};
+    }
+    // A new text that continues an earlier one.
+    std::pair<u32, u32> Continue(std::pair<u32, u32> base) {
+        const auto at = static_cast<u32>(L.arena.size());
+        L.arena.append(L.arena, base.first, base.second);
+        return {at, base.second};
+    }
+    std::pair<u32, u32> Close(std::pair<u32, u32> text) {
+        text.second = static_cast<u32>(L.arena.size() - text.first);
+        L.arena.push_back('\0');
+        return text;
     }
 
     // The children of a node by the rules of the path map.
@@ -93,30 +131,29 @@ public:
                     break;
                 }
                 case kVemStructNode: {
-                    const std::string work = Upper(prefix + "." + look->Name.str());
-                    const u32 item = Add(look, work, kNone, Frame{}, false, -1);
-                    if (item != kNone) Walk(look, work, depth + 1);
+                    const auto text = Text(prefix, look->Name);
+                    const u32 item = Add(look, text.first, kSelf, Frame{}, true, -1);
+                    if (item != kNone) Walk(look, std::string(L.Str(text.first), text.second), depth + 1);
                     break;
                 }
                 case kVemTuiTaskNode:
                     Walk(look, Upper(prefix + look->Name.str()), depth + 1);
                     break;
                 case kVemFbInstanceNode:  // an instance that holds its data itself: only its own place
-                    Add(look, Upper(prefix + "." + look->Name.str()), kNone, Frame{}, false, -1);
+                    Add(look, Text(prefix, look->Name).first, kSelf, Frame{}, true, -1);
                     break;
-                default: {
-                    AddVariable(look, Upper(prefix + "." + look->Name.str()), kSelf, Frame{}, false, 0, -1, depth);
+                default:
+                    AddVariable(look, Text(prefix, look->Name), kSelf, Frame{}, false, 0, -1, depth);
                     break;
-                }
             }
         }
     }
 
     // A variable with what lies inside it. key is the text of the path map's form.
-    void AddVariable(CVemBaseNode* node, const std::string& name, u32 key, Frame frame, bool element, i64 elementBase,
+    void AddVariable(CVemBaseNode* node, std::pair<u32, u32> name, u32 key, Frame frame, bool element, i64 elementBase,
                      i32 index, int depth) {
         if (depth > kMaxDepth) return;
-        const u32 item = Add(node, name, key, frame, !element && !frame.relative, index);
+        const u32 item = Add(node, name.first, key, frame, !element && !frame.relative, index);
         if (item == kNone) return;
         const u32 start = L.items[item].start;
         key = L.items[item].key;
@@ -130,8 +167,9 @@ public:
                 for (POSITION pos = array->Children.GetHeadPosition(); pos; ++ordinal) {
                     CVemBaseNode* child = array->ChildAt(pos);
                     const u32 before = static_cast<u32>(L.items.size());
-                    AddVariable(child, name + ElementSuffix(array->Name, child->Name, ordinal), key, frame, true, 0,
-                                static_cast<i32>(ordinal), depth + 1);
+                    auto text = Continue(name);
+                    AppendElementSuffix(L.arena, array->Name, child->Name, ordinal);
+                    AddVariable(child, Close(text), key, frame, true, 0, static_cast<i32>(ordinal), depth + 1);
                     if (L.items.size() > before) end = std::max(end, L.items[before].end);
                 }
                 L.items[item].end = end;
@@ -143,9 +181,10 @@ public:
         const Frame inner = element ? Frame{true, static_cast<i64>(start) - elementBase} : frame;
         for (POSITION pos = node->Children.GetHeadPosition(); pos;) {
             CVemBaseNode* member = node->ChildAt(pos);
-            const std::string memberName = Upper(name + "." + member->Name.str());
-            const u32 memberKey = inner.relative ? key : kSelf;
-            AddVariable(member, memberName, memberKey, inner, false, 0, -1, depth + 1);
+            auto text = Continue(name);
+            L.arena.push_back('.');
+            AppendUpper(L.arena, member->Name.GetString(), static_cast<std::size_t>(member->Name.GetLength()));
+            AddVariable(member, Close(text), inner.relative ? key : kSelf, inner, false, 0, -1, depth + 1);
         }
     }
 
@@ -158,7 +197,7 @@ private:
     u32 order_ = 0;
 
     // The item of a node at its place; kNone for a node outside every segment.
-    u32 Add(CVemBaseNode* node, const std::string& name, u32 key, Frame frame, bool top, i32 index) {
+    u32 Add(CVemBaseNode* node, u32 name, u32 key, Frame frame, bool top, i32 index) {
         i64 start = 0;
         const u16 offset = node->GetOffset();
         const u16 segment = node->GetParentSegment();
@@ -176,7 +215,7 @@ private:
         item.start = static_cast<u32>(start);
         item.end = static_cast<u32>(start) + size;
         item.order = order_++;
-        item.name = L.Text(name);
+        item.name = name;
         item.key = key == kSelf ? item.name : key;
         item.element = index;
         item.segment = segment;
@@ -223,7 +262,8 @@ private:
             layout.element = std::make_unique<Layout>();
             Builder inner(*layout.element, abs_, alignment_, byteSize_);
             const i64 p = proto->GetOffset();
-            inner.AddVariable(proto, std::string(), kNone, Frame{true, -p}, true, p, -1, depth + 1);
+            inner.L.arena.push_back('\0');
+            inner.AddVariable(proto, {0, 0}, kNone, Frame{true, -p}, true, p, -1, depth + 1);
             layout.element->Finish();
         }
         L.arrays.push_back(std::move(layout));
@@ -259,12 +299,60 @@ void TargetLayout(CVemBaseNode* task, u8& alignment, u8& byteSize) {
 
 }  // namespace
 
+void Pieces::Push(u32 start, u32 item, u32 count) {
+    if (!starts.empty() && starts.back() == start) {  // nothing lies between: the later answer holds
+        starts.pop_back();
+        items.pop_back();
+        covering.pop_back();
+    }
+    if (!starts.empty() && items.back() == item && covering.back() == count) return;
+    starts.push_back(start);
+    items.push_back(item);
+    covering.push_back(count);
+}
+
 void Layout::Finish() {
-    pieces.clear();
+    pieces = Pieces();
     const u32 n = static_cast<u32>(items.size());
-    std::vector<u32> starts(n), ends(n);
-    for (u32 i = 0; i < n; ++i) starts[i] = ends[i] = i;
-    std::sort(starts.begin(), starts.end(), [&](u32 a, u32 b) { return items[a].start < items[b].start; });
+    // Outer before inner: by start, the longer first, of equal ones the earlier first. The walk
+    // nearly always gives this order already.
+    std::vector<u32> order(n);
+    for (u32 i = 0; i < n; ++i) order[i] = i;
+    const auto before = [&](u32 a, u32 b) {
+        const Item& x = items[a];
+        const Item& y = items[b];
+        if (x.start != y.start) return x.start < y.start;
+        if (x.end != y.end) return x.end > y.end;
+        return x.order < y.order;
+    };
+    if (!std::is_sorted(order.begin(), order.end(), before)) std::sort(order.begin(), order.end(), before);
+    // Nested or apart, the innermost is the top of a stack of the open intervals.
+    std::vector<u32> open;
+    bool nested = true;
+    const auto closeUpTo = [&](u32 x) {
+        while (!open.empty() && items[open.back()].end <= x) {
+            const u32 end = items[open.back()].end;
+            open.pop_back();
+            pieces.Push(end, open.empty() ? kNone : open.back(), static_cast<u32>(open.size()));
+        }
+    };
+    for (u32 i : order) {
+        const Item& item = items[i];
+        closeUpTo(item.start);
+        if (!open.empty() && item.end > items[open.back()].end) {
+            nested = false;
+            break;
+        }
+        open.push_back(i);
+        pieces.Push(item.start, i, static_cast<u32>(open.size()));
+    }
+    if (nested) {
+        closeUpTo(kNone);
+        return;
+    }
+    // Variables that overlap in part: the innermost of a heap of the open ones.
+    pieces = Pieces();
+    std::vector<u32> ends(order);
     std::sort(ends.begin(), ends.end(), [&](u32 a, u32 b) { return items[a].end < items[b].end; });
     std::vector<u32> heap;
     const Outer outer{&items};
@@ -272,9 +360,9 @@ void Layout::Finish() {
     std::size_t i = 0, j = 0;
     while (i < n || j < n) {
         u32 x = j < n ? items[ends[j]].end : kNone;
-        if (i < n) x = std::min(x, items[starts[i]].start);
-        for (; i < n && items[starts[i]].start == x; ++i) {
-            heap.push_back(starts[i]);
+        if (i < n) x = std::min(x, items[order[i]].start);
+        for (; i < n && items[order[i]].start == x; ++i) {
+            heap.push_back(order[i]);
             std::push_heap(heap.begin(), heap.end(), outer);
             ++covering;
         }
@@ -283,19 +371,16 @@ void Layout::Finish() {
             std::pop_heap(heap.begin(), heap.end(), outer);
             heap.pop_back();
         }
-        const u32 top = heap.empty() ? kNone : heap.front();
-        if (!pieces.empty() && pieces.back().start == x) pieces.pop_back();
-        if (pieces.empty() || pieces.back().item != top || pieces.back().covering != covering) {
-            pieces.push_back(Piece{x, top, covering});
-        }
+        pieces.Push(x, heap.empty() ? kNone : heap.front(), covering);
     }
 }
 
-const Piece* Layout::At(u32 position) const {
-    auto it = std::upper_bound(pieces.begin(), pieces.end(), position,
-                               [](u32 p, const Piece& piece) { return p < piece.start; });
-    if (it == pieces.begin()) return nullptr;
-    return &*(it - 1);
+bool Layout::At(u32 position, Piece& piece) const {
+    auto it = std::upper_bound(pieces.starts.begin(), pieces.starts.end(), position);
+    if (it == pieces.starts.begin()) return false;
+    const auto at = static_cast<std::size_t>(it - pieces.starts.begin()) - 1;
+    piece = Piece{pieces.starts[at], pieces.items[at], pieces.covering[at]};
+    return true;
 }
 
 bool ArrayLayout::ElementAt(u32 position, u32& index, u32& start) const {

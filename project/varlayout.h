@@ -19,7 +19,7 @@ struct Item {
     u32 start = 0;      // absolute in the task's block; relative to the element in an element layout
     u32 end = 0;        // one past the last unit
     u32 order = 0;      // walk order: a part comes behind what encloses it
-    u32 name = kNone;   // text: the path down to this part
+    u32 name = kNone;   // text (offset in the arena): the path down to this part
     u32 key = kNone;    // text: the path map's form; an array for its elements
     u32 array = kNone;  // an array whose elements have no nodes: its layout
     i32 element = -1;   // index of an expanded element in its array
@@ -35,23 +35,28 @@ struct Piece {
     u32 covering;
 };
 
+// The pieces of a layout, their starts apart for the search.
+struct Pieces {
+    std::vector<u32> starts;
+    std::vector<u32> items;
+    std::vector<u32> covering;
+    void Push(u32 start, u32 item, u32 count);
+};
+
 struct ArrayLayout;
 
 struct Layout {
     std::vector<Item> items;
-    std::vector<Piece> pieces;
-    std::vector<std::string> texts;
+    Pieces pieces;
+    std::string arena;  // every text, each ended by a zero
     std::vector<ArrayLayout> arrays;
 
-    u32 Text(std::string text) {
-        texts.push_back(std::move(text));
-        return static_cast<u32>(texts.size() - 1);
-    }
+    const char* Str(u32 text) const { return arena.data() + text; }
     // Cuts the intervals into pieces; each knows its innermost variable, the smallest that covers
     // it (of two of the same size, the one that comes later in the walk).
     void Finish();
-    // The piece holding the position, or null before the first.
-    const Piece* At(u32 position) const;
+    // The piece holding the position; false before the first.
+    bool At(u32 position, Piece& piece) const;
 };
 
 // The elements of an array that has no node for each, placed as an expansion would place them.

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -30,6 +31,44 @@ std::string FileStem(const std::string& path) {
     return stem;
 }
 
+char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// Names of units compared and hashed in any case, without making an upper-case copy.
+struct NoCaseHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+        std::size_t h = 14695981039346656037ull;
+        for (char c : text) h = (h ^ static_cast<unsigned char>(UpperChar(c))) * 1099511628211ull;
+        return h;
+    }
+};
+struct NoCaseEqual {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const {
+        if (a.size() != b.size()) return false;
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            if (UpperChar(a[i]) != UpperChar(b[i])) return false;
+        }
+        return true;
+    }
+};
+
+// The kinds' texts of the dumps without their trailing blanks.
+const std::string& TypeText(i32 type) {
+    static const std::vector<std::string> texts = [] {
+        std::vector<std::string> all(kEVemNodeTypeCount);
+        for (int t = 0; t < kEVemNodeTypeCount; ++t) {
+            all[static_cast<std::size_t>(t)] = EVemNodeTypeText(t);
+            while (!all[static_cast<std::size_t>(t)].empty() && all[static_cast<std::size_t>(t)].back() == ' ') {
+                all[static_cast<std::size_t>(t)].pop_back();
+            }
+        }
+        return all;
+    }();
+    static const std::string none;
+    return type >= 0 && type < kEVemNodeTypeCount ? texts[static_cast<std::size_t>(type)] : none;
+}
+
 struct Unit {
     CEVemBaseNode* code = nullptr;
     std::string path;
@@ -44,13 +83,12 @@ struct tVemCodeIndex {
     CVemBaseNode* exe = nullptr;
     bool model = false;
     std::vector<Unit> units;
-    std::unordered_map<std::string, u32> byName;  // upper-case path, name and file name
+    std::unordered_map<std::string, u32, NoCaseHash, NoCaseEqual> byName;  // path, name and file name
     std::unordered_map<std::string, u32> lengths;  // upper-case path of every unit -> code length, +1
     std::string operand;
-    std::string typeText;
 
     void Build();
-    int Find(const std::string& unit, u32 offset, tVemCodeHit* hit);
+    int Find(std::string_view unit, u32 offset, tVemCodeHit* hit);
 };
 
 void tVemCodeIndex::Build() {
@@ -104,13 +142,14 @@ void tVemCodeIndex::Build() {
         if (auto it = lengths.find(upperPath); it != lengths.end() && it->second) unit.codeLength = it->second - 1;
         const u32 number = static_cast<u32>(units.size());
         units.push_back(std::move(unit));
-        for (const std::string& key : {upperPath, Upper(code->GetName().str()), Upper(FileStem(units.back().path))}) {
+        for (const std::string& key : {units.back().path, code->GetName().str(),
+                                       FileStem(units.back().path)}) {
             if (!key.empty()) byName.emplace(key, number);
         }
     }
 }
 
-int tVemCodeIndex::Find(const std::string& name, u32 offset, tVemCodeHit* hit) {
+int tVemCodeIndex::Find(std::string_view name, u32 offset, tVemCodeHit* hit) {
     std::memset(hit, 0, sizeof *hit);
     hit->UnitPath = "";
     hit->TypeText = "";
@@ -119,9 +158,9 @@ int tVemCodeIndex::Find(const std::string& name, u32 offset, tVemCodeHit* hit) {
         hit->Failure = kVemCodeNoModel;
         return 0;
     }
-    const std::string key = Upper(name);
-    auto it = byName.find(key);
+    auto it = byName.find(name);
     if (it == byName.end()) {
+        const std::string key = Upper(std::string(name));
         bool known = lengths.count(key) != 0;
         for (const auto& [path, length] : lengths) {
             if (known) break;
@@ -151,10 +190,8 @@ int tVemCodeIndex::Find(const std::string& name, u32 offset, tVemCodeHit* hit) {
     hit->UcodeOffset = static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset;
     hit->AwlLine = statement->GetAwlLine();
     hit->Type = statement->NodeType;
-    typeText = EVemNodeTypeText(statement->NodeType);
-    while (!typeText.empty() && typeText.back() == ' ') typeText.pop_back();
     operand = statement->GetName().str();
-    hit->TypeText = typeText.c_str();
+    hit->TypeText = TypeText(statement->NodeType).c_str();
     hit->Operand = operand.c_str();
     hit->Failure = kVemCodeFound;
     return 1;
