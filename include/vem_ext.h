@@ -77,7 +77,8 @@ VEM_API int VemAddrLookupSegment(tVemAddressIndex* index, int task, u16 segment,
 
 // Code offset to statement. An index over the code nodes of an executable node: per unit the
 // statements sorted by code offset. The statement at an offset is the last one in chain order
-// whose UcodeOffset is not above the offset; statements without a code offset take no part.
+// whose UcodeOffset is not above the offset; statements without a code offset take no part. The
+// index is a snapshot of the code nodes: a caller makes it anew after it changes them.
 struct tVemCodeIndex;
 
 struct tVemCodeHit {

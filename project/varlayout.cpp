@@ -157,7 +157,7 @@ public:
         if (item == kNone) return;
         const u32 start = L.items[item].start;
         key = L.items[item].key;
-        if (node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
+        if (node->NodeType == kVemArrayNode && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
             auto* array = static_cast<CVemArrayNode*>(node);
             if (array->ElementNode) {
                 Unexpanded(array, item, depth);
@@ -209,7 +209,9 @@ private:
         }
         if (start < 0 || start > 0xFFFFFFFFll) return kNone;
         u32 size = node->GetSize();
-        if (size == 0xFFFF && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) size = 0;  // from its elements
+        if (size == 0xFFFF && node->NodeType == kVemArrayNode && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
+            size = 0;  // from its elements
+        }
         Item item;
         item.node = node;
         item.start = static_cast<u32>(start);

@@ -69,11 +69,20 @@ const std::string& TypeText(i32 type) {
     return type >= 0 && type < kEVemNodeTypeCount ? texts[static_cast<std::size_t>(type)] : none;
 }
 
+// What a query answers of a statement, gathered when the index is built.
+struct Answer {
+    CEVemBaseNode* statement;
+    u32 operand;  // offset of its name in the index's arena
+    i32 type;
+    u16 line;
+    u16 offset;
+};
+
 struct Unit {
     CEVemBaseNode* code = nullptr;
     std::string path;
-    std::vector<u16> offsets;              // ascending
-    std::vector<CEVemBaseNode*> statement;  // for each offset, the last in chain order not above it
+    std::vector<u16> offsets;     // ascending
+    std::vector<Answer> answers;  // for each offset, the last statement in chain order not above it
     u32 codeLength = 0;
 };
 
@@ -85,7 +94,7 @@ struct tVemCodeIndex {
     std::vector<Unit> units;
     std::unordered_map<std::string, u32, NoCaseHash, NoCaseEqual> byName;  // path, name and file name
     std::unordered_map<std::string, u32> lengths;  // upper-case path of every unit -> code length, +1
-    std::string operand;
+    std::string arena;  // operand names, each ended by a zero
 
     void Build();
     int Find(std::string_view unit, u32 offset, tVemCodeHit* hit);
@@ -135,8 +144,13 @@ void tVemCodeIndex::Build() {
             best = i == 0 ? placed[i].second : std::max(best, placed[i].second);
             // Of equal offsets only the last entry counts: it has seen them all.
             if (i + 1 < placed.size() && placed[i + 1].first == placed[i].first) continue;
+            CEVemBaseNode* statement = chain[best];
+            const CString name = statement->GetName();
             unit.offsets.push_back(placed[i].first);
-            unit.statement.push_back(chain[best]);
+            unit.answers.push_back(Answer{statement, static_cast<u32>(arena.size()), statement->NodeType,
+                                          statement->GetAwlLine(), static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset});
+            arena.append(name.GetString(), static_cast<std::size_t>(name.GetLength()));
+            arena.push_back('\0');
         }
         const std::string upperPath = Upper(unit.path);
         if (auto it = lengths.find(upperPath); it != lengths.end() && it->second) unit.codeLength = it->second - 1;
@@ -185,14 +199,13 @@ int tVemCodeIndex::Find(std::string_view name, u32 offset, tVemCodeHit* hit) {
         return 0;
     }
     const std::size_t at = static_cast<std::size_t>(above - unit.offsets.begin()) - 1;
-    CEVemBaseNode* statement = unit.statement[at];
-    hit->Statement = statement;
-    hit->UcodeOffset = static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset;
-    hit->AwlLine = statement->GetAwlLine();
-    hit->Type = statement->NodeType;
-    operand = statement->GetName().str();
-    hit->TypeText = TypeText(statement->NodeType).c_str();
-    hit->Operand = operand.c_str();
+    const Answer& answer = unit.answers[at];
+    hit->Statement = answer.statement;
+    hit->UcodeOffset = answer.offset;
+    hit->AwlLine = answer.line;
+    hit->Type = answer.type;
+    hit->TypeText = TypeText(answer.type).c_str();
+    hit->Operand = arena.data() + answer.operand;
     hit->Failure = kVemCodeFound;
     return 1;
 }
