@@ -77,8 +77,8 @@ struct Frame {
 
 class Builder {
 public:
-    Builder(Layout& layout, const std::vector<u32>& abs, u8 alignment, u8 byteSize)
-        : L(layout), abs_(abs), alignment_(alignment ? alignment : 1), byteSize_(byteSize) {}
+    Builder(Layout& layout, const std::vector<u32>& abs, u8 alignment, u8 byteSize, bool elements = true)
+        : L(layout), abs_(abs), alignment_(alignment ? alignment : 1), byteSize_(byteSize), elements_(elements) {}
 
     std::unordered_map<u16, std::pair<CVemBaseNode*, int>> owners;  // segment -> unit, kind
 
@@ -159,6 +159,7 @@ public:
         key = L.items[item].key;
         if (node->NodeType == kVemArrayNode && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
             auto* array = static_cast<CVemArrayNode*>(node);
+            if (!elements_) return;  // the array as one variable, its size as the compiler gave it
             if (array->ElementNode) {
                 Unexpanded(array, item, depth);
             } else {
@@ -193,6 +194,7 @@ private:
     const std::vector<u32>& abs_;
     u8 alignment_;
     u8 byteSize_;
+    bool elements_;
     std::unordered_set<CVemBaseNode*> units_;
     u32 order_ = 0;
 
@@ -327,7 +329,8 @@ void Layout::Finish() {
         if (x.end != y.end) return x.end > y.end;
         return x.order < y.order;
     };
-    if (!std::is_sorted(order.begin(), order.end(), before)) std::sort(order.begin(), order.end(), before);
+    // A merge sort: quick on a list that is sorted but for a few runs.
+    if (!std::is_sorted(order.begin(), order.end(), before)) std::stable_sort(order.begin(), order.end(), before);
     // Nested or apart, the innermost is the top of a stack of the open intervals.
     std::vector<u32> open;
     bool nested = true;
@@ -355,7 +358,7 @@ void Layout::Finish() {
     // Variables that overlap in part: the innermost of a heap of the open ones.
     pieces = Pieces();
     std::vector<u32> ends(order);
-    std::sort(ends.begin(), ends.end(), [&](u32 a, u32 b) { return items[a].end < items[b].end; });
+    std::stable_sort(ends.begin(), ends.end(), [&](u32 a, u32 b) { return items[a].end < items[b].end; });
     std::vector<u32> heap;
     const Outer outer{&items};
     u32 covering = 0;
@@ -446,7 +449,7 @@ void BuildTaskLayout(CVemBaseNode* task, TaskLayout& out, bool pieces) {
     u8 alignment = 1;
     u8 byteSize = 1;
     TargetLayout(task, alignment, byteSize);
-    Builder builder(out.vars, out.abs, alignment, byteSize);
+    Builder builder(out.vars, out.abs, alignment, byteSize, pieces);
     builder.NoteUnit(task);
     builder.Walk(task, task->Name.str(), 0);
     if (pieces) out.vars.Finish();

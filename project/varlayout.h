@@ -95,7 +95,8 @@ struct TaskLayout {
     const SegmentSpan* SegmentAt(u32 address) const;
 };
 
-// The layout of a task; without pieces it only lists the variables and segments.
+// The layout of a task; without pieces it only lists the variables (arrays without their
+// elements) and segments.
 void BuildTaskLayout(CVemBaseNode* task, TaskLayout& out, bool pieces = true);
 // The compiled tasks of the subtree in pre-order (the node itself if it is one).
 std::vector<CVemBaseNode*> CompiledTasks(CVemBaseNode* root);
