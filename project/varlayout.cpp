@@ -214,6 +214,7 @@ private:
         if (size == 0xFFFF && node->NodeType == kVemArrayNode && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
             size = 0;  // from its elements
         }
+        if (static_cast<u64>(start) + size > 0xFFFFFFFFull) return kNone;  // beyond the block: no place
         Item item;
         item.node = node;
         item.start = static_cast<u32>(start);
@@ -256,7 +257,7 @@ private:
         if (c0 + layout.size <= 0x10000) fit = 1;
         if (fit && layout.stride && c1 + layout.size <= 0x10000) fit += 1 + (0x10000 - c1 - layout.size) / layout.stride;
         layout.count = static_cast<u32>(std::min<u64>(count, fit));
-        if (layout.count == 0) return;
+        if (layout.count == 0 || base < 0 || base + 0x10000 > 0xFFFFFFFFll) return;
         layout.first = static_cast<u32>(base + c0);
         layout.second = static_cast<u32>(base + c1);
         const u32 lastStart = layout.count == 1 ? layout.first : layout.second + (layout.count - 2) * layout.stride;
@@ -458,6 +459,7 @@ void BuildTaskLayout(CVemBaseNode* task, TaskLayout& out, bool pieces) {
         for (u32 s = 1; s <= last && s < out.abs.size(); ++s) {
             CVemByteArray* array = VemSegTblGetSegment(table, static_cast<u16>(s));
             if (!array) continue;
+            if (static_cast<u64>(out.abs[s]) + VemBaGetLength(array) > 0xFFFFFFFFull) continue;
             SegmentSpan span{out.abs[s], out.abs[s] + VemBaGetLength(array), static_cast<u16>(s), nullptr, 0};
             if (auto it = builder.owners.find(static_cast<u16>(s)); it != builder.owners.end()) {
                 span.unit = it->second.first;

@@ -349,6 +349,40 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
     EXPECT_EQ(VemGetAbsoluteVariableOffset(task, (deepest + ".X").c_str()), kDataStart + 2 * (kDepth - 1));
 }
 
+TEST(AddressIndex, HostileShapesAreAnsweredWithoutHarm) {
+    Tree tree(KnownLayout(kTargets[0], false));
+    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.node).index, 0);
+    // A block whose instance refers to the block itself, an array without bounds, one of more
+    // elements than a node holds, one of elements of size 0, and a variable of no segment.
+    CVemBaseNode* fb = VemCreateCVemFbNode("SELF : LOOP", "C:\\PRJ\\LOOP.st");
+    CVemBaseNode* self = VemNewNode(kVemFbInstanceNode);
+    VemSetName(self, "SELF");
+    VemSetTypeName(self, "LOOP");
+    VemSetReference(self, 1);
+    VemAddChildTail(fb, self);
+    VemAddChildTail(fb, Var("Y", 100, kCbeTypeInt, 2));
+    VemSetSegmentNumbers(fb, 2, 0xFFFF, 0xFFFF, 0xFFFF);
+    VemAddChildTail(task, fb);
+    CVemBaseNode* unbounded = Array("NOBOUNDS", 90, 0, 0, Var("", 0, kCbeTypeInt, 2));
+    VemSetDimRange4Index(VemGetRange(unbounded), 3, tVemDimRange{0, 1, 0});  // dimensions 1 and 2 have no bounds
+    CVemBaseNode* huge = Array("HUGE", 104, 0, 70000, Var("", 0, kCbeTypeBool, 1));
+    VemSetSize(huge, 4);
+    CVemBaseNode* empty = Array("EMPTY", 108, 0, 9, Var("", 0, kCbeTypeBool, 0));
+    CVemBaseNode* lost = Var("LOST", 110, kCbeTypeInt, 2);
+    for (CVemBaseNode* v : {unbounded, huge, empty, lost}) VemAddChildTail(task, v);
+    for (CVemBaseNode* v : {unbounded, huge, empty}) VemSetParentSegment(v, 2);
+    VemSetParentSegment(lost, 0x1FFF);
+    Index index(tree.node);
+    EXPECT_STREQ(At(index.index, kDataStart + 100).Name, "TASK1.SELF.Y");
+    EXPECT_STREQ(At(index.index, kDataStart + 92).Name, "TASK1.NOBOUNDS[0,0,0,1]");
+    EXPECT_STREQ(At(index.index, kDataStart + 105).Name, "TASK1.HUGE");  // the array, no element
+    EXPECT_EQ(At(index.index, kDataStart + 110, kVemAddrNoVariable).Node, nullptr);
+    for (u32 address = 0; address < 0x200; ++address) {
+        tVemAddressHit hit{};
+        EXPECT_GE(VemAddrLookup(index.index, 0, address, &hit), 0);
+    }
+}
+
 // ---- code offset to statement ----------------------------------------------------------------------
 
 struct CodeIndex {
