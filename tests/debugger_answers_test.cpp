@@ -309,6 +309,13 @@ TEST(AddressIndex, RebuildsAfterTheTreeChanges) {
     EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 1);
     VemDeleteChildNode(task, alias);
     EXPECT_EQ(At(index.index, kDataStart + 0, kVemAddrNoVariable).Node, nullptr);
+    // A new alignment moves the elements that have no nodes: 45 falls in the gap behind the first.
+    EXPECT_STREQ(At(index.index, kDataStart + 45).Name, "TASK1.DINTS[0]");
+    tVemDeviceSettings settings = *VemGetDeviceSettings(tree.node);
+    settings.Alignment = 2;
+    VemSetDeviceSettings(tree.node, settings);
+    EXPECT_STREQ(At(index.index, kDataStart + 45).Name, "TASK1.DINTS");
+    EXPECT_STREQ(At(index.index, kDataStart + 46).Name, "TASK1.DINTS[0]");
 }
 
 TEST(AddressIndex, LargestArrayAndDeepInstances) {
