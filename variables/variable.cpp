@@ -1,6 +1,7 @@
 #include "variables/variable.h"
 
 #include "node/flags.h"
+#include "node/layoutepoch.h"
 #include "variables/fieldio.h"
 #include "vem_node.h"
 
@@ -140,6 +141,7 @@ u16 CVemVariableNode::GetParentSegment() { return ParentSegment; }
 // a reference of that scope takes part in it.
 void CVemVariableNode::SetParentSegment(u16 segment) {
     if (Scope == kOwnDataScope && Reference == 0) return;
+    VemTouchLayout();
     ParentSegment = segment;
 }
 
@@ -163,13 +165,19 @@ int CVemVariableNode::GetVarInOut() { return VarInOut; }
 
 u16 CVemVariableNode::GetSize() { return Size; }
 
-void CVemVariableNode::SetSize(u16 size) { Size = size; }
+void CVemVariableNode::SetSize(u16 size) {
+    VemTouchLayout();
+    Size = size;
+}
 
 u16 CVemVariableNode::GetOffset() { return Offset; }
 
 u16 CVemVariableNode::GetParamVarOffset() { return Offset; }
 
-void CVemVariableNode::SetOffset(u16 offset) { Offset = offset; }
+void CVemVariableNode::SetOffset(u16 offset) {
+    VemTouchLayout();
+    Offset = offset;
+}
 
 void CVemVariableNode::SetSubSegmentKind(tIpSegmentKind kind) { SubSegmentKind = kind; }
 

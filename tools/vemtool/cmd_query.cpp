@@ -92,8 +92,10 @@ int CmdQuery(Args args) {
             "--lines  source line to code offset of the unit with that source path\n"
             "--xref   where the variable of that path is read (r) or written (w), or the unit\n"
             "         of that path called (c); --mask picks the kinds, default rwc");
+        std::puts(kQueryLookupHelp);
         return kOk;
     }
+    if (const int lookup = QueryLookup(args); lookup >= 0) return lookup;
     const std::vector<std::string> addrs = args.TakeAll("--addr");
     std::string unit, xref, mask = "rwc";
     const bool lines = args.TakeValue("--lines", unit);

@@ -16,6 +16,9 @@ const char kUsage[] =
     "  query FILE --addr PATH...      absolute addresses of variables by path\n"
     "  query FILE --lines UNITPATH    source line to code offset of a unit\n"
     "  query FILE --xref PATH         where a variable is read or written, a unit called [--mask rwc]\n"
+    "  query FILE --at ADDR|SEG:OFF   the variable at an address [--task NAME]\n"
+    "  query FILE --pc UNIT:OFFSET    the source line of a code offset (unit by name, path or code segment)\n"
+    "  diff OLD NEW                   what changed between two compile results [--json]; exit 1 if any\n"
     "  export FILE --json             the whole tree with its stored fields as JSON\n"
     "  html FILE -o OUT.html          the tree, search and details as one page for a browser\n"
     "  check FILE                     load a node file and its task files; say what failed\n"
@@ -58,6 +61,7 @@ int main(int argc, char** argv) {
     if (command == "html") return vemtool::CmdHtml(rest);
     if (command == "check") return vemtool::CmdCheck(rest);
     if (command == "header") return vemtool::CmdHeader(rest);
+    if (command == "diff") return vemtool::CmdDiff(rest);
     std::fprintf(stderr, "vemtool: unknown command '%s'\n\n%s", command.c_str(), kUsage);
     return vemtool::kUsage;
 }

@@ -81,4 +81,9 @@ int CmdHeader(Args args);
 int CmdDemo(Args args);
 int CmdHtml(Args args);
 
+// query --at and --pc (cmd_lookup.cpp): -1 if the arguments ask for neither.
+int QueryLookup(Args& args);
+extern const char kQueryLookupHelp[];
+int CmdDiff(Args args);
+
 }  // namespace vemtool
