@@ -101,6 +101,31 @@ std::string UnitsProgramBelowABase() {
     return NodeDumpFile(root.get());
 }
 
+// Base nodes give their type with an indent that grows by level.
+std::string BaseNodesNested() {
+    compiledtest::NodePtr root = MakeNode(kVemBaseNode);
+    CVemBaseNode* child = new CVemBaseNode(kVemTaskNode, "c", 1);
+    VemAddChildTail(root.get(), child);
+    VemAddChildTail(child, new CVemBaseNode(kVemConfigNode, "d", 1));
+    return NodeDumpFile(root.get());
+}
+
+std::string TaskNodeWithAChild() {
+    compiledtest::NodePtr task = MakeNode(kVemTaskNode, "T");
+    VemSetResourceName(task.get(), "R");
+    VemAddChildTail(task.get(), compiledtest::Named(kVemBaseNode, "x"));
+    return NodeDumpFile(task.get());
+}
+
+// The German labels, and the children.
+std::string VariableWithAChild() {
+    compiledtest::NodePtr v(VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 1));
+    VemSetProgramNr(v.get(), 3);
+    VemSetParentSegment(v.get(), 12);
+    VemAddChildTail(v.get(), VemCreateCVemVariableNode("C", 6, kCbeTypeBool, 1, 0));
+    return NodeDumpFile(v.get());
+}
+
 // ---- executable nodes and compiled tasks ----
 
 using compiledtest::CodeNode;
@@ -628,6 +653,9 @@ const GoldenCase kCases[] = {
     {"units_program", UnitsProgram},
     {"units_nested", UnitsNested},
     {"units_program_below_a_base", UnitsProgramBelowABase},
+    {"base_nodes_nested", BaseNodesNested},
+    {"task_node_with_a_child", TaskNodeWithAChild},
+    {"variable_with_a_child", VariableWithAChild},
     {"exe_switch_off", ExeSwitchOff},
     {"exe_every_flag", ExeEveryFlag},
     {"exe_task_definition_segment", ExeTaskDefinitionSegment},

@@ -247,18 +247,6 @@ TEST(NodeText, DebugFlagAndBufferForms) {
     VemDeleteNode(n);
 }
 
-TEST(NodeDump, BaseLinesWithGrowingIndent) {
-    vemtest::TempDir dir;
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    CVemBaseNode* child = Named("c", kVemTaskNode);
-    VemAddChildTail(root, child);
-    VemAddChildTail(child, Named("d", kVemConfigNode));
-    ASSERT_EQ(CVemNodeDump(root, dir.file("dump.txt").c_str()), 1);
-    EXPECT_EQ(vemtest::ReadFileText(dir.file("dump.txt")),
-              "BaseNodeType: 1\n  - BaseNodeType: 11\n  -   - BaseNodeType: 14\n");
-    VemDeleteNode(root);
-}
-
 TEST(Frame, VersionsAndModule) {
     EXPECT_EQ(GetVemDllVersion(), 9);
     VemXDelay(1000000);

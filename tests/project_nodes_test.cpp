@@ -281,13 +281,3 @@ TEST(TaskNode, ResourceNameIsNotStored) {
     EXPECT_EQ(ChildNames(loaded), (std::vector<std::string>{"child"}));
     VemDeleteNode(loaded);
 }
-
-TEST(TaskNode, DumpShowsNameAndResourceAndGoesOnToTheChildren) {
-    TempDir dir;
-    CVemBaseNode* task = NewNode(kVemTaskNode, "T");
-    VemSetResourceName(task, "R");
-    VemAddChildTail(task, NewNode(kVemBaseNode, "x"));
-    ASSERT_EQ(CVemNodeDump(task, CString(dir.file("d.txt").c_str())), 1);
-    EXPECT_EQ(ReadFileText(dir.file("d.txt")), "*TASKNODE: T\nResName: R \n\n  - BaseNodeType: 1\n");
-    VemDeleteNode(task);
-}

@@ -198,40 +198,6 @@ TEST(VariablesNode, CloneCopiesEveryFieldAndTheChildren) {
     VemDeleteNode(clone);
 }
 
-TEST(VariablesNode, DumpWritesTheGermanLabelsAndTheChildren) {
-    TempDir dir;
-    CVemBaseNode* v = NewVariable("V", 4, kCbeTypeInt, 2, 1);
-    VemSetProgramNr(v, 3);
-    VemSetParentSegment(v, 12);
-    VemAddChildTail(v, NewVariable("C", 6, kCbeTypeBool, 1));
-    ASSERT_EQ(CVemNodeDump(v, dir.file("v.txt").c_str()), 1);
-    const std::string expected =
-        "*VARIABLE: V\n"
-        "Offset: 4 \n"
-        "ProgrammNr: 3 \n"
-        "ParentSegment: 12 \n"
-        "Gr\xF6_e: 2 \n"
-        "Variablentyp: 9 \n"
-        "Scope: 1 \n"
-        "Referenz = 0 \n"
-        "VariableCanBeWatched = 1 \n"
-        "VarInOUt = 0 \n"
-        "\n"
-        "  - *VARIABLE: C\n"
-        "  - Offset: 6 \n"
-        "  - ProgrammNr: 0 \n"
-        "  - ParentSegment: 65535 \n"
-        "  - Gr\xF6_e: 1 \n"
-        "  - Variablentyp: 1 \n"
-        "  - Scope: 0 \n"
-        "  - Referenz = 0 \n"
-        "  - VariableCanBeWatched = 1 \n"
-        "  - VarInOUt = 0 \n"
-        "\n";
-    EXPECT_EQ(ReadFileText(dir.file("v.txt")), expected);
-    VemDeleteNode(v);
-}
-
 TEST(VariablesNode, PlainNamesOfTheDataTypes) {
     EXPECT_STREQ(VemCbeTypeName(kCbeTypeUndef), "UNDEF");
     EXPECT_STREQ(VemCbeTypeName(kCbeTypeTod), "TIME_OF_DAY");
