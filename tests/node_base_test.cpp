@@ -23,8 +23,6 @@ TEST(NodeDefaults, ABaseNodeAnswersTheNeutralValues) {
     EXPECT_EQ(VemGetCrStackSize(n), 12345);
     EXPECT_EQ(VemGetCrStackElements(n), 12345);
     EXPECT_EQ(n->GetStartOffset(), 0xFFFFFFFFu);
-    EXPECT_EQ(VemGetBitmapID(n), 149u);
-    EXPECT_EQ(n->GetIconID(), 117u);
     EXPECT_EQ(VemGetOffset(n), 0);
     EXPECT_EQ(VemGetAbsoluteVariableOffset(n, "X"), 0u);
     EXPECT_EQ(VemGetPathName(n), "");

@@ -28,14 +28,10 @@ TEST(VariablesNode, NewVariableHoldsItsArgumentsAndDefaults) {
     EXPECT_EQ(VemIsNetVar(v), 0);
     EXPECT_EQ(VemGetSubSegmentKind(v), kIpSegCode);
     EXPECT_EQ(VemGetVarQualifier(v), 0u);
-    EXPECT_EQ(v->Expanded, 0);
-    EXPECT_EQ(v->HasSymbol, 0);
     EXPECT_EQ(v->Serial, 0xFFFFFFFFu);  // the creator gives no serial
     // Operations of other classes answer the base's defaults.
     EXPECT_EQ(VemGetCrSize(v), 12345);
     EXPECT_EQ(v->GetStartOffset(), 0xFFFFFFFFu);
-    EXPECT_EQ(VemGetBitmapID(v), 116u);
-    EXPECT_EQ(v->GetIconID(), 125u);
     VemDeleteNode(v);
 }
 
