@@ -1,6 +1,7 @@
 // Hostile node files: a registry of well-formed files, each cut at every byte, each with every
 // 16-bit word raised by one, and each loaded while every allocation in turn fails. A load never
 // crashes, gives null for what it cannot read and leaves nothing allocated behind.
+#include <filesystem>
 #include <functional>
 
 #include "alloc_hook.h"
@@ -89,8 +90,10 @@ protected:
 
     std::string path(const char* name) const { return dir.file(name); }
 
-    // Loads the bytes; frees what loads. 1 when it loaded.
+    // Loads the bytes; frees what loads. 1 when it loaded. Each try is a new file: rewriting one
+    // file in place makes the file system flush it every time.
     int Load(const std::vector<u8>& file) {
+        std::filesystem::remove(path("try.vem"));
         vemtest::WriteFileBytes(path("try.vem"), file);
         CVemBaseNode* loaded = VemLoadNode(path("try.vem").c_str());
         if (!loaded) return 0;
