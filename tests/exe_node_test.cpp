@@ -53,8 +53,6 @@ TEST_F(ExeNode, ResourceBehaviourStays) {
     NodePtr exe = MakeNode(kVemExeNode, "C:\\PRJ\\res1.obj");
     VemSetConfigName(exe.get(), "..\\cfg\\main.cfg");
     EXPECT_EQ(VemGetNodeText(exe.get()), CString("RES1  -  MAIN"));
-    EXPECT_EQ(VemGetBitmapID(exe.get()), 125u);
-    EXPECT_EQ(exe->GetIconID(), 121u);
     VemAddChildTail(exe.get(), MakeNode(kVemBaseNode).release());
     EXPECT_EQ(VemGetNoOfTask(exe.get()), 1);
     VemSetPathName(exe.get(), "C:\\PRJ\\res1.obj");

@@ -295,20 +295,3 @@ TEST_F(ExeRecord, SwitchOffWhenWrittenAndNewerVersionFailTheLoad) {
     EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr);
     EXPECT_TRUE(messages.texts().empty());
 }
-
-TEST_F(ExeRecord, EveryTruncatedNodeFileGivesNull) {
-    vemtest::TempDir dir;
-    NodePtr exe = ExeWithSettings();
-    VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
-    VemAddChildTail(exe.get(), VemNewNode(kVemTaskContainerNode));
-    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
-    const std::vector<u8> bytes = vemtest::ReadFileBytes(dir.file("exe.vem"));
-    vemtest::MessageCapture messages;
-    vemtest::AllocationWatch watch;
-    for (std::size_t length = 0; length < bytes.size(); ++length) {
-        vemtest::WriteFileBytes(dir.file("cut.vem"), std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(length)));
-        ASSERT_EQ(VemLoadNode(dir.file("cut.vem").c_str()), nullptr) << length;
-    }
-    EXPECT_EQ(watch.Live(), 0);
-    EXPECT_TRUE(messages.texts().empty());
-}

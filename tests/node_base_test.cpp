@@ -23,8 +23,6 @@ TEST(NodeDefaults, ABaseNodeAnswersTheNeutralValues) {
     EXPECT_EQ(VemGetCrStackSize(n), 12345);
     EXPECT_EQ(VemGetCrStackElements(n), 12345);
     EXPECT_EQ(n->GetStartOffset(), 0xFFFFFFFFu);
-    EXPECT_EQ(VemGetBitmapID(n), 149u);
-    EXPECT_EQ(n->GetIconID(), 117u);
     EXPECT_EQ(VemGetOffset(n), 0);
     EXPECT_EQ(VemGetAbsoluteVariableOffset(n, "X"), 0u);
     EXPECT_EQ(VemGetPathName(n), "");
@@ -245,18 +243,6 @@ TEST(NodeText, DebugFlagAndBufferForms) {
     VemGetNameEx(n, buffer);
     EXPECT_STREQ(buffer, "Name");
     VemDeleteNode(n);
-}
-
-TEST(NodeDump, BaseLinesWithGrowingIndent) {
-    vemtest::TempDir dir;
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    CVemBaseNode* child = Named("c", kVemTaskNode);
-    VemAddChildTail(root, child);
-    VemAddChildTail(child, Named("d", kVemConfigNode));
-    ASSERT_EQ(CVemNodeDump(root, dir.file("dump.txt").c_str()), 1);
-    EXPECT_EQ(vemtest::ReadFileText(dir.file("dump.txt")),
-              "BaseNodeType: 1\n  - BaseNodeType: 11\n  -   - BaseNodeType: 14\n");
-    VemDeleteNode(root);
 }
 
 TEST(Frame, VersionsAndModule) {

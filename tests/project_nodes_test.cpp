@@ -37,31 +37,6 @@ CVemBaseNode* LoadBytes(const TempDir& dir, const std::vector<u8>& bytes) {
 
 }  // namespace
 
-TEST(ProjectNodes, NewNodesOfTheUpperLevels) {
-    struct Case {
-        tVemNodeType type;
-        int expanded;
-        int hasSymbol;
-        unsigned bitmap;
-        unsigned icon;
-        const char* name;
-    };
-    for (const Case& c : {Case{kVemProjectNode, 1, 1, 126, 119, ""}, Case{kVemConfigNode, 0, 0, 149, 138, ""},
-                          Case{kVemResourceNode, 1, 1, 125, 121, ""}, Case{kVemTaskNode, 1, 0, 127, 122, ""},
-                          Case{kVemTaskContainerNode, 1, 1, 127, 122, "TASKS"}}) {
-        CVemBaseNode* node = VemNewNode(c.type);
-        ASSERT_NE(node, nullptr) << c.type;
-        EXPECT_EQ(VemGetNodeType(node), c.type);
-        EXPECT_EQ(node->Expanded, c.expanded) << c.type;
-        EXPECT_EQ(node->HasSymbol, c.hasSymbol) << c.type;
-        EXPECT_EQ(VemGetBitmapID(node), c.bitmap) << c.type;
-        EXPECT_EQ(node->GetIconID(), c.icon) << c.type;
-        EXPECT_EQ(VemGetName(node), c.name) << c.type;
-        EXPECT_NE(node->Serial, 0xFFFFFFFFu);
-        VemDeleteNode(node);
-    }
-}
-
 TEST(ProjectNodes, ResourceCountsWhatIsAddedAndDeletedThroughIt) {
     CVemBaseNode* res = VemNewNode(kVemResourceNode);
     EXPECT_EQ(VemGetNoOfTask(res), 0);
@@ -280,14 +255,4 @@ TEST(TaskNode, ResourceNameIsNotStored) {
     EXPECT_EQ(VemGetResourceName(loaded), "");
     EXPECT_EQ(ChildNames(loaded), (std::vector<std::string>{"child"}));
     VemDeleteNode(loaded);
-}
-
-TEST(TaskNode, DumpShowsNameAndResourceAndGoesOnToTheChildren) {
-    TempDir dir;
-    CVemBaseNode* task = NewNode(kVemTaskNode, "T");
-    VemSetResourceName(task, "R");
-    VemAddChildTail(task, NewNode(kVemBaseNode, "x"));
-    ASSERT_EQ(CVemNodeDump(task, CString(dir.file("d.txt").c_str())), 1);
-    EXPECT_EQ(ReadFileText(dir.file("d.txt")), "*TASKNODE: T\nResName: R \n\n  - BaseNodeType: 1\n");
-    VemDeleteNode(task);
 }

@@ -112,20 +112,14 @@ TEST_F(TuiTask, SegmentTableIsHandedOver) {
     EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetSegmentTable(task.get())), 0);
 }
 
-TEST_F(TuiTask, IconBitmapTextAndClone) {
+// Icons and the class of the clone are in node_classes_test.cpp.
+TEST_F(TuiTask, TextWithTheDebugFlag) {
     NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
     NodePtr program = MakeNode(kVemProgramNode, "P");
-    EXPECT_EQ(task->GetIconID(), 122u);
-    EXPECT_EQ(program->GetIconID(), 118u);
-    VemSetGlobal(task.get(), 1);
-    EXPECT_EQ(task->GetIconID(), 137u);
-    EXPECT_EQ(VemGetBitmapID(task.get()), 112u);
     VemSetDebugFlag(1);
     EXPECT_EQ(VemGetNodeText(task.get()), CString("TASK1"));
     EXPECT_NE(VemGetNodeText(program.get()), CString("P"));
     VemSetDebugFlag(0);
-    NodePtr copy(VemClone(task.get()));
-    EXPECT_STREQ(copy->GetRuntimeClass()->m_lpszClassName, "CVemProgramNode");
 }
 
 TEST_F(TuiTask, UnitPathByCodeSegment) {

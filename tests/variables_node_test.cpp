@@ -28,14 +28,10 @@ TEST(VariablesNode, NewVariableHoldsItsArgumentsAndDefaults) {
     EXPECT_EQ(VemIsNetVar(v), 0);
     EXPECT_EQ(VemGetSubSegmentKind(v), kIpSegCode);
     EXPECT_EQ(VemGetVarQualifier(v), 0u);
-    EXPECT_EQ(v->Expanded, 0);
-    EXPECT_EQ(v->HasSymbol, 0);
     EXPECT_EQ(v->Serial, 0xFFFFFFFFu);  // the creator gives no serial
     // Operations of other classes answer the base's defaults.
     EXPECT_EQ(VemGetCrSize(v), 12345);
     EXPECT_EQ(v->GetStartOffset(), 0xFFFFFFFFu);
-    EXPECT_EQ(VemGetBitmapID(v), 116u);
-    EXPECT_EQ(v->GetIconID(), 125u);
     VemDeleteNode(v);
 }
 
@@ -196,40 +192,6 @@ TEST(VariablesNode, CloneCopiesEveryFieldAndTheChildren) {
     EXPECT_EQ(child->Parent, c);
     VemDeleteNode(source);
     VemDeleteNode(clone);
-}
-
-TEST(VariablesNode, DumpWritesTheGermanLabelsAndTheChildren) {
-    TempDir dir;
-    CVemBaseNode* v = NewVariable("V", 4, kCbeTypeInt, 2, 1);
-    VemSetProgramNr(v, 3);
-    VemSetParentSegment(v, 12);
-    VemAddChildTail(v, NewVariable("C", 6, kCbeTypeBool, 1));
-    ASSERT_EQ(CVemNodeDump(v, dir.file("v.txt").c_str()), 1);
-    const std::string expected =
-        "*VARIABLE: V\n"
-        "Offset: 4 \n"
-        "ProgrammNr: 3 \n"
-        "ParentSegment: 12 \n"
-        "Gr\xF6_e: 2 \n"
-        "Variablentyp: 9 \n"
-        "Scope: 1 \n"
-        "Referenz = 0 \n"
-        "VariableCanBeWatched = 1 \n"
-        "VarInOUt = 0 \n"
-        "\n"
-        "  - *VARIABLE: C\n"
-        "  - Offset: 6 \n"
-        "  - ProgrammNr: 0 \n"
-        "  - ParentSegment: 65535 \n"
-        "  - Gr\xF6_e: 1 \n"
-        "  - Variablentyp: 1 \n"
-        "  - Scope: 0 \n"
-        "  - Referenz = 0 \n"
-        "  - VariableCanBeWatched = 1 \n"
-        "  - VarInOUt = 0 \n"
-        "\n";
-    EXPECT_EQ(ReadFileText(dir.file("v.txt")), expected);
-    VemDeleteNode(v);
 }
 
 TEST(VariablesNode, PlainNamesOfTheDataTypes) {

@@ -55,8 +55,6 @@ TEST(VariablesStruct, NewStructure) {
     EXPECT_EQ(VemGetNodeType(s), kVemStructNode);
     EXPECT_EQ(VemGetVariableType(s), kCbeTypeStruct);
     EXPECT_EQ(VemGetScope(s), 0u);
-    EXPECT_EQ(s->GetIconID(), 130u);
-    EXPECT_EQ(VemGetBitmapID(s), 116u);
     VemDeleteNode(s);
     CVemStructNode direct("S", 3, 12);
     EXPECT_EQ(direct.Offset, 3);
@@ -180,7 +178,6 @@ TEST(VariablesInstance, NewInstance) {
     EXPECT_EQ(VemGetVariableType(i), kCbeTypeFbInstance);
     EXPECT_EQ(VemGetSize(i), 4);
     EXPECT_EQ(VemIsPredefined(i), 0);
-    EXPECT_EQ(i->GetIconID(), 125u);
     VemDeleteNode(i);
     CVemFbInstanceNode direct("I", 12, "text");
     EXPECT_EQ(direct.InstanceText, "text");
