@@ -1,6 +1,4 @@
 // Data container: file records by key, their getters and setters, directories, the stored form.
-#include <unistd.h>
-
 #include <filesystem>
 
 #include "alloc_hook.h"
