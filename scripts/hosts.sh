@@ -139,10 +139,23 @@ run_host() {
 install_missing
 mkdir -p "$out"
 native_bytes
+# Every host is tried; the script fails at the end if one of them failed.
+failed=()
 for host in "${hosts[@]}"; do
     start=$SECONDS
     echo "== $host: build"
-    build_host "$host"
-    run_host "$host"
-    echo "== $host: built and run in $((SECONDS - start)) s"
+    set +e
+    (
+        set -e
+        build_host "$host"
+        run_host "$host"
+    )
+    status=$?
+    set -e
+    [ $status -eq 0 ] || failed+=("$host")
+    echo "== $host: built and run in $((SECONDS - start)) s$([ $status -eq 0 ] || echo ", FAILED")"
 done
+if [ ${#failed[@]} -gt 0 ]; then
+    echo "== failed on: ${failed[*]}" >&2
+    exit 1
+fi
