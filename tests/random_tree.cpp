@@ -15,7 +15,9 @@ constexpr tVemNodeType kClasses[] = {kVemBaseNode,      kVemVariableNode,  kVemP
                                      kVemTuiTaskNode,   kVemTaskContainerNode, kVemFbInstanceNode};
 
 CVemByteArray* RandomArray(Random& r) {
-    CVemByteArray* array = VemBaNewByteArray(r.Coin(), static_cast<u16>(1 << r.Int(0, 2)), 1, 0);
+    // One draw a statement: the order in which a call's arguments are worked out differs by host.
+    const int motorola = r.Coin();
+    CVemByteArray* array = VemBaNewByteArray(motorola, static_cast<u16>(1 << r.Int(0, 2)), 1, 0);
     for (int i = r.Int(0, 40); i > 0; --i) VemBaAppendByte(array, static_cast<u8>(r.Int(0, 255)));
     return array;
 }
@@ -87,9 +89,12 @@ void SetFields(Random& r, CVemBaseNode* node, const std::string& dir) {
     VemSetScope(node, static_cast<tCbeVarScope>(r.Int(0, 8)));
     VemSetPredefinedFlag(node, r.Int(0, 1));
     VemSetPiLocation(node, r.Text());
-    VemSetDclPosition(node, static_cast<unsigned>(r.Int(0, 1 << 20)), static_cast<unsigned>(r.Int(0, 1 << 20)));
+    const auto line = static_cast<unsigned>(r.Int(0, 1 << 20));
+    VemSetDclPosition(node, line, static_cast<unsigned>(r.Int(0, 1 << 20)));
     VemSetHeaderLength(node, r.Word());
-    VemSetSegmentNumbers(node, r.Word(), r.Word(), r.Word(), r.Word());
+    u16 segments[4];
+    for (u16& segment : segments) segment = r.Word();
+    VemSetSegmentNumbers(node, segments[0], segments[1], segments[2], segments[3]);
     VemSetParentSegment(node, r.Word());
     VemSetVariableType(node, static_cast<tCbeType>(r.Int(0, 30)));
     VemSetVarInOut(node, r.Int(0, 1));
@@ -132,7 +137,8 @@ void SetFields(Random& r, CVemBaseNode* node, const std::string& dir) {
         for (int i = r.Int(0, 2); i > 0; --i) {
             const std::string file = dir + "/carried" + std::to_string(r.Int(0, 1 << 20));
             vemtest::WriteFileText(file, r.Text().str());
-            VemAddContainerFile(node, file.c_str(), r.Text().GetString(), static_cast<unsigned>(r.Int(0, 3)));
+            const CString key = r.Text();
+            VemAddContainerFile(node, file.c_str(), key.GetString(), static_cast<unsigned>(r.Int(0, 3)));
         }
     }
     if (type == kVemTuiTaskNode) VemSetTaskDefEntry(node, RandomArray(r));
