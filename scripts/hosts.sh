@@ -20,6 +20,8 @@ root=$PWD
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)  # Debian keeps it out of PATH without `wine`
 out=$root/build-hosts
 jobs=${VEM_JOBS:-2}
+launcher=()
+command -v ccache > /dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 what=${1:-all}
 case "$what" in
     windows | s390x | i386) hosts=("$what") ;;
@@ -90,7 +92,7 @@ build_gtest() {
     [ -f "$prefix/lib/cmake/GTest/GTestConfig.cmake" ] && return
     quiet cmake -S /usr/src/googletest -B "$out/$host/gtest-build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_TOOLCHAIN_FILE="$(toolchain_of "$host")" -DCMAKE_INSTALL_PREFIX="$prefix" \
-        -DBUILD_GMOCK=OFF -DINSTALL_GTEST=ON -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
+        -DBUILD_GMOCK=OFF -DINSTALL_GTEST=ON "${launcher[@]}"
     quiet nice -n 10 ninja -C "$out/$host/gtest-build" -j"$jobs" install
 }
 
@@ -100,7 +102,7 @@ build_host() {
     quiet cmake -S . -B "$out/$host/vem" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
         -DCMAKE_TOOLCHAIN_FILE="$(toolchain_of "$host")" -DGTest_DIR="$out/$host/gtest/lib/cmake/GTest" \
         -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$out/$host/bin" -DCMAKE_LIBRARY_OUTPUT_DIRECTORY="$out/$host/bin" \
-        -DVEM_BUILD_BENCH=OFF -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
+        -DVEM_BUILD_BENCH=OFF "${launcher[@]}"
     quiet nice -n 10 ninja -C "$out/$host/vem" -j"$jobs" vem32 vemtool vem32_tests vem32_hostbytes
 }
 
