@@ -23,11 +23,12 @@ bool IsDirectory(const CString& name) {
 // Makes the directories of a directory part from the root of the drive down, as the system does
 // when it changes to the root and then into each level: the part counts from the root even without
 // a leading separator. A level that exists or cannot be made is no fault; one that is no directory
-// afterwards is passed over, and the next level is made beside it.
-void MakeDirectoryLevels(const CString& directory) {
+// afterwards is passed over, and the next level is made beside it. The drive goes in front of every
+// level (a POSIX host drops it again).
+void MakeDirectoryLevels(const CString& drive, const CString& directory) {
     const CString rooted = !directory.IsEmpty() && IsSeparator(directory[0]) ? directory : "\\" + directory;
-    if (IsDirectory(rooted)) return;
-    CString base = "\\";
+    if (IsDirectory(drive + rooted)) return;
+    CString base = drive + "\\";
     const std::string& path = rooted.str();
     std::size_t start = 0;
     while (start < path.size()) {
@@ -144,7 +145,8 @@ CVemByteArray CVemDataContainer::GetContents(const char*) { return CVemByteArray
 int CVemDataContainer::WriteToByteArray(const char* key, CVemByteArray*) { return Find(key) ? 1 : 0; }
 
 int CVemDataContainer::WriteToFile(const char* key, const char* directory) {
-    MakeDirectoryLevels(VemSplitPath(CString(directory) + key).directory);
+    const VemPathParts parts = VemSplitPath(CString(directory) + key);
+    MakeDirectoryLevels(parts.drive, parts.directory);
     return Find(key) ? 1 : 0;
 }
 

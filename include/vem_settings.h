@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
-#if defined(VEM_BUILDING_SETTINGS)
+#if defined(_WIN32) && defined(VEM_BUILDING_SETTINGS)
+#define VEM_SETTINGS_API __declspec(dllexport)
+#elif defined(VEM_BUILDING_SETTINGS)
 #define VEM_SETTINGS_API __attribute__((visibility("default")))
 #else
 #define VEM_SETTINGS_API

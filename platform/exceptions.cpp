@@ -52,7 +52,9 @@ int CFileException::OsErrorToCause(int err) {
         case EISDIR: return accessDenied;
         case EBADF: return invalidFile;
         case ENOSPC:
+#ifdef EDQUOT
         case EDQUOT:
+#endif
         case EFBIG: return diskFull;
         case ESPIPE:
         case EINVAL: return badSeek;

@@ -1,8 +1,11 @@
 #include "platform/file.h"
 
+// The host's file system is reached here on POSIX hosts and in file_win.cpp on Windows.
+#ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <atomic>
@@ -18,10 +21,12 @@ VEM_IMPLEMENT_DYNAMIC(CMemFile, CFile)
 
 namespace {
 
+#ifndef _WIN32
 [[noreturn]] void ThrowErrno(const CString& name) {
     const int err = errno;
     VemThrowFile(CFileException::OsErrorToCause(err), name, err);
 }
+#endif
 
 bool HasDrive(const std::string& s) {
     return s.size() >= 2 && s[1] == ':' && ((s[0] >= 'A' && s[0] <= 'Z') || (s[0] >= 'a' && s[0] <= 'z'));
@@ -29,6 +34,7 @@ bool HasDrive(const std::string& s) {
 
 }  // namespace
 
+#ifndef _WIN32
 CString VemHostPath(const char* name) {
     CString path(name);
     std::string& s = path.str();
@@ -36,6 +42,7 @@ CString VemHostPath(const char* name) {
     std::replace(s.begin(), s.end(), '\\', '/');
     return path;
 }
+#endif
 
 VemPathParts VemSplitPath(const char* path) {
     VemPathParts parts;
@@ -62,7 +69,11 @@ VemPathParts VemSplitPath(const char* path) {
     return parts;
 }
 
+#ifndef _WIN32
 bool VemMakeDirectory(const char* name) { return ::mkdir(VemHostPath(name), 0777) == 0; }
+
+bool VemLocalTime(std::time_t time, std::tm& local) { return localtime_r(&time, &local) != nullptr; }
+#endif
 
 // ---- CFile -----------------------------------------------------------------------------------------
 
@@ -73,6 +84,7 @@ CFile::CFile(const char* fileName, unsigned openFlags) {
     if (!Open(fileName, openFlags, &error)) throw error;
 }
 
+#ifndef _WIN32
 CFile::~CFile() {
     if (m_fd >= 0 && m_closeOnDelete) ::close(m_fd);
 }
@@ -228,6 +240,7 @@ void CFile::Remove(const char* fileName) {
 void CFile::Rename(const char* oldName, const char* newName) {
     if (::rename(VemHostPath(oldName), VemHostPath(newName)) != 0) ThrowErrno(oldName);
 }
+#endif
 
 // ---- CMemFile --------------------------------------------------------------------------------------
 
@@ -331,6 +344,7 @@ CFile* CVemWriteBuffer::Duplicate() const { return m_target.Duplicate(); }
 
 CVemReplaceFile::~CVemReplaceFile() { Discard(); }
 
+#ifndef _WIN32
 // A target that is a symbolic link is written through the link, and a file that is replaced keeps
 // its permissions, as an edit in place would.
 bool CVemReplaceFile::OpenReplace(const char* targetName) {
@@ -350,6 +364,7 @@ bool CVemReplaceFile::OpenReplace(const char* targetName) {
     if (::stat(VemHostPath(m_target), &st) == 0 && S_ISREG(st.st_mode)) ::fchmod(m_fd, st.st_mode & 07777);
     return true;
 }
+#endif
 
 void CVemReplaceFile::Commit() {
     Flush();
@@ -358,8 +373,10 @@ void CVemReplaceFile::Commit() {
     m_temporary.Empty();
 }
 
+#ifndef _WIN32
 void CVemReplaceFile::Discard() {
     Abort();
     if (!m_temporary.IsEmpty()) ::unlink(VemHostPath(m_temporary));
     m_temporary.Empty();
 }
+#endif

@@ -174,6 +174,9 @@ struct VemFileId {
 };
 bool VemFileIdentity(const char* fileName, VemFileId& id);
 
+// The calendar time of `time` in the host's time zone; false if it has none.
+bool VemLocalTime(std::time_t time, std::tm& local);
+
 // Makes one directory level (the host path of `name`). False if it could not be made, also when it
 // exists already.
 VEM_API bool VemMakeDirectory(const char* name);

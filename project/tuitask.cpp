@@ -119,7 +119,7 @@ CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
     CString text;
     for (int i = 1; i < AbsOffsets.GetSize(); ++i) {
         text += nl;
-        text.AppendFormat("SegmentNr: %i ->Offset:%li", i, static_cast<long>(AbsOffsets.GetAt(i)));
+        text.AppendFormat("SegmentNr: %i ->Offset:%lli", i, static_cast<long long>(AbsOffsets.GetAt(i)));
     }
     text += nl + kVemDumpRule;
     CString key;
@@ -127,8 +127,8 @@ CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
     for (POSITION pos = NodePath2NodeList->GetStartPosition(); pos;) {
         NodePath2NodeList->GetNextAssoc(pos, key, node);
         text += nl;
-        text.AppendFormat("Variable: %s ->Offset:%li", key.GetString(),
-                          static_cast<long>(GetAbsoluteVariableOffset(key)));
+        text.AppendFormat("Variable: %s ->Offset:%lli", key.GetString(),
+                          static_cast<long long>(GetAbsoluteVariableOffset(key)));
     }
     text += nl + kVemDumpRule;
     return text;

@@ -1,6 +1,8 @@
 // Texts of the statement model's dumps: types, pointers, constants, address modes.
 #include "statement/evemdump.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace {
@@ -19,7 +21,8 @@ constexpr const char* kCbeTypeNames[] = {
 };
 static_assert(sizeof kCbeTypeNames / sizeof kCbeTypeNames[0] == kCbeTypeWString + 1);
 
-// The bytes of a constant as the machine holds them; what lies beyond the array reads as zero.
+// The bytes of a constant read as a little-endian machine holds them, on every host, so that a
+// dump says the same everywhere; what lies beyond the array reads as zero.
 class ValueBytes {
 public:
     explicit ValueBytes(const CVemByteArray* value)
@@ -30,6 +33,7 @@ public:
         u8 raw[sizeof(T)] = {};
         for (u32 i = 0; i < sizeof(T); ++i)
             if (offset + i < length_) raw[i] = data_[offset + i];
+        if constexpr (std::endian::native == std::endian::big) std::reverse(raw, raw + sizeof(T));
         T result;
         std::memcpy(&result, raw, sizeof(T));
         return result;

@@ -7,6 +7,10 @@
 
 namespace {
 
+#ifdef _WIN32
+std::size_t malloc_usable_size(void* p) { return _msize(p); }
+#endif
+
 bool g_watching = false;
 long g_live = 0;
 long g_made = 0;

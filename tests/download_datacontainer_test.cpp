@@ -1,6 +1,5 @@
 // Data container: file records by key, their getters and setters, directories, the stored form.
-#include <unistd.h>
-
+#include <algorithm>
 #include <filesystem>
 
 #include "alloc_hook.h"
@@ -62,13 +61,15 @@ TEST(DataContainer, RecordsAreNamedAfterTheLastPartOfThePath) {
     CVemDataContainer container;
     // Backslashes reach the host file through the one path rule; the name is behind the last one.
     EXPECT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\a.txt").c_str(), "first", 7), 1);
-    // A path without a backslash is the name as a whole.
-    EXPECT_EQ(container.AddFile(dir.file("a.txt").c_str(), "second", 8), 1);
+    // A path without a backslash is the name as a whole (also where the temporary directory has some).
+    std::string slashed = dir.file("a.txt");
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
+    EXPECT_EQ(container.AddFile(slashed.c_str(), "second", 8), 1);
     EXPECT_EQ(Keys(container), (std::vector<std::string>{"first", "second"}));
     auto* first = static_cast<CVemDataObject*>(container["first"]);
     auto* second = static_cast<CVemDataObject*>(container["second"]);
     EXPECT_EQ(first->Name, "a.txt");
-    EXPECT_EQ(second->Name, dir.file("a.txt").c_str());
+    EXPECT_EQ(second->Name, slashed.c_str());
     EXPECT_EQ(container.GetType("first"), 7u);
     EXPECT_EQ(container.GetType("second"), 8u);
     EXPECT_EQ(first->Contents.GetLength(), 0u);

@@ -2,7 +2,11 @@
 // and GetLength.
 #include "hfile_test_util.h"
 
+#ifdef _WIN32
+#include <io.h>
+#else
 #include <unistd.h>
+#endif
 
 using namespace hfiletest;
 
@@ -79,7 +83,11 @@ TEST_F(HFileOpen, HeaderDisplacedWhenMoreThanBlockAndBody) {
 // Closes the descriptor behind the file's back, so that the platform's close fails.
 class BrokenHFile : public CHFile {
 public:
+#ifdef _WIN32
+    void LoseDescriptor() { _close(m_fd); }
+#else
     void LoseDescriptor() { ::close(m_fd); }
+#endif
 };
 
 // Close reports a failure in a message box; CloseChecked answers it without one.

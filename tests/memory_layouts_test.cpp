@@ -1,5 +1,7 @@
 // The big-endian and the fractional layouts, exercised on this host as thoroughly as the
 // little-endian one.
+#include <cstring>
+
 #include "memory/layouts.h"
 #include "memory_test_util.h"
 
@@ -87,7 +89,9 @@ TEST(MemoryMotorola, RawBytesStayInHostOrderUnlessWidened) {
     Array a(1, 1, 1);
     const u16 host = 0x1234;
     VemBaAppend(a, &host, 2);
-    EXPECT_EQ(a.bytes(), (ByteVec{0x34, 0x12}));
+    ByteVec inHostOrder(2);
+    std::memcpy(inHostOrder.data(), &host, 2);  // {0x34, 0x12} on a little-endian host
+    EXPECT_EQ(a.bytes(), inHostOrder);
     Array b(1, 1, 4);
     VemBaAppend(b, &host, 2);  // a word at ByteSize 4 goes through AppendWord and is swapped
     EXPECT_EQ(b.bytes(), (ByteVec{0, 0, 0x12, 0x34}));

@@ -254,6 +254,10 @@ TEST(NodeFile, FailedWriteLeavesThePreviousFileWhole) {
 }
 
 TEST(NodeFile, WriteGoesThroughALinkAndKeepsThePermissions) {
+#ifdef _WIN32
+    GTEST_SKIP() << "symbolic links on Windows need a privilege that a test cannot assume, and "
+                    "files there have no POSIX permissions";
+#else
     namespace fs = std::filesystem;
     TempDir dir;
     const std::string real = dir.file("real.vem");
@@ -272,6 +276,7 @@ TEST(NodeFile, WriteGoesThroughALinkAndKeepsThePermissions) {
     EXPECT_EQ(VemGetName(loaded), "New");
     VemDeleteNode(loaded);
     VemDeleteNode(root);
+#endif
 }
 
 TEST(NodeFile, DumpToAPlaceThatCannotBeAFileGivesZero) {

@@ -176,9 +176,14 @@ TEST(Paths, WindowsRulesOnEveryHost) {
         EXPECT_EQ(p.title, c.title);
         EXPECT_EQ(p.extension, c.extension);
     }
+#ifdef _WIN32
+    // Windows takes a stored name as it stands.
+    for (const char* name : {"C:\\PRJ\\a.obj", "D\\FILE12", "z:rel\\a"}) EXPECT_EQ(VemHostPath(name), name);
+#else
     EXPECT_EQ(VemHostPath("C:\\PRJ\\a.obj"), "/PRJ/a.obj");
     EXPECT_EQ(VemHostPath("D\\FILE12"), "D/FILE12");
     EXPECT_EQ(VemHostPath("z:rel\\a"), "rel/a");
+#endif
 }
 
 TEST(Files, DuplicateKeepsAPositionOfItsOwn) {

@@ -1,6 +1,4 @@
 // Task container: compile state, its record, and the task files it reads when it is loaded.
-#include <dirent.h>
-
 #include "alloc_hook.h"
 #include "download/datacontainer.h"
 #include "test_util.h"
@@ -27,15 +25,6 @@ std::vector<std::string> ChildNames(CVemBaseNode* parent) {
         names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
     }
     return names;
-}
-
-int OpenDescriptors() {
-    int count = 0;
-    if (DIR* d = opendir("/proc/self/fd")) {
-        while (readdir(d)) ++count;
-        closedir(d);
-    }
-    return count;
 }
 
 // Writes an object into a file of its own, as the compiler writes a task.
@@ -196,7 +185,7 @@ TEST(TaskContainer, ADamagedTaskFileFailsTheWholeLoadCleanly) {
         damaged.emplace_back(good.begin(), good.begin() + static_cast<long>(cut));
     }
     MessageCapture messages;
-    const int descriptors = OpenDescriptors();
+    const int descriptors = vemtest::OpenHandles();
     for (std::size_t i = 0; i < damaged.size(); ++i) {
         WriteFileBytes(dir.file("bad.tsk"), damaged[i]);
         CVemBaseNode* container = nullptr;
@@ -208,7 +197,7 @@ TEST(TaskContainer, ADamagedTaskFileFailsTheWholeLoadCleanly) {
         vemtest::AllocationWatch watch;
         EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr) << i;
         EXPECT_EQ(watch.Live(), 0) << i;
-        EXPECT_EQ(OpenDescriptors(), descriptors) << i;
+        EXPECT_EQ(vemtest::OpenHandles(), descriptors) << i;
     }
     EXPECT_TRUE(messages.texts().empty());
 }
@@ -222,9 +211,9 @@ TEST(TaskContainer, ATaskFileThatNamesItselfFailsInsteadOfRecursing) {
     CVemBaseNode* container = nullptr;
     CVemBaseNode* res = NewResourceWithContainer(container);
     VemTaskCompiled(container, "T", dir.file("self.tsk").c_str());
-    const int descriptors = OpenDescriptors();
+    const int descriptors = vemtest::OpenHandles();
     EXPECT_EQ(StoreAndLoad(dir, res), nullptr);
-    EXPECT_EQ(OpenDescriptors(), descriptors);
+    EXPECT_EQ(vemtest::OpenHandles(), descriptors);
     VemDeleteNode(res);
 }
 

@@ -2,6 +2,7 @@
 
 #include "alloc_hook.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -9,6 +10,22 @@
 
 namespace vemtest {
 
+#ifdef _WIN32
+// Windows has no mkdtemp: a name of the process and a counter, tried until one is new.
+TempDir::TempDir() {
+    static unsigned serial = 0;
+    const auto base = std::filesystem::temp_directory_path();
+    const auto self = std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const auto candidate = base / ("vem32-test-" + self + "-" + std::to_string(serial++));
+        if (std::filesystem::create_directory(candidate)) {
+            path_ = candidate.string();
+            return;
+        }
+    }
+    throw std::runtime_error("no temporary directory");
+}
+#else
 TempDir::TempDir() {
     std::string tmpl = (std::filesystem::temp_directory_path() / "vem32-test-XXXXXX").string();
     std::vector<char> buf(tmpl.begin(), tmpl.end());
@@ -17,6 +34,7 @@ TempDir::TempDir() {
     if (!made) throw std::runtime_error("mkdtemp failed");
     path_ = made;
 }
+#endif
 
 TempDir::~TempDir() {
     std::error_code ec;

@@ -46,6 +46,8 @@ void WriteFileBytes(const std::string& path, const std::vector<u8>& bytes);
 std::string ReadFileText(const std::string& path);
 void WriteFileText(const std::string& path, const std::string& text);
 bool FileExists(const std::string& path);
+// Files and other objects of the system that the process holds open.
+int OpenHandles();
 
 // Little-endian byte builders for hand-written records.
 struct Bytes {

@@ -1,7 +1,7 @@
 // What a unit takes from its source file: the date of the file and the checksum of its header.
-#include <sys/time.h>
-
+#include <chrono>
 #include <ctime>
+#include <filesystem>
 
 #include "test_util.h"
 #include "units/pou.h"
@@ -23,8 +23,10 @@ void SetLocalModificationTime(const std::string& path, int year, int month, int 
     local.tm_sec = second;
     local.tm_isdst = -1;
     const std::time_t when = std::mktime(&local);
-    const timeval times[2] = {{when, 0}, {when, 0}};
-    ASSERT_EQ(utimes(path.c_str(), times), 0);
+    std::error_code error;
+    std::filesystem::last_write_time(
+        path, std::chrono::file_clock::from_sys(std::chrono::system_clock::from_time_t(when)), error);
+    ASSERT_FALSE(error) << error.message();
 }
 
 const char kSource[] =

@@ -56,7 +56,7 @@ void CVemPouNode::SetDate(const char* fileName) {
     if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary)) return;
     CFileStatus status;
     std::tm local{};
-    if (CFile::GetStatus(fileName, status) && localtime_r(&status.m_mtime, &local)) {
+    if (CFile::GetStatus(fileName, status) && VemLocalTime(status.m_mtime, local)) {
         Date = PackDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
                         local.tm_sec);
     }

@@ -1,12 +1,10 @@
 // demo: a resource built as the compiler builds it, written, loaded back as a debugger loads it,
 // and asked what a debugger asks.
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
 #include "demo_build.h"
+#include "platform/file.h"
 #include "tool.h"
 
 namespace vemtool {
@@ -55,7 +53,8 @@ int CmdDemo(Args args) {
     if (!args.UnknownOption().empty()) return Usage(("unknown option or missing value " + args.UnknownOption()).c_str());
     if (args.Rest().size() > 1) return Usage("demo takes at most one directory");
     const std::string dir = args.Rest().empty() ? "vem-demo" : args.Rest()[0];
-    if (::mkdir(dir.c_str(), 0777) != 0 && errno != EEXIST) {
+    CFileStatus status;
+    if (!VemMakeDirectory(dir.c_str()) && !(CFile::GetStatus(dir.c_str(), status) && status.m_isDirectory)) {
         std::fprintf(stderr, "vemtool: cannot make %s\n", dir.c_str());
         return kFailed;
     }
