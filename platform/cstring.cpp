@@ -34,6 +34,11 @@ void CString::Init(const char* text, std::size_t length) {
     SetSize(length);
 }
 
+void CString::Copy(const CString& other) {
+    v_ = kEmpty;
+    Init(other.Data(), other.Size());
+}
+
 void CString::Free() noexcept {
     if (!IsInline()) ::operator delete(head());
 }
@@ -87,9 +92,12 @@ void CString::SetString(const char* text, int length) {
     SetSize(n);
 }
 
+// A sum that does not fit in the word is most often a part of a chain that goes on growing: it gets
+// the room that an append would give it.
 CString CString::Concat(std::string_view a, std::string_view b) {
     CString r;
-    r.Reserve(a.size() + b.size());
+    const std::size_t n = a.size() + b.size();
+    r.Reserve(n > kInlineCapacity ? n + n / 2 + 15 : n);
     r.Append(a.data(), a.size());
     r.Append(b.data(), b.size());
     return r;

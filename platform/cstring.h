@@ -25,10 +25,18 @@ public:
     CString(std::string text) : CString() { Init(text.data(), text.size()); }  // NOLINT
     CString(std::string_view text) : CString() { Init(text.data(), text.size()); }  // NOLINT
     CString(char ch, int repeat);
-    CString(const CString& other) : CString() { Init(other.Data(), other.Size()); }
+    // A short text is copied with its word; only a longer one takes a block of its own.
+    CString(const CString& other) : v_(other.v_) {
+        if (!IsInline()) Copy(other);
+    }
     CString(CString&& other) noexcept : v_(other.v_) { other.v_ = kEmpty; }
     CString& operator=(const CString& other) {
-        if (this != &other) SetString(other.Data(), other.GetLength());
+        if (this == &other) return *this;
+        if (other.IsInline() && IsInline()) {
+            v_ = other.v_;
+        } else {
+            SetString(other.Data(), other.GetLength());
+        }
         return *this;
     }
     CString& operator=(CString&& other) noexcept {
@@ -39,7 +47,9 @@ public:
         }
         return *this;
     }
-    ~CString() { Free(); }
+    ~CString() {
+        if (!IsInline()) Free();
+    }
 
     int GetLength() const { return static_cast<int>(Size()); }
     bool IsEmpty() const { return Size() == 0; }
@@ -164,6 +174,8 @@ private:
     static CString Concat(std::string_view a, std::string_view b);
     // Init: this string is empty. The others keep the characters held up to the new size.
     void Init(const char* text, std::size_t length);
+    // The copy constructor's part for a text in a block: `v_` still points at the other's block.
+    void Copy(const CString& other);
     void Free() noexcept;
     void Reserve(std::size_t capacity);
     void SetSize(std::size_t length) noexcept;
