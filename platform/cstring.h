@@ -11,8 +11,6 @@
 
 #include "platform/types.h"
 
-static_assert(std::endian::native == std::endian::little, "CString keeps short texts in the low byte's word");
-
 class VEM_API CString {
 public:
     CString() noexcept = default;
@@ -150,8 +148,8 @@ public:
     friend bool operator>(const CString& a, const CString& b) { return a.Compare(b.Data()) > 0; }
 
 private:
-    // One pointer wide. A text of up to six characters lies in the word itself: its first byte holds
-    // the length doubled plus one, the characters and their closing zero follow. A longer text lies
+    // One pointer wide. A text of up to six characters lies in the word itself: its low byte holds
+    // the length doubled plus one, the other bytes the characters and their closing zero. A longer text lies
     // in a block of its own whose length and capacity stand in front of the characters, and the word
     // points at the characters; blocks are aligned, so its lowest bit is 0. An empty string is thus
     // the word 1 and costs no allocation.
@@ -161,12 +159,15 @@ private:
     };
     static constexpr std::uintptr_t kEmpty = 1;
     static constexpr std::size_t kInlineCapacity = sizeof(std::uintptr_t) - 2;
+    // The characters of a short text follow the low byte in memory on a little-endian host and
+    // precede it on a big-endian one.
+    static constexpr std::size_t kInlineChars = std::endian::native == std::endian::little ? 1 : 0;
 
     bool IsInline() const noexcept { return (v_ & 1) != 0; }
     const char* Data() const noexcept {
-        return IsInline() ? reinterpret_cast<const char*>(&v_) + 1 : reinterpret_cast<const char*>(v_);
+        return IsInline() ? reinterpret_cast<const char*>(&v_) + kInlineChars : reinterpret_cast<const char*>(v_);
     }
-    char* Data() noexcept { return IsInline() ? reinterpret_cast<char*>(&v_) + 1 : reinterpret_cast<char*>(v_); }
+    char* Data() noexcept { return IsInline() ? reinterpret_cast<char*>(&v_) + kInlineChars : reinterpret_cast<char*>(v_); }
     Head* head() const noexcept { return reinterpret_cast<Head*>(v_) - 1; }
     std::size_t Size() const noexcept { return IsInline() ? (v_ & 0xFF) >> 1 : head()->length; }
     std::size_t Capacity() const noexcept { return IsInline() ? kInlineCapacity : head()->capacity; }
