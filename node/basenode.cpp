@@ -17,19 +17,20 @@ u32 VemTakeNextSerial() { return g_nextSerial++; }
 CVemBaseNode::CVemBaseNode() : CVemBaseNode(kVemBaseNode, CString(), 1) {}
 
 CVemBaseNode::CVemBaseNode(u32 nodeType, const CString& name, int expanded)
-    : Expanded(expanded), NodeType(nodeType), Name(name) {
+    : Name(name), Expanded(expanded), NodeType(static_cast<u16>(nodeType)) {
     ApplyTypeRules();
 }
 
 CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     : CObject(),
-      HasSymbol(other.HasSymbol),
-      Expanded(other.Expanded),
-      KlikedSymbol(other.KlikedSymbol),
-      Serial(VemTakeNextSerial()),
-      NodeType(other.NodeType),
       Name(other.Name),
-      ExtraText(other.ExtraText) {
+      ExtraText(other.ExtraText),
+      Serial(VemTakeNextSerial()),
+      Expanded(other.Expanded),
+      NodeType(other.NodeType),
+      KlikedSymbol(other.KlikedSymbol),
+      HasSymbol(other.HasSymbol),
+      m_topGeometry(&GeometryOf(other.NodeType) != &GeometryOf(kVemBaseNode)) {
     try {
         for (POSITION pos = other.Children.GetHeadPosition(); pos;) {
             CVemBaseNode* copy = other.ChildAt(pos)->Clone();
@@ -46,10 +47,13 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     }
 }
 
-CVemBaseNode::~CVemBaseNode() { DeleteAllChildren(); }
+CVemBaseNode::~CVemBaseNode() {
+    DeleteAllChildren();
+    if (m_drawn) ForgetDrawn();
+}
 
 void CVemBaseNode::ApplyTypeRules() {
-    m_geometry = &GeometryOf(NodeType);
+    m_topGeometry = &GeometryOf(NodeType) != &GeometryOf(kVemBaseNode);
     switch (NodeType) {
         case kVemVariableNode:
         case kVemTaskNode:

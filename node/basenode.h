@@ -40,40 +40,55 @@ public:
     // Writes a dump text in one write.
     static void WriteText(CFile* file, const CString& text);
 
-    // Fields, in declared order.
-    int HasSymbol = 1;
-    int Expanded = 1;
-    int KlikedSymbol = 0;
-    u32 Serial = 0xFFFFFFFFu;
-    u32 NodeType = kVemBaseNode;
+    // Fields, ordered by width so that a node holds no padding: a plain variable node, its name and
+    // its link in the parent's list fit in 200 bytes of heap.
     CString Name;
     CString ExtraText;
     CVemBaseNode* Parent = nullptr;
     CVemBaseNode* LastChild = nullptr;
-    CObList Children;
+    [[no_unique_address]] CObList Children;  // Serial fills the padding at its end
+    u32 Serial = 0xFFFFFFFFu;
+    int Expanded = 1;
+    u16 NodeType = kVemBaseNode;  // the file holds 8 bits
+    u8 KlikedSymbol = 0;
+    u8 HasSymbol : 1 = 1;
 
-    // Drawing state of the tree view, in absolute coordinates of the last Draw. Never stored.
-    CPoint TextSize;
-    CPoint BottomOfTree;
-    CRect SymbolRect;
-    CRect NodeRect;
-    CPoint ChildStart;
-    CPoint ChildAnchor;
+private:
+    // In the byte of HasSymbol.
+    u8 m_topGeometry : 1 = 0;  // the geometry of executable and project nodes
+    u8 m_drawn : 1 = 0;        // the tree view keeps a drawing state for the node
 
+public:
     // Geometry relative to the node's origin, fixed by the node type when the node is made; a
     // load that reads another type into NodeType keeps it.
     struct Geometry {
         CPoint LineEnd, SymbolPos, SymbolSize, ElbowPoint, IconLineEnd, IconPos, TextPos;
     };
-    const Geometry& GetGeometry() const { return *m_geometry; }
+    const Geometry& GetGeometry() const { return GeometryOf(m_topGeometry ? kVemExeNode : kVemBaseNode); }
     static const Geometry& GeometryOf(u32 nodeType);
+
+    // Drawing state of the tree view, in absolute coordinates of the last Draw. Never stored, and
+    // kept beside the tree only for nodes that were drawn.
+    struct DrawState {
+        CPoint TextSize;
+        CPoint BottomOfTree;
+        CRect SymbolRect;
+        CRect NodeRect;
+        CPoint ChildStart;
+        CPoint ChildAnchor;
+    };
 
 protected:
     // HasSymbol, the forced Expanded of executable and project nodes, and the geometry, by node type.
     void ApplyTypeRules();
 
 private:
-    const Geometry* m_geometry = &GeometryOf(NodeType);
+    // The node's drawing state, made on first use.
+    DrawState& Drawn();
+    // The drawing state of the last Draw, or all zeros for a node never drawn.
+    const DrawState& LastDrawn() const;
+    // Drops the drawing state of a node that goes.
+    void ForgetDrawn();
 };
 
 // Running serial of nodes made by VemNewNode and by the copy of a clone.

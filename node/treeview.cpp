@@ -1,5 +1,8 @@
 // The tree view: painting into the host's device context, hit tests, and stepping through the
 // shown nodes with the cursor keys.
+#include <mutex>
+#include <unordered_map>
+
 #include "node/basenode.h"
 #include "node/resources.h"
 
@@ -11,7 +14,31 @@ int g_nextFound = 0;
 
 constexpr COLORREF kSelectedBackground = 0x0000FFFF;  // yellow
 
+// Drawing states of the nodes that were drawn: few of a large tree are, and the nodes do not
+// carry them. A node's entry stays where it is until the node goes.
+std::mutex g_drawnMutex;
+std::unordered_map<const CVemBaseNode*, CVemBaseNode::DrawState> g_drawnStates;
+const CVemBaseNode::DrawState kNeverDrawn{};
+
 }  // namespace
+
+CVemBaseNode::DrawState& CVemBaseNode::Drawn() {
+    std::lock_guard lock(g_drawnMutex);
+    m_drawn = 1;
+    return g_drawnStates[this];
+}
+
+const CVemBaseNode::DrawState& CVemBaseNode::LastDrawn() const {
+    if (!m_drawn) return kNeverDrawn;
+    std::lock_guard lock(g_drawnMutex);
+    return g_drawnStates.find(this)->second;
+}
+
+void CVemBaseNode::ForgetDrawn() {
+    std::lock_guard lock(g_drawnMutex);
+    g_drawnStates.erase(this);
+    m_drawn = 0;
+}
 
 //                      LineEnd  SymbolPos SymbolSize ElbowPoint IconLineEnd IconPos  TextPos
 const CVemBaseNode::Geometry& CVemBaseNode::GeometryOf(u32 nodeType) {
@@ -22,13 +49,14 @@ const CVemBaseNode::Geometry& CVemBaseNode::GeometryOf(u32 nodeType) {
 
 void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selected) {
     const Geometry& g = GetGeometry();
+    DrawState& d = Drawn();
     dc->MoveTo(from);
     dc->LineTo(origin + g.LineEnd);
     if (HasSymbol) {
-        SymbolRect.left = origin.x + g.SymbolPos.x - 2;
-        SymbolRect.top = origin.y + g.SymbolPos.y - 2;
-        SymbolRect.right = SymbolRect.left + g.SymbolSize.x + 2;
-        SymbolRect.bottom = SymbolRect.top + g.SymbolSize.y + 2;
+        d.SymbolRect.left = origin.x + g.SymbolPos.x - 2;
+        d.SymbolRect.top = origin.y + g.SymbolPos.y - 2;
+        d.SymbolRect.right = d.SymbolRect.left + g.SymbolSize.x + 2;
+        d.SymbolRect.bottom = d.SymbolRect.top + g.SymbolSize.y + 2;
         dc->DrawIcon(origin + g.SymbolPos, Expanded ? kVemIconExpanded : kVemIconCollapsed);
     } else {
         dc->LineTo(CPoint(origin.x + g.LineEnd.x, origin.y + g.ElbowPoint.y));
@@ -43,13 +71,13 @@ void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selec
 
     const CString text = GetNodeText();
     const CSize extent = dc->GetTextExtent(text);
-    TextSize = CPoint(extent.cx + 2, extent.cy + 2);
+    d.TextSize = CPoint(extent.cx + 2, extent.cy + 2);
     if (this == selected) {
         CRect frame;
         frame.left = origin.x + g.TextPos.x + 3;
         frame.top = origin.y + g.IconPos.y - 2;
-        frame.right = frame.left + TextSize.x + 2;
-        frame.bottom = frame.top + TextSize.y + 2;
+        frame.right = frame.left + d.TextSize.x + 2;
+        frame.bottom = frame.top + d.TextSize.y + 2;
         dc->Rectangle(frame);
     }
     const COLORREF background = dc->GetBkColor();
@@ -62,38 +90,39 @@ void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selec
     dc->TextOut(origin.x + g.TextPos.x + 5, origin.y + g.IconPos.y, text);
     dc->SetBkColor(background);
 
-    BottomOfTree = CPoint(origin.x + g.TextPos.x + TextSize.x + 5, origin.y + g.TextPos.y);
-    NodeRect.left = origin.x + g.IconPos.x;
-    NodeRect.top = origin.y + g.IconPos.y;
-    NodeRect.right = NodeRect.left + (BottomOfTree.x - origin.x);
-    NodeRect.bottom = NodeRect.top + (BottomOfTree.y - origin.y);
-    ChildStart = CPoint(origin.x + g.TextPos.x - 10, origin.y + g.TextPos.y);
-    ChildAnchor.x = origin.x + g.LineEnd.x;
-    ChildAnchor.y = HasSymbol ? origin.y + g.LineEnd.y + 9 : origin.y + g.ElbowPoint.y;
+    d.BottomOfTree = CPoint(origin.x + g.TextPos.x + d.TextSize.x + 5, origin.y + g.TextPos.y);
+    d.NodeRect.left = origin.x + g.IconPos.x;
+    d.NodeRect.top = origin.y + g.IconPos.y;
+    d.NodeRect.right = d.NodeRect.left + (d.BottomOfTree.x - origin.x);
+    d.NodeRect.bottom = d.NodeRect.top + (d.BottomOfTree.y - origin.y);
+    d.ChildStart = CPoint(origin.x + g.TextPos.x - 10, origin.y + g.TextPos.y);
+    d.ChildAnchor.x = origin.x + g.LineEnd.x;
+    d.ChildAnchor.y = HasSymbol ? origin.y + g.LineEnd.y + 9 : origin.y + g.ElbowPoint.y;
 
     if (!Expanded) return;
-    CPoint childFrom = ChildStart;
-    CPoint childOrigin(ChildStart.x, BottomOfTree.y);
+    CPoint childFrom = d.ChildStart;
+    CPoint childOrigin(d.ChildStart.x, d.BottomOfTree.y);
     for (POSITION pos = Children.GetHeadPosition(); pos;) {
         CVemBaseNode* child = ChildAt(pos);
         child->Draw(dc, childFrom, childOrigin, selected);
-        const CPoint bottom = child->BottomOfTree;
-        if (BottomOfTree.x < bottom.x) {
-            BottomOfTree = bottom;
+        const CPoint bottom = child->LastDrawn().BottomOfTree;
+        if (d.BottomOfTree.x < bottom.x) {
+            d.BottomOfTree = bottom;
         } else {
-            BottomOfTree.y = bottom.y;
+            d.BottomOfTree.y = bottom.y;
         }
         childFrom = *child->GetChildAnchor();
-        childOrigin = CPoint(childFrom.x, BottomOfTree.y);
+        childOrigin = CPoint(childFrom.x, d.BottomOfTree.y);
     }
 }
 
 CVemBaseNode* CVemBaseNode::GetSelectedNode(CPoint point) {
-    if (HasSymbol && SymbolRect.ContainsInclusive(point)) {
+    const DrawState& d = LastDrawn();
+    if (HasSymbol && d.SymbolRect.ContainsInclusive(point)) {
         KlikedSymbol = kTuiKlikedExpandSymbol;
         return this;
     }
-    if (NodeRect.ContainsInclusive(point)) {
+    if (d.NodeRect.ContainsInclusive(point)) {
         KlikedSymbol = kTuiKlikedNode;
         return this;
     }
@@ -104,11 +133,12 @@ CVemBaseNode* CVemBaseNode::GetSelectedNode(CPoint point) {
     return nullptr;
 }
 
-CRect CVemBaseNode::GetNodeSymbolRect() { return NodeRect; }
+CRect CVemBaseNode::GetNodeSymbolRect() { return LastDrawn().NodeRect; }
 
-CPoint CVemBaseNode::GetBottomOfTree() { return BottomOfTree; }
+CPoint CVemBaseNode::GetBottomOfTree() { return LastDrawn().BottomOfTree; }
 
-CPoint* CVemBaseNode::GetChildAnchor() { return &ChildAnchor; }
+// The pointer stays valid until the node goes, so the node gets its own state here.
+CPoint* CVemBaseNode::GetChildAnchor() { return &Drawn().ChildAnchor; }
 
 void CVemBaseNode::InitPrevNextStaticVar() {
     g_prevNode = nullptr;

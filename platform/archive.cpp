@@ -270,25 +270,26 @@ CArchive& CArchive::operator>>(CString& s) {
     if (wide && len > std::numeric_limits<u64>::max() / 2) VemThrowArchive(CArchiveException::endOfFile, FileName());
     CheckRemaining(bytes);
     if (bytes > std::numeric_limits<u32>::max()) VemThrowArchive(CArchiveException::endOfFile, FileName());
-    std::string& out = s.str();
     if (!wide && len <= static_cast<u64>(m_end - m_cur)) {
         // Most texts lie whole in the buffer: taken from there in one step.
-        out.assign(reinterpret_cast<const char*>(m_cur), static_cast<std::size_t>(len));
+        s.SetString(reinterpret_cast<const char*>(m_cur), static_cast<int>(len));
         m_cur += len;
         return *this;
     }
     if (!wide) {
-        out.resize(static_cast<std::size_t>(len));
-        EnsureRead(out.data(), static_cast<unsigned>(len));
+        char* out = s.GetBuffer(static_cast<int>(len));
+        EnsureRead(out, static_cast<unsigned>(len));
+        s.ReleaseBuffer(static_cast<int>(len));
         return *this;
     }
     std::string raw(static_cast<std::size_t>(bytes), '\0');
     EnsureRead(raw.data(), static_cast<unsigned>(bytes));
-    out.resize(static_cast<std::size_t>(len));
+    char* out = s.GetBuffer(static_cast<int>(len));
     for (std::size_t i = 0; i < len; ++i) {
         const unsigned ch = static_cast<u8>(raw[2 * i]) | (static_cast<unsigned>(static_cast<u8>(raw[2 * i + 1])) << 8);
         out[i] = ch < 0x100 ? static_cast<char>(ch) : '?';
     }
+    s.ReleaseBuffer(static_cast<int>(len));
     return *this;
 }
 

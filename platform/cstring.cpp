@@ -1,9 +1,11 @@
 #include "platform/cstring.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ostream>
+#include <stdexcept>
 
 namespace {
 
@@ -18,13 +20,96 @@ std::size_t Clamp(int v, std::size_t max) {
 
 }  // namespace
 
+CString::CString(char ch, int repeat) : CString() {
+    if (repeat <= 0) return;
+    Reserve(static_cast<std::size_t>(repeat));
+    std::memset(Data(), ch, static_cast<std::size_t>(repeat));
+    SetSize(static_cast<std::size_t>(repeat));
+}
+
+void CString::Init(const char* text, std::size_t length) {
+    if (length == 0) return;
+    Reserve(length);
+    std::memcpy(Data(), text, length);
+    SetSize(length);
+}
+
+void CString::Copy(const CString& other) {
+    v_ = kEmpty;
+    Init(other.Data(), other.Size());
+}
+
+void CString::Free() noexcept {
+    if (!IsInline()) ::operator delete(head());
+}
+
+// A block of exactly the capacity asked for; appends ask for more than they need.
+void CString::Reserve(std::size_t capacity) {
+    if (capacity <= Capacity()) return;
+    if (capacity > 0xFFFFFFFEu) throw std::length_error("CString");
+    auto* block = static_cast<Head*>(::operator new(sizeof(Head) + capacity + 1));
+    char* chars = reinterpret_cast<char*>(block + 1);
+    const std::size_t length = Size();
+    std::memcpy(chars, Data(), length + 1);
+    block->length = static_cast<u32>(length);
+    block->capacity = static_cast<u32>(capacity);
+    Free();
+    v_ = reinterpret_cast<std::uintptr_t>(chars);
+}
+
+void CString::SetSize(std::size_t length) noexcept {
+    if (IsInline()) {
+        v_ = (v_ & ~std::uintptr_t{0xFF}) | (length << 1) | 1;
+    } else {
+        head()->length = static_cast<u32>(length);
+    }
+    Data()[length] = '\0';
+}
+
+void CString::Append(const char* text, std::size_t length) {
+    if (length == 0) return;
+    const std::size_t old = Size();
+    if (old + length > Capacity()) {
+        // The text may lie in this string: it moves along with the characters.
+        const auto at = reinterpret_cast<std::uintptr_t>(text);
+        const auto from = reinterpret_cast<std::uintptr_t>(Data());
+        const bool own = at >= from && at <= from + old;
+        Reserve(std::max(old + length, old + old / 2 + 15));
+        if (own) text = Data() + (at - from);
+    }
+    std::memmove(Data() + old, text, length);
+    SetSize(old + length);
+}
+
+void CString::SetString(const char* text, int length) {
+    const std::size_t n = length > 0 ? static_cast<std::size_t>(length) : 0;
+    if (n > Capacity()) {
+        CString fresh(text, length);
+        *this = std::move(fresh);
+        return;
+    }
+    if (n) std::memmove(Data(), text, n);
+    SetSize(n);
+}
+
+// A sum that does not fit in the word is most often a part of a chain that goes on growing: it gets
+// the room that an append would give it.
+CString CString::Concat(std::string_view a, std::string_view b) {
+    CString r;
+    const std::size_t n = a.size() + b.size();
+    r.Reserve(n > kInlineCapacity ? n + n / 2 + 15 : n);
+    r.Append(a.data(), a.size());
+    r.Append(b.data(), b.size());
+    return r;
+}
+
 int CString::Compare(const char* text) const {
-    const int r = std::strcmp(s_.c_str(), text ? text : "");
+    const int r = std::strcmp(Data(), text ? text : "");
     return r < 0 ? -1 : (r > 0 ? 1 : 0);
 }
 
 int CString::CompareNoCase(const char* text) const {
-    const char* a = s_.c_str();
+    const char* a = Data();
     const char* b = text ? text : "";
     for (;; ++a, ++b) {
         const auto ca = static_cast<unsigned char>(AsciiLower(*a));
@@ -34,62 +119,68 @@ int CString::CompareNoCase(const char* text) const {
     }
 }
 
-CString CString::Left(int count) const { return CString(s_.substr(0, Clamp(count, s_.size()))); }
+CString CString::Left(int count) const { return CString(view().substr(0, Clamp(count, Size()))); }
 
 CString CString::Mid(int first) const {
-    const std::size_t f = Clamp(first, s_.size());
-    return CString(s_.substr(f));
+    const std::size_t f = Clamp(first, Size());
+    return CString(view().substr(f));
 }
 
 CString CString::Mid(int first, int count) const {
-    const std::size_t f = Clamp(first, s_.size());
-    return CString(s_.substr(f, Clamp(count, s_.size() - f)));
+    const std::size_t f = Clamp(first, Size());
+    return CString(view().substr(f, Clamp(count, Size() - f)));
 }
 
 CString CString::Right(int count) const {
-    const std::size_t n = Clamp(count, s_.size());
-    return CString(s_.substr(s_.size() - n));
+    const std::size_t n = Clamp(count, Size());
+    return CString(view().substr(Size() - n));
 }
 
 int CString::Find(char ch, int start) const {
     if (start < 0) start = 0;
-    const std::size_t p = s_.find(ch, static_cast<std::size_t>(start));
-    return p == std::string::npos ? -1 : static_cast<int>(p);
+    const std::size_t p = view().find(ch, static_cast<std::size_t>(start));
+    return p == std::string_view::npos ? -1 : static_cast<int>(p);
 }
 
 int CString::Find(const char* text, int start) const {
     if (start < 0) start = 0;
-    if (static_cast<std::size_t>(start) > s_.size()) return -1;
-    const std::size_t p = s_.find(text ? text : "", static_cast<std::size_t>(start));
-    return p == std::string::npos ? -1 : static_cast<int>(p);
+    if (static_cast<std::size_t>(start) > Size()) return -1;
+    const std::size_t p = view().find(text ? text : "", static_cast<std::size_t>(start));
+    return p == std::string_view::npos ? -1 : static_cast<int>(p);
 }
 
 int CString::ReverseFind(char ch) const {
-    const std::size_t p = s_.rfind(ch);
-    return p == std::string::npos ? -1 : static_cast<int>(p);
+    const std::size_t p = view().rfind(ch);
+    return p == std::string_view::npos ? -1 : static_cast<int>(p);
 }
 
 CString& CString::MakeUpper() {
-    for (char& c : s_) c = AsciiUpper(c);
+    char* p = Data();
+    for (std::size_t i = 0; i < Size(); ++i) p[i] = AsciiUpper(p[i]);
     return *this;
 }
 
 CString& CString::MakeLower() {
-    for (char& c : s_) c = AsciiLower(c);
+    char* p = Data();
+    for (std::size_t i = 0; i < Size(); ++i) p[i] = AsciiLower(p[i]);
     return *this;
 }
 
 CString& CString::TrimLeft() {
     std::size_t i = 0;
-    while (i < s_.size() && IsBlank(s_[i])) ++i;
-    s_.erase(0, i);
+    const std::size_t n = Size();
+    char* p = Data();
+    while (i < n && IsBlank(p[i])) ++i;
+    if (i == 0) return *this;
+    std::memmove(p, p + i, n - i);
+    SetSize(n - i);
     return *this;
 }
 
 CString& CString::TrimRight() {
-    std::size_t n = s_.size();
-    while (n > 0 && IsBlank(s_[n - 1])) --n;
-    s_.resize(n);
+    std::size_t n = Size();
+    while (n > 0 && IsBlank(Data()[n - 1])) --n;
+    SetSize(n);
     return *this;
 }
 
@@ -110,7 +201,7 @@ void CString::AppendFormat(const char* format, ...) {
 }
 
 void CString::FormatV(const char* format, va_list args) {
-    s_.clear();
+    Empty();
     AppendFormatV(format, args);
 }
 
@@ -122,26 +213,34 @@ void CString::AppendFormatV(const char* format, va_list args) {
     va_end(copy);
     if (n < 0) return;
     if (static_cast<std::size_t>(n) < sizeof small) {
-        s_.append(small, static_cast<std::size_t>(n));
+        Append(small, static_cast<std::size_t>(n));
         return;
     }
-    const std::size_t old = s_.size();
-    s_.resize(old + static_cast<std::size_t>(n) + 1);
-    std::vsnprintf(&s_[old], static_cast<std::size_t>(n) + 1, format, args);
-    s_.resize(old + static_cast<std::size_t>(n));
+    const std::size_t old = Size();
+    Reserve(old + static_cast<std::size_t>(n));
+    std::vsnprintf(Data() + old, static_cast<std::size_t>(n) + 1, format, args);
+    SetSize(old + static_cast<std::size_t>(n));
 }
 
 char* CString::GetBuffer(int minLength) {
-    if (minLength > 0 && s_.size() < static_cast<std::size_t>(minLength)) s_.resize(static_cast<std::size_t>(minLength));
-    return s_.data();
+    const std::size_t want = minLength > 0 ? static_cast<std::size_t>(minLength) : 0;
+    const std::size_t old = Size();
+    Reserve(want);
+    if (want > old) {
+        std::memset(Data() + old, 0, want - old);
+        SetSize(want);
+    }
+    return Data();
 }
 
 void CString::ReleaseBuffer(int newLength) {
     if (newLength < 0) {
-        s_.resize(std::strlen(s_.c_str()));
+        SetSize(std::strlen(Data()));
+    } else if (static_cast<std::size_t>(newLength) <= Size()) {
+        SetSize(static_cast<std::size_t>(newLength));
     } else {
-        s_.resize(static_cast<std::size_t>(newLength));
+        GetBuffer(newLength);
     }
 }
 
-std::ostream& operator<<(std::ostream& os, const CString& s) { return os << s.str(); }
+std::ostream& operator<<(std::ostream& os, const CString& s) { return os << s.view(); }

@@ -1,7 +1,9 @@
 // CString: an owned string of 8-bit characters.
 #pragma once
 
+#include <bit>
 #include <cstdarg>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -11,44 +13,79 @@
 
 class VEM_API CString {
 public:
-    CString() = default;
-    CString(const char* text) : s_(text ? text : "") {}  // NOLINT: implicit, as callers pass literals
-    CString(const char* text, int length) : s_(text ? std::string(text, length > 0 ? length : 0) : std::string()) {}
-    CString(std::string text) : s_(std::move(text)) {}  // NOLINT
-    CString(std::string_view text) : s_(text) {}        // NOLINT
-    CString(char ch, int repeat) : s_(repeat > 0 ? static_cast<std::size_t>(repeat) : 0, ch) {}
+    CString() noexcept = default;
+    CString(const char* text) : CString() {  // NOLINT: implicit, as callers pass literals
+        if (text) Init(text, std::char_traits<char>::length(text));
+    }
+    CString(const char* text, int length) : CString() {
+        if (text && length > 0) Init(text, static_cast<std::size_t>(length));
+    }
+    CString(std::string text) : CString() { Init(text.data(), text.size()); }  // NOLINT
+    CString(std::string_view text) : CString() { Init(text.data(), text.size()); }  // NOLINT
+    CString(char ch, int repeat);
+    // A short text is copied with its word; only a longer one takes a block of its own.
+    CString(const CString& other) : v_(other.v_) {
+        if (!IsInline()) Copy(other);
+    }
+    CString(CString&& other) noexcept : v_(other.v_) { other.v_ = kEmpty; }
+    CString& operator=(const CString& other) {
+        if (this == &other) return *this;
+        if (other.IsInline() && IsInline()) {
+            v_ = other.v_;
+        } else {
+            SetString(other.Data(), other.GetLength());
+        }
+        return *this;
+    }
+    CString& operator=(CString&& other) noexcept {
+        if (this != &other) {
+            Free();
+            v_ = other.v_;
+            other.v_ = kEmpty;
+        }
+        return *this;
+    }
+    ~CString() {
+        if (!IsInline()) Free();
+    }
 
-    int GetLength() const { return static_cast<int>(s_.size()); }
-    bool IsEmpty() const { return s_.empty(); }
-    void Empty() { s_.clear(); }
-    const char* GetString() const { return s_.c_str(); }
-    operator const char*() const { return s_.c_str(); }  // NOLINT: as the platform's string
-    const std::string& str() const { return s_; }
-    std::string& str() { return s_; }
-    std::string_view view() const { return s_; }
+    int GetLength() const { return static_cast<int>(Size()); }
+    bool IsEmpty() const { return Size() == 0; }
+    void Empty() { SetSize(0); }
+    const char* GetString() const { return Data(); }
+    operator const char*() const { return Data(); }  // NOLINT: as the platform's string
+    std::string str() const { return std::string(Data(), Size()); }
+    std::string_view view() const { return std::string_view(Data(), Size()); }
 
-    char GetAt(int index) const { return s_[static_cast<std::size_t>(index)]; }
-    char operator[](int index) const { return s_[static_cast<std::size_t>(index)]; }
-    void SetAt(int index, char ch) { s_[static_cast<std::size_t>(index)] = ch; }
+    char GetAt(int index) const { return Data()[index]; }
+    char operator[](int index) const { return Data()[index]; }
+    void SetAt(int index, char ch) { Data()[index] = ch; }
+
+    // The text of `length` bytes at `text` (which may lie in this string), in the storage held.
+    void SetString(const char* text, int length);
 
     CString& operator=(const char* text) {
-        s_ = text ? text : "";
+        if (text) {
+            SetString(text, static_cast<int>(std::char_traits<char>::length(text)));
+        } else {
+            Empty();
+        }
         return *this;
     }
     CString& operator+=(const CString& other) {
-        s_ += other.s_;
+        Append(other.Data(), other.Size());
         return *this;
     }
     CString& operator+=(const char* text) {
-        if (text) s_ += text;
+        if (text) Append(text, std::char_traits<char>::length(text));
         return *this;
     }
     CString& operator+=(char ch) {
-        s_ += ch;
+        Append(&ch, 1);
         return *this;
     }
     CString& operator+=(std::string_view text) {
-        s_ += text;
+        Append(text.data(), text.size());
         return *this;
     }
 
@@ -82,41 +119,75 @@ public:
     char* GetBuffer(int minLength);
     void ReleaseBuffer(int newLength = -1);
 
-    friend CString operator+(const CString& a, const CString& b) { return CString(a.s_ + b.s_); }
+    friend CString operator+(const CString& a, const CString& b) { return Concat(a.view(), b.view()); }
     // A temporary on the left grows in place, so that a chain a + b + c + ... copies each part once.
     friend CString operator+(CString&& a, const CString& b) {
-        a.s_ += b.s_;
+        a += b;
         return std::move(a);
     }
     friend CString operator+(CString&& a, const char* b) {
-        if (b) a.s_ += b;
+        a += b;
         return std::move(a);
     }
     friend CString operator+(CString&& a, char b) {
-        a.s_ += b;
+        a += b;
         return std::move(a);
     }
-    friend CString operator+(const CString& a, const char* b) { return CString(a.s_ + (b ? b : "")); }
-    friend CString operator+(const char* a, const CString& b) { return CString((a ? a : "") + b.s_); }
-    friend CString operator+(const CString& a, char b) { return CString(a.s_ + b); }
-    friend CString operator+(char a, const CString& b) { return CString(a + b.s_); }
+    friend CString operator+(const CString& a, const char* b) { return Concat(a.view(), b ? b : ""); }
+    friend CString operator+(const char* a, const CString& b) { return Concat(a ? a : "", b.view()); }
+    friend CString operator+(const CString& a, char b) { return Concat(a.view(), std::string_view(&b, 1)); }
+    friend CString operator+(char a, const CString& b) { return Concat(std::string_view(&a, 1), b.view()); }
 
-    friend bool operator==(const CString& a, const CString& b) { return a.s_ == b.s_; }
-    friend bool operator==(const CString& a, const char* b) { return a.s_ == (b ? b : ""); }
+    friend bool operator==(const CString& a, const CString& b) { return a.view() == b.view(); }
+    friend bool operator==(const CString& a, const char* b) { return a.view() == std::string_view(b ? b : ""); }
     friend bool operator==(const char* a, const CString& b) { return b == a; }
     friend bool operator!=(const CString& a, const CString& b) { return !(a == b); }
     friend bool operator!=(const CString& a, const char* b) { return !(a == b); }
     friend bool operator!=(const char* a, const CString& b) { return !(b == a); }
-    friend bool operator<(const CString& a, const CString& b) { return a.Compare(b.s_.c_str()) < 0; }
-    friend bool operator>(const CString& a, const CString& b) { return a.Compare(b.s_.c_str()) > 0; }
+    friend bool operator<(const CString& a, const CString& b) { return a.Compare(b.Data()) < 0; }
+    friend bool operator>(const CString& a, const CString& b) { return a.Compare(b.Data()) > 0; }
 
 private:
-    std::string s_;
+    // One pointer wide. A text of up to six characters lies in the word itself: its low byte holds
+    // the length doubled plus one, the other bytes the characters and their closing zero. A longer text lies
+    // in a block of its own whose length and capacity stand in front of the characters, and the word
+    // points at the characters; blocks are aligned, so its lowest bit is 0. An empty string is thus
+    // the word 1 and costs no allocation.
+    struct Head {
+        u32 length;
+        u32 capacity;  // characters the block holds besides the closing zero
+    };
+    static constexpr std::uintptr_t kEmpty = 1;
+    static constexpr std::size_t kInlineCapacity = sizeof(std::uintptr_t) - 2;
+    // The characters of a short text follow the low byte in memory on a little-endian host and
+    // precede it on a big-endian one.
+    static constexpr std::size_t kInlineChars = std::endian::native == std::endian::little ? 1 : 0;
+
+    bool IsInline() const noexcept { return (v_ & 1) != 0; }
+    const char* Data() const noexcept {
+        return IsInline() ? reinterpret_cast<const char*>(&v_) + kInlineChars : reinterpret_cast<const char*>(v_);
+    }
+    char* Data() noexcept { return IsInline() ? reinterpret_cast<char*>(&v_) + kInlineChars : reinterpret_cast<char*>(v_); }
+    Head* head() const noexcept { return reinterpret_cast<Head*>(v_) - 1; }
+    std::size_t Size() const noexcept { return IsInline() ? (v_ & 0xFF) >> 1 : head()->length; }
+    std::size_t Capacity() const noexcept { return IsInline() ? kInlineCapacity : head()->capacity; }
+
+    static CString Concat(std::string_view a, std::string_view b);
+    // Init: this string is empty. The others keep the characters held up to the new size.
+    void Init(const char* text, std::size_t length);
+    // The copy constructor's part for a text in a block: `v_` still points at the other's block.
+    void Copy(const CString& other);
+    void Free() noexcept;
+    void Reserve(std::size_t capacity);
+    void SetSize(std::size_t length) noexcept;
+    void Append(const char* text, std::size_t length);
+
+    std::uintptr_t v_ = kEmpty;
 };
 
 VEM_API std::ostream& operator<<(std::ostream& os, const CString& s);
 
 // Hash for use as a key of the standard containers.
 struct CStringHash {
-    std::size_t operator()(const CString& s) const noexcept { return std::hash<std::string>()(s.str()); }
+    std::size_t operator()(const CString& s) const noexcept { return std::hash<std::string_view>()(s.view()); }
 };

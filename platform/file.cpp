@@ -36,11 +36,10 @@ bool HasDrive(const std::string& s) {
 
 #ifndef _WIN32
 CString VemHostPath(const char* name) {
-    CString path(name);
-    std::string& s = path.str();
+    std::string s = name ? name : "";
     if (HasDrive(s)) s.erase(0, 2);
     std::replace(s.begin(), s.end(), '\\', '/');
-    return path;
+    return CString(std::move(s));
 }
 #endif
 

@@ -119,13 +119,14 @@ def compute(runs, baseline):
                        f"{write / wf:.2f} ×", write / wf <= 1.5)
         if floor_build:
             r.row("Load (VemLoadNode)", s, f"BM_Load/{size}", floor_build, "build in memory",
-                  "≤ 1.5" if large else "", (load / floor_build <= 1.5) if large and load else None)
+                  "≤ 1.0" if large else "", (load / floor_build <= 1.0) if large and load else None)
             if load and floor_read:
                 r.rows.append(("  the same load against reading its bytes", s, fmt_time(load), "–",
-                               f"read {fmt_time(floor_read)}", f"{load / floor_read:.1f}", "", ""))
+                               f"read {fmt_time(floor_read)}", f"{load / floor_read:.1f}",
+                               "direction: ≤ 5" if large else "", ""))
             if large and load:
-                r.goal("Load of the large resource within 1.5 × build in memory", f"{load / floor_build:.2f} ×",
-                       load / floor_build <= 1.5)
+                r.goal("Load of the large resource no slower than build in memory (≤ 1.0 ×)",
+                       f"{load / floor_build:.2f} ×", load / floor_build <= 1.0)
         paths = r.counter(f"BM_PathMap/{size}", "variable_paths")
         variables = r.counter(f"BM_Build/{size}", "variables") or 0
         pm = r.t(f"BM_PathMap/{size}")
@@ -165,8 +166,8 @@ def compute(runs, baseline):
                   before=f"{bv:.0f} ns/element" if bv else "–")
     if 1000 in per_element and 65000 in per_element:
         ratio = per_element[65000] / per_element[1000]
-        r.goal("ExpandArray linear: time per element at 65,000 within 1.5 × that at 1,000 (fresh memory)",
-               f"{ratio:.2f} ×", ratio <= 1.5)
+        r.goal("ExpandArray linear: time per element at 65,000 within 1.3 × that at 1,000 (fresh memory)",
+               f"{ratio:.2f} ×", ratio <= 1.3)
     reused = [r.counter(f"BM_ExpandArrayReusedMemory/{n}", "ns_per_element") for n in (1000, 65000)]
 
     r.row("AddChildSorted of 10,000 children in shuffled order", "", "BM_AddChildSorted")
@@ -207,7 +208,11 @@ def compute(runs, baseline):
     allocs = r.counter("BM_PlainVariableHeap", "allocations_per_node")
     heap = runs.get("BM_LoadHeap/2", {})
     if per_plain is not None:
-        r.goal("Heap per plain variable node at most 512 bytes", f"{per_plain:.0f} bytes", per_plain <= 512)
+        r.goal("Heap per plain variable node at most 200 bytes", f"{per_plain:.0f} bytes", per_plain <= 200)
+    if heap:
+        per_node = heap.get("peak_heap_bytes_per_node", 0)
+        r.goal("Heap per node of the loaded large resource at most 300 bytes (peak of the load)",
+               f"{per_node:.0f} bytes", per_node <= 300)
 
     debugger_answers(r)
     return r
@@ -356,10 +361,74 @@ def main():
                      f"bytes per node**, or {heap.get('peak_heap_bytes', 0) / objects:.0f} bytes per object if its "
                      f"{fmt_num(runs.get('BM_Load/2', {}).get('statements', 0))} statements are counted with the nodes.")
     lines.append("")
+    lines.append("### Where a node's bytes go")
+    lines.append("")
+    lines.append("A plain variable node on a 64-bit system, object and link in the parent's list, before and "
+                 "after the node was made lean:")
+    lines.append("")
+    lines.append("| Part | Before | After |")
+    lines.append("|---|---|---|")
+    lines.append("| Virtual table pointer | 8 | 8 |")
+    lines.append("| `Name`, `ExtraText` | 64: two strings of 32 bytes, room for 15 characters each | 16: one "
+                 "word each; up to 6 characters lie in the word, a longer text in a block with its length and "
+                 "capacity in front of it (24 bytes of heap for up to 15 characters) |")
+    lines.append("| `Parent`, `LastChild` | 16 | 16 |")
+    lines.append("| `Children` (a list: table pointer, head, tail, count) | 32 | 32, whose last 4 bytes hold `Serial` |")
+    lines.append("| `HasSymbol`, `Expanded`, `KlikedSymbol`, `Serial`, `NodeType` | 20 in five 32-bit words, "
+                 "and 4 of padding | 8: `Expanded` 32 bits, `NodeType` 16, `KlikedSymbol` 8, `HasSymbol` one "
+                 "bit beside the two bits of the geometry and of the drawing state |")
+    lines.append("| Drawing state of the tree view (points and rectangles of the last `Draw`) | 64 | 0: kept "
+                 "beside the tree for the nodes that were drawn |")
+    lines.append("| Pointer to the geometry of the node type | 8 | 0: one bit |")
+    lines.append("| Fields of the variable: ten of 32 bits, four of 16 bits | 56 with padding | 48 |")
+    lines.append("| `TypeName`, `InstanceText`, `PiLocation` | 96 | 24 |")
+    lines.append("| The object as asked for / as the allocator gives it | 368 / 376 | 152 / 152 |")
+    lines.append("| Link in the parent's list | 24 | 24 |")
+    lines.append("| **Total** | **400** in 2 allocations | **176** in 2 allocations (200 with a name of 7 to 15 "
+                 "characters) |")
+    lines.append("")
+    lines.append("Statements are made lean by the same string: an operand's name of up to 6 characters no "
+                 "longer costs a string of 32 bytes, so a variable operand takes 80 bytes instead of 104. "
+                 "Statements are not nodes of the tree, yet they are counted in the heap per node above; "
+                 "the large resource holds nearly two per node.")
+    lines.append("")
+    lines.append("The large resource loaded, by allocation size (counted once with a histogram of the sizes asked "
+                 "for; per node of the tree):")
+    lines.append("")
+    lines.append("| Objects | Count | Before | After |")
+    lines.append("|---|---|---|---|")
+    lines.append("| Nodes (nearly all variables) | 202,180 | 76.1 MB, 376 bytes each: 376 per node | "
+                 "30.7 MB, 152 bytes each: 152 per node |")
+    lines.append("| Links in the child lists | 202,409 | 4.9 MB: 24 per node | 4.9 MB: 24 per node |")
+    lines.append("| Statements (variable operands) | 390,003 | 40.6 MB, 104 bytes each: 200 per node | "
+                 "34.3 MB, 88 bytes each: 170 per node |")
+    lines.append("| Names of 7 characters or more, segments, maps, the rest | | 6.6 MB: 33 per node | "
+                 "7.4 MB: 36 per node |")
+    lines.append("| **Total** | | **128.1 MB: 633 per node** | **77.3 MB: 382 per node** |")
+    lines.append("")
+    lines.append("What stands between the large resource and 300 bytes per node is its statements: nearly two "
+                 "per node, each an object of 80 bytes whose fields are all in use (the 32-bit kind, line, column, "
+                 "code offset, the two links of the chain, type, negation, accumulator, name, two offsets, "
+                 "address mode and two node pointers), 170 bytes per node before any node is counted.")
+    lines.append("")
+    load2 = r.t("BM_Load/2")
+    read2 = r.t("BM_FloorReadBytes/2")
+    if load2 and read2:
+        lines.append(f"Toward a load within 5 × reading the bytes: the large resource loads in {load2 / read2:.1f} × "
+                     "the time of reading its files. What stands in the way is the tree's shape: every node, every "
+                     "link of a child list and every statement is an object of its own, some 800,000 allocations "
+                     "for 77 MB, three times the 26 MB of the files, and a fresh allocation with its first write "
+                     "costs about as much as reading the bytes of the record that fills it. Going further needs "
+                     "the objects of one load in a few large blocks, which clashes with deleting single nodes "
+                     "through the exported functions, and links inside the nodes instead of a list per parent, "
+                     "which changes the `Children` list that callers walk.")
+        lines.append("")
     lines.append("## What the hot paths do")
     lines.append("")
     lines.append("- Archives read and write through a buffer of 64 KiB with inline little-endian access; the file "
-                 "is called once per buffer, and a bounds check that the buffer can answer does not ask the file.")
+                 "is called once per buffer, and a bounds check that the buffer can answer does not ask the file. "
+                 "A text is copied from the buffer straight into the string's storage: for a name of up to 6 "
+                 "characters, into the string's own word.")
     lines.append("- Maps (`CMapStringToOb`, `CMapStringToString`, `CMapWordToOb`) keep their entries in a list in the "
                  "order of entering and index them with an open-addressed table of hashes: a lookup reads one slot "
                  "and one entry, and the key is held once. Path maps and line maps are built and asked through it.")

@@ -99,3 +99,16 @@ TEST(TreeViewHit, ALoadedOrClonedNodeHasNoPlacesYet) {
     EXPECT_EQ(VemGetSelectedNode(clone, CPoint(30, 45)), nullptr);
     VemDeleteNode(clone);
 }
+
+// The places of a drawn node go with it: nodes made after it, often in its very memory, start at 0.
+TEST(TreeViewHit, ANodeMadeAfterADeletedDrawnOneHasNoPlaces) {
+    CVemRecordingDC dc;
+    for (int round = 0; round < 50; ++round) {
+        CVemBaseNode* fresh = VemNewNode(kVemBaseNode);
+        EXPECT_EQ(VemGetNodeSymbolRect(fresh), CRect(0, 0, 0, 0));
+        EXPECT_EQ(VemGetBottomOfTree(fresh), CPoint(0, 0));
+        VemDraw(fresh, &dc, CPoint(20, 40), CPoint(20, 40), nullptr);
+        EXPECT_NE(VemGetBottomOfTree(fresh), CPoint(0, 0));
+        VemDeleteNode(fresh);
+    }
+}

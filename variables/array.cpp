@@ -184,19 +184,25 @@ u32 CVemArrayNode::ElementCount() const {
     return static_cast<u32>(count);
 }
 
-// Made once for every element of an expansion: the digits go straight into the text, and a
-// short name stays in the string's own storage.
+// Made once for every element of an expansion: the digits go straight into the text, and the
+// name is made at its final length in one step.
 CString CVemArrayNode::ElementName() const {
-    std::string name = Name.str();
+    std::string suffix;
     for (int d = 0; d < Range.DimSize; ++d) {
         char part[3 + 12];
         std::memcpy(part, d == 0 ? " [ " : " , ", 3);
         const auto result =
             std::to_chars(part + 3, part + sizeof part, static_cast<int>(Signed(Range.CurrentIndices.GetAt(d))));
-        name.append(part, static_cast<std::size_t>(result.ptr - part));
+        suffix.append(part, static_cast<std::size_t>(result.ptr - part));
     }
-    name.append(" ] ", 3);
-    return CString(std::move(name));
+    suffix.append(" ] ", 3);
+    const int length = Name.GetLength() + static_cast<int>(suffix.size());
+    CString name;
+    char* out = name.GetBuffer(length);
+    std::memcpy(out, Name.GetString(), static_cast<std::size_t>(Name.GetLength()));
+    std::memcpy(out + Name.GetLength(), suffix.data(), suffix.size());
+    name.ReleaseBuffer(length);
+    return name;
 }
 
 bool CVemArrayNode::StepIndices() {

@@ -60,24 +60,24 @@ public:
     void SetVarQualifier(tVemVarQualifiers qualifier) override;
     tVemVarQualifiers GetVarQualifier() override;
 
-    // Fields, behind those of the base node, in declared order.
-    int Reference = 0;
+    // Fields, behind those of the base node, ordered by width so that none is padding.
     u16 Offset = 0;
     u16 Size = 0;
     u16 ParentSegment = 0xFFFF;  // 0xFFFF: not yet given
+    u16 ProgramNr = 0;
+    int Reference = 0;
     tIpSegmentKind SubSegmentKind = kIpSegCode;
     tCbeType VariableType = kCbeTypeUndef;
     tCbeVarScope Scope = 0;
     int NetVar = 0;
-    CString TypeName;
-    u16 ProgramNr = 0;
     int CanBeWatched = 1;
     int VarInOut = 0;
     tVemVarQualifiers VarQualifier = 0;
-    CString InstanceText;
-    CString PiLocation;
     unsigned DclPositionA = 0;  // 16 bits in a file
     unsigned DclPositionB = 0;
+    CString TypeName;
+    CString InstanceText;
+    CString PiLocation;
 };
 
 // Plain name of a data type ("INT", "TIME_OF_DAY"); empty for values without one.
