@@ -48,6 +48,8 @@ struct Drawing {
 
 // ---- drawings ----------------------------------------------------------------------------------
 
+// One row of letters a line, so that the pictures stay visible.
+// clang-format off
 constexpr Drawing kMinusBox{9, 9,
     "ggggggggg"
     "gwwwwwwwg"
@@ -393,6 +395,7 @@ constexpr Drawing kCross{16, 16,
     "..rr........rr.."
     "................"
     "................"};
+// clang-format on
 
 constexpr std::array kAllDrawings{&kMinusBox, &kPlusBox, &kLeaf, &kGlobe, &kCube, &kProgram, &kDocument,
                                   &kFunctionBlock, &kFunction, &kVariable, &kArray, &kStructure, &kFolder,
