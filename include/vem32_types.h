@@ -1,6 +1,8 @@
 // Types shared by the families of exported functions.
 #pragma once
 
+#include <cstddef>
+
 #include "platform/archive.h"
 #include "platform/collections.h"
 #include "platform/cstring.h"
@@ -132,6 +134,8 @@ struct tCompiledTasks {
     i32 NoOfTasks;
     i32 NoOfCompiledTasks;
 };
+// The records below cross the library's boundary by address: a change of their layout breaks hosts.
+static_assert(sizeof(tCompiledTasks) == 8 && offsetof(tCompiledTasks, NoOfCompiledTasks) == 4);
 
 // One dimension of an array, as the flat functions pass it.
 struct tVemDimRange {
@@ -139,12 +143,15 @@ struct tVemDimRange {
     i32 HighBound;
     i32 CurrentIndex;
 };
+static_assert(sizeof(tVemDimRange) == 12 && offsetof(tVemDimRange, HighBound) == 4 &&
+              offsetof(tVemDimRange, CurrentIndex) == 8);
 
 // Two 16-bit halves; the first lies at the lower address.
 struct tInstanceHandle {
     u16 First;
     u16 Second;
 };
+static_assert(sizeof(tInstanceHandle) == 4 && offsetof(tInstanceHandle, Second) == 2);
 
 // Settings of the target device, held by the executable node.
 struct tVemDeviceSettings {
@@ -176,6 +183,20 @@ struct tVemDeviceSettings {
     u32 DeviceLong3[2];
     u8 ReservedBytes[74];
 };
+static_assert(sizeof(tVemDeviceSettings) == 148);
+static_assert(offsetof(tVemDeviceSettings, DeviceWord2) == 2 && offsetof(tVemDeviceSettings, MotorolaFormat) == 4 &&
+              offsetof(tVemDeviceSettings, ResourceGlobalSegTable) == 8 &&
+              offsetof(tVemDeviceSettings, OnlineLinking) == 12 &&
+              offsetof(tVemDeviceSettings, IncrementalDownload) == 16 &&
+              offsetof(tVemDeviceSettings, OneSegTableAtOnlineLinking) == 20 &&
+              offsetof(tVemDeviceSettings, OnlineEditor) == 24 && offsetof(tVemDeviceSettings, TaskDownload) == 28 &&
+              offsetof(tVemDeviceSettings, TaskStart) == 32 && offsetof(tVemDeviceSettings, MaxWatchEntries) == 36);
+static_assert(offsetof(tVemDeviceSettings, DeviceByte1) == 38 && offsetof(tVemDeviceSettings, DeviceByte6) == 43 &&
+              offsetof(tVemDeviceSettings, IpType) == 44 && offsetof(tVemDeviceSettings, DeviceWord3) == 46 &&
+              offsetof(tVemDeviceSettings, DeviceByte7) == 48 && offsetof(tVemDeviceSettings, Alignment) == 49 &&
+              offsetof(tVemDeviceSettings, ByteSize) == 50 && offsetof(tVemDeviceSettings, DeviceLong1) == 52 &&
+              offsetof(tVemDeviceSettings, DeviceByte9) == 56 && offsetof(tVemDeviceSettings, DeviceLong2) == 60 &&
+              offsetof(tVemDeviceSettings, DeviceLong3) == 64 && offsetof(tVemDeviceSettings, ReservedBytes) == 72);
 
 // The record that a caller of the download list fills in and gets back.
 struct tDownloadListEntry {

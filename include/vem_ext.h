@@ -1,6 +1,8 @@
 // Extensions: exported functions beyond the system's original set, for tools built on the library.
 #pragma once
 
+#include <cstddef>
+
 #include "vem32_types.h"
 
 // Why a load failed, for a caller that wants to tell the user.
@@ -12,6 +14,9 @@ struct tVemLoadReport {
     char RecordClass[64];  // class of the record being read, if known
     char Message[256];     // the platform's text of the exception
 };
+static_assert(sizeof(tVemLoadReport) == 336 && offsetof(tVemLoadReport, Cause) == 4 &&
+              offsetof(tVemLoadReport, Offset) == 8 && offsetof(tVemLoadReport, RecordClass) == 16 &&
+              offsetof(tVemLoadReport, Message) == 80);
 
 // A task that a load left out of the tree: its file was not found or gave no task, or the reading
 // of its container stopped at another entry.

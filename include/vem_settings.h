@@ -2,6 +2,7 @@
 // only asks it; hosts and tests set the values through the record or the setters below.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #if defined(_WIN32) && defined(VEM_BUILDING_SETTINGS)
@@ -18,7 +19,7 @@ struct tLurTobSettings {
     std::int32_t EvemEnabled;  // not 0: the statement model is enabled
     std::uint8_t Reserved2[4];
 };
-static_assert(sizeof(tLurTobSettings) == 76, "record of 76 bytes");
+static_assert(sizeof(tLurTobSettings) == 76 && offsetof(tLurTobSettings, EvemEnabled) == 68, "record of 76 bytes");
 
 // Global settings of the project: 640 bytes; ProjectCode is the 16-bit word at offset 2.
 struct tLurProjectSettings {
@@ -26,7 +27,8 @@ struct tLurProjectSettings {
     std::uint16_t ProjectCode;
     std::uint8_t Reserved2[636];
 };
-static_assert(sizeof(tLurProjectSettings) == 640, "record of 640 bytes");
+static_assert(sizeof(tLurProjectSettings) == 640 && offsetof(tLurProjectSettings, ProjectCode) == 2,
+              "record of 640 bytes");
 
 extern "C" {
 // Pointer to the library's record, which the caller may read and write; null if the caller asks

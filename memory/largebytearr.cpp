@@ -81,7 +81,7 @@ void CLargeByteArray::SetLength(u32 newLength, int growBy) {
 }
 
 void CLargeByteArray::SetAtGrow(u32 index, u8 value) {
-    if (index > m_maxSize) VemThrowMemory();
+    if (index >= m_maxSize) VemThrowMemory();  // index + 1 must not wrap to 0
     if (index >= m_length) SetLength(index + 1, -1);
     m_data[index] = value;
 }

@@ -34,7 +34,7 @@ struct Drawing {
     std::string_view pixels;  // width x height letters
 
     constexpr bool IsValid() const {
-        if (pixels.size() != static_cast<std::size_t>(width * height)) return false;
+        if (pixels.size() != static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) return false;
         for (char letter : pixels) {
             if (letter != '.' && PaletteColor(letter) == kVemNoColor) return false;
         }
@@ -42,12 +42,15 @@ struct Drawing {
     }
     COLORREF At(int x, int y) const {
         if (x < 0 || y < 0 || x >= width || y >= height) return kVemNoColor;
-        return PaletteColor(pixels[static_cast<std::size_t>(y * width + x)]);
+        return PaletteColor(
+            pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)]);
     }
 };
 
 // ---- drawings ----------------------------------------------------------------------------------
 
+// One row of letters a line, so that the pictures stay visible.
+// clang-format off
 constexpr Drawing kMinusBox{9, 9,
     "ggggggggg"
     "gwwwwwwwg"
@@ -393,6 +396,7 @@ constexpr Drawing kCross{16, 16,
     "..rr........rr.."
     "................"
     "................"};
+// clang-format on
 
 constexpr std::array kAllDrawings{&kMinusBox, &kPlusBox, &kLeaf, &kGlobe, &kCube, &kProgram, &kDocument,
                                   &kFunctionBlock, &kFunction, &kVariable, &kArray, &kStructure, &kFolder,

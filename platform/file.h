@@ -141,7 +141,7 @@ public:
     CFile* Duplicate() const override;
 
 private:
-    static constexpr std::size_t kPiece = 64 * 1024;
+    static constexpr std::size_t kPiece = std::size_t{64} * 1024;
     CFile& m_target;
     std::vector<u8> m_bytes;
 };

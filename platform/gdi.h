@@ -2,6 +2,8 @@
 // gives the device context; the library only calls the operations below.
 #pragma once
 
+#include <cstddef>
+
 #include "platform/cstring.h"
 #include "platform/types.h"
 
@@ -15,6 +17,7 @@ struct CPoint {
     friend bool operator==(CPoint a, CPoint b) { return a.x == b.x && a.y == b.y; }
     friend bool operator!=(CPoint a, CPoint b) { return !(a == b); }
 };
+static_assert(sizeof(CPoint) == 8 && offsetof(CPoint, y) == 4);
 
 struct CSize {
     i32 cx = 0;
@@ -22,6 +25,7 @@ struct CSize {
     CSize() = default;
     CSize(i32 w, i32 h) : cx(w), cy(h) {}
 };
+static_assert(sizeof(CSize) == 8 && offsetof(CSize, cy) == 4);
 
 struct CRect {
     i32 left = 0;
@@ -38,6 +42,8 @@ struct CRect {
         return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
     }
 };
+static_assert(sizeof(CRect) == 16 && offsetof(CRect, top) == 4 && offsetof(CRect, right) == 8 &&
+              offsetof(CRect, bottom) == 12);
 
 using COLORREF = u32;  // 0x00BBGGRR
 

@@ -2,6 +2,8 @@
 // the code nodes of its units, the record and the dump.
 #include "project/exe.h"
 
+#include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -155,68 +157,143 @@ void CVemExeNode::Serialize(CArchive& ar) {
     if (EVemIsEnabled()) EVemSerializeRootList(ar, EvemRootNodeList);
 }
 
-//  offset  width  field
-//  0       4      marker CD CD CD CD, not looked at on loading
-//  4       2      DeviceWord1
-//  6       2      DeviceWord2
-//  8       2      MotorolaFormat, low 16 bits
-//  10      2      ResourceGlobalSegTable, low 16 bits
-//  12      2      OnlineLinking, low 16 bits
-//  14      2      IncrementalDownload, low 16 bits
-//  16      2      OneSegTableAtOnlineLinking, low 16 bits
-//  18      2      OnlineEditor, low 16 bits
-//  20      2      TaskDownload, low 16 bits
-//  22      2      TaskStart, low 16 bits
-//  24      2      MaxWatchEntries
-//  26      1      DeviceByte1 .. DeviceByte6 (26 to 31)
-//  32      1      IpType
-//  33      2      DeviceWord3
-//  35      1      DeviceByte7
-//  36      1      Alignment; 0 loads as 1
-//  37      1      ByteSize
-//  38      4      DeviceLong1
-//  42      1      DeviceByte9
-//  43      4      DeviceLong2
-//  47      8      DeviceLong3, both words
-//  55      74     reserved, written as zeros and skipped on loading
-void CVemExeNode::SerializeDeviceSettings(CArchive& ar) {
-    tVemDeviceSettings& s = DeviceSettings;
-    u32 marker = kDeviceSettingsMarker;
-    VemSerializeField<u32>(ar, marker);
-    VemSerializeField<u16>(ar, s.DeviceWord1);
-    VemSerializeField<u16>(ar, s.DeviceWord2);
-    VemSerializeField<u16>(ar, s.MotorolaFormat);
-    VemSerializeField<u16>(ar, s.ResourceGlobalSegTable);
-    VemSerializeField<u16>(ar, s.OnlineLinking);
-    VemSerializeField<u16>(ar, s.IncrementalDownload);
-    VemSerializeField<u16>(ar, s.OneSegTableAtOnlineLinking);
-    VemSerializeField<u16>(ar, s.OnlineEditor);
-    VemSerializeField<u16>(ar, s.TaskDownload);
-    VemSerializeField<u16>(ar, s.TaskStart);
-    VemSerializeField<u16>(ar, s.MaxWatchEntries);
-    VemSerializeField<u8>(ar, s.DeviceByte1);
-    VemSerializeField<u8>(ar, s.DeviceByte2);
-    VemSerializeField<u8>(ar, s.DeviceByte3);
-    VemSerializeField<u8>(ar, s.DeviceByte4);
-    VemSerializeField<u8>(ar, s.DeviceByte5);
-    VemSerializeField<u8>(ar, s.DeviceByte6);
-    VemSerializeField<u8>(ar, s.IpType);
-    VemSerializeField<u16>(ar, s.DeviceWord3);
-    VemSerializeField<u8>(ar, s.DeviceByte7);
-    VemSerializeField<u8>(ar, s.Alignment);
-    VemSerializeField<u8>(ar, s.ByteSize);
-    VemSerializeField<u32>(ar, s.DeviceLong1);
-    VemSerializeField<u8>(ar, s.DeviceByte9);
-    VemSerializeField<u32>(ar, s.DeviceLong2);
-    VemSerializeField<u32>(ar, s.DeviceLong3[0]);
-    VemSerializeField<u32>(ar, s.DeviceLong3[1]);
-    u8 reserved[kReservedBytes] = {};
-    if (ar.IsStoring()) {
-        ar.Write(reserved, kReservedBytes);
-    } else {
-        ar.EnsureRead(reserved, kReservedBytes);
-        if (s.Alignment == 0) s.Alignment = 1;
+// The device settings in a record: 129 bytes, little-endian, no padding. The table is the layout:
+// Serialize walks it, and the checks below hold it against the record in memory. A field that is
+// wider in memory than in the file loses its high bits when stored and is zero-extended when loaded.
+namespace {
+
+struct DeviceSettingsRow {
+    enum Kind : u8 { kField, kMarker, kReserved };
+    Kind kind;
+    u8 fileOffset;
+    u8 fileWidth;
+    u8 memoryOffset;  // fields only
+    u8 memoryWidth;   // fields only
+};
+
+#define VEM_DEVICE_FIELD(at, width, field) \
+    { DeviceSettingsRow::kField, at, width, offsetof(tVemDeviceSettings, field), sizeof(tVemDeviceSettings::field) }
+
+constexpr DeviceSettingsRow kDeviceSettingsLayout[] = {
+    {DeviceSettingsRow::kMarker, 0, 4, 0, 0},  // CD CD CD CD, not looked at on loading
+    VEM_DEVICE_FIELD(4, 2, DeviceWord1),
+    VEM_DEVICE_FIELD(6, 2, DeviceWord2),
+    VEM_DEVICE_FIELD(8, 2, MotorolaFormat),  // the eight flags: their low 16 bits
+    VEM_DEVICE_FIELD(10, 2, ResourceGlobalSegTable),
+    VEM_DEVICE_FIELD(12, 2, OnlineLinking),
+    VEM_DEVICE_FIELD(14, 2, IncrementalDownload),
+    VEM_DEVICE_FIELD(16, 2, OneSegTableAtOnlineLinking),
+    VEM_DEVICE_FIELD(18, 2, OnlineEditor),
+    VEM_DEVICE_FIELD(20, 2, TaskDownload),
+    VEM_DEVICE_FIELD(22, 2, TaskStart),
+    VEM_DEVICE_FIELD(24, 2, MaxWatchEntries),
+    VEM_DEVICE_FIELD(26, 1, DeviceByte1),
+    VEM_DEVICE_FIELD(27, 1, DeviceByte2),
+    VEM_DEVICE_FIELD(28, 1, DeviceByte3),
+    VEM_DEVICE_FIELD(29, 1, DeviceByte4),
+    VEM_DEVICE_FIELD(30, 1, DeviceByte5),
+    VEM_DEVICE_FIELD(31, 1, DeviceByte6),
+    VEM_DEVICE_FIELD(32, 1, IpType),
+    VEM_DEVICE_FIELD(33, 2, DeviceWord3),
+    VEM_DEVICE_FIELD(35, 1, DeviceByte7),
+    VEM_DEVICE_FIELD(36, 1, Alignment),  // 0 loads as 1
+    VEM_DEVICE_FIELD(37, 1, ByteSize),
+    VEM_DEVICE_FIELD(38, 4, DeviceLong1),
+    VEM_DEVICE_FIELD(42, 1, DeviceByte9),
+    VEM_DEVICE_FIELD(43, 4, DeviceLong2),
+    {DeviceSettingsRow::kField, 47, 4, offsetof(tVemDeviceSettings, DeviceLong3), 4},
+    {DeviceSettingsRow::kField, 51, 4, offsetof(tVemDeviceSettings, DeviceLong3) + 4, 4},
+    {DeviceSettingsRow::kReserved, 55, CVemExeNode::kReservedBytes, 0, 0},  // zeros; skipped on loading
+};
+
+#undef VEM_DEVICE_FIELD
+
+// The rows follow each other without gap and end at 129 bytes; every member of the record in memory
+// but the reserved bytes is stored exactly once (the byte count below adds up the members), each
+// into no more bytes than it has.
+constexpr bool DeviceSettingsLayoutHolds() {
+    unsigned next = 0;
+    bool stored[sizeof(tVemDeviceSettings)] = {};
+    for (const DeviceSettingsRow& row : kDeviceSettingsLayout) {
+        if (row.fileOffset != next) return false;
+        next += row.fileWidth;
+        if (row.kind != DeviceSettingsRow::kField) continue;
+        if (row.fileWidth > row.memoryWidth) return false;
+        if (row.memoryWidth != 1 && row.memoryWidth != 2 && row.memoryWidth != 4) return false;
+        if (row.memoryOffset % row.memoryWidth != 0) return false;
+        for (unsigned i = row.memoryOffset; i < row.memoryOffset + row.memoryWidth; ++i) {
+            if (i >= sizeof(stored) || stored[i]) return false;
+            stored[i] = true;
+        }
     }
+    if (next != CVemExeNode::kDeviceSettingsBytes) return false;
+    unsigned storedBytes = 0;
+    for (bool b : stored) storedBytes += b ? 1 : 0;
+    using S = tVemDeviceSettings;
+    return storedBytes == 3 * sizeof(u16) + 8 * sizeof(i32) + sizeof(S::MaxWatchEntries) + 11 * sizeof(u8) +
+                              sizeof(S::DeviceLong1) + sizeof(S::DeviceLong2) + sizeof(S::DeviceLong3);
+}
+static_assert(DeviceSettingsLayoutHolds());
+static_assert(sizeof(tVemDeviceSettings::ReservedBytes) == CVemExeNode::kReservedBytes);
+
+u32 ReadMemory(const u8* at, unsigned width) {
+    switch (width) {
+        case 1: return *at;
+        case 2: {
+            u16 v;
+            std::memcpy(&v, at, 2);
+            return v;
+        }
+        default: {
+            u32 v;
+            std::memcpy(&v, at, 4);
+            return v;
+        }
+    }
+}
+
+void WriteMemory(u8* at, unsigned width, u32 value) {
+    switch (width) {
+        case 1: *at = static_cast<u8>(value); break;
+        case 2: {
+            const u16 v = static_cast<u16>(value);
+            std::memcpy(at, &v, 2);
+            break;
+        }
+        default: std::memcpy(at, &value, 4); break;
+    }
+}
+
+void SerializeFileValue(CArchive& ar, unsigned width, u32& value) {
+    switch (width) {
+        case 1: VemSerializeField<u8>(ar, value); break;
+        case 2: VemSerializeField<u16>(ar, value); break;
+        default: VemSerializeField<u32>(ar, value); break;
+    }
+}
+
+}  // namespace
+
+void CVemExeNode::SerializeDeviceSettings(CArchive& ar) {
+    u8* const record = reinterpret_cast<u8*>(&DeviceSettings);
+    for (const DeviceSettingsRow& row : kDeviceSettingsLayout) {
+        if (row.kind == DeviceSettingsRow::kField) {
+            u32 value = ar.IsStoring() ? ReadMemory(record + row.memoryOffset, row.memoryWidth) : 0;
+            SerializeFileValue(ar, row.fileWidth, value);
+            if (ar.IsLoading()) WriteMemory(record + row.memoryOffset, row.memoryWidth, value);
+        } else if (row.kind == DeviceSettingsRow::kMarker) {
+            u32 marker = kDeviceSettingsMarker;
+            SerializeFileValue(ar, row.fileWidth, marker);
+        } else {
+            u8 reserved[kReservedBytes] = {};
+            if (ar.IsStoring()) {
+                ar.Write(reserved, row.fileWidth);
+            } else {
+                ar.EnsureRead(reserved, row.fileWidth);
+            }
+        }
+    }
+    if (ar.IsLoading() && DeviceSettings.Alignment == 0) DeviceSettings.Alignment = 1;
 }
 
 // ---- dump ------------------------------------------------------------------------------------------

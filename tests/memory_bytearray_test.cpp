@@ -253,6 +253,13 @@ TEST(MemoryByteArray, LengthAboveMaxSizeRaisesAndLeavesTheArray) {
     EXPECT_THROW(VemBaAppendByte(full, 1), CMemoryException);
 }
 
+TEST(MemoryByteArray, GrowingToTheLastIndexOfTheWidestSizeRaises) {
+    CLargeByteArray a;
+    a.SetMaxSize(0xFFFFFFFFu);  // index + 1 would wrap to a length of 0
+    EXPECT_THROW(a.SetAtGrow(0xFFFFFFFFu, 1), CMemoryException);
+    EXPECT_EQ(a.GetLength(), 0u);
+}
+
 TEST(MemoryByteArray, AppendOfAnotherArrayGivesZeroButAppends) {
     Array a(0, 1, 1), b(0, 1, 1);
     AppendRaw(b, {7, 8});
