@@ -280,21 +280,13 @@ void Node(Json& j, CVemBaseNode* n) {
 
 }  // namespace
 
-int CmdExport(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool export FILE --json\n\n"
-            "Writes the tree of FILE with the fields that its records store as JSON to standard\n"
-            "output. Texts are 8-bit and read as Latin-1; byte arrays are hexadecimal strings.");
-        return kOk;
-    }
-    const bool json = args.TakeFlag("--json");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (!json) return Usage("export needs --json");
-    if (args.Rest().size() != 1) return Usage("export takes one node file");
-    Tree tree(LoadOrReport(args.Rest()[0]));
+int CmdExport(const Options& o) {
+    if (!o.Has("--json")) return Usage("export needs --json");
+    if (o.Files().size() != 1) return Usage("export takes one node file");
+    Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
-    Json j(stdout);
+    if (!OpenOutput(o.Value("--output"))) return kFailed;
+    Json j(Out(), o.Has("--compact"));
     Node(j, tree.get());
     return kOk;
 }

@@ -3,6 +3,7 @@
 namespace vemtool {
 
 void Json::Indent() {
+    if (compact_) return;
     std::fputc('\n', out_);
     for (std::size_t i = 0; i < first_.size(); ++i) std::fputs("  ", out_);
 }
@@ -36,7 +37,7 @@ void Json::Close(char c) {
 void Json::Key(const char* key) {
     Separate();
     WriteString(key);
-    std::fputs(": ", out_);
+    std::fputs(compact_ ? ":" : ": ", out_);
     afterKey_ = true;
 }
 

@@ -5,11 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "vem32.h"
+
 namespace vemtool {
 
 class Json {
 public:
-    explicit Json(std::FILE* out) : out_(out) {}
+    explicit Json(std::FILE* out, bool compact = false) : out_(out), compact_(compact) {}
     void BeginObject() { Open('{'); }
     void EndObject() { Close('}'); }
     void BeginArray() { Open('['); }
@@ -25,6 +27,7 @@ public:
     // Shorthands for a key and its value.
     void Field(const char* key, long long value) { Key(key), Number(value); }
     void Field(const char* key, const char* text) { Key(key), String(text); }
+    void Field(const char* key, const CString& text) { Key(key), String(text.GetString()); }
 
 private:
     void Open(char c);
@@ -35,6 +38,7 @@ private:
     std::FILE* out_;
     std::vector<bool> first_;  // per open level: no element written yet
     bool afterKey_ = false;
+    bool compact_ = false;
 };
 
 }  // namespace vemtool
