@@ -75,9 +75,9 @@ std::string Compare(CVemBaseNode* built, CVemBaseNode* loaded, std::size_t& node
 
 int CmdDemo(const Options& o) {
     DemoShape shape;
-    if (o.Has("--tasks") && !ParseCount(o.Value("--tasks"), 1, 200, shape.tasks)) return Usage("--tasks takes 1 to 200");
+    if (o.Has("--tasks") && !ParseCount(o.Value("--tasks"), 1, 100, shape.tasks)) return Usage("--tasks takes 1 to 100");
     if (o.Has("--units") && !ParseCount(o.Value("--units"), 0, 100, shape.units)) return Usage("--units takes 0 to 100");
-    if (o.Has("--vars") && !ParseCount(o.Value("--vars"), 0, 20000, shape.vars)) return Usage("--vars takes 0 to 20000");
+    if (o.Has("--vars") && !ParseCount(o.Value("--vars"), 0, 5000, shape.vars)) return Usage("--vars takes 0 to 5000");
     if (o.Files().size() > 1) return Usage("demo takes at most one directory");
     const std::string dir = o.Files().empty() ? "vem-demo" : o.Files()[0];
     std::error_code error;

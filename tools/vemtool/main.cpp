@@ -31,9 +31,9 @@ const std::vector<Command> kCommands = {
      "file and one file per task into DIR (default vem-demo), loads them back in a fresh tree,\n"
      "compares every name with what was built, and prints the tree, addresses by path, a line map\n"
      "and cross references. The tree is painted into DIR/tree.svg (up to 20000 nodes).",
-     {{"--tasks", nullptr, "N", "tasks, 1 to 200 (default 2)"},
+     {{"--tasks", nullptr, "N", "tasks, 1 to 100 (default 2)"},
       {"--units", nullptr, "N", "function block instances per task, 0 to 100 (default 1)"},
-      {"--vars", nullptr, "N", "extra INT variables per task, 0 to 20000 (default 4)"}},
+      {"--vars", nullptr, "N", "extra INT variables per task, 0 to 5000 (default 4)"}},
      false, CmdDemo},
     {"dump", "FILE [-o OUT]", "the library's node dump of a node file",
      "Writes the library's diagnostic dump of the tree of FILE.",
