@@ -11,6 +11,9 @@
 #ifdef VEMTOOL_PATH
 namespace {
 
+using vembench::FileSize;
+using vembench::WrittenResource;
+
 struct ToolCommand {
     const char* name;
     const char* arguments;  // behind the node file

@@ -177,6 +177,7 @@ t 2 - "--hex needs --task" -- "$tool" segments "$node" --hex 1
 t 0 "^FAST.COUNT +address 0x00006C \(segment 4, offset 0x0004, size 2, Variable Count : INT\)$" - -- "$tool" query "$node" --addr FAST.COUNT
 t 0 "^fast.count +address 108 +\(segment 4, offset 4, size 2" - -- "$tool" query "$node" --addr fast.count --dec
 t 0 "^FAST.SPEEDS\[2\] +address 0x00007A " - -- "$tool" query "$node" --addr 'FAST.SPEEDS[2]'
+t 0 "^FAST.STATIONS\[1\] +address 0x000084 .*size 4" - -- "$tool" query "$node" --addr 'FAST.STATIONS[1]'
 t 0 "^FAST.STATIONS\[1\].BUSY +address 0x000086 " - -- "$tool" query "$node" --addr 'FAST.STATIONS[1].BUSY'
 t 0 "^GLOBAL.RECIPE +address 0x000018 \(segment 2, offset 0x0008, size 18, Struct" - -- "$tool" query "$node" --addr GLOBAL.RECIPE
 t 0 "^GLOBAL.MATRIX\[1,3\] +address 0x000036 .*element by the layout rules : INT" - -- "$tool" query "$node" --addr 'GLOBAL.MATRIX[1,3]'

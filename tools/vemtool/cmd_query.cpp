@@ -179,6 +179,8 @@ bool Resolve(CVemBaseNode* root, const std::string& path, Place& place, std::str
     CVemBaseNode* node = place.task;
     long delta = 0;          // added to the stored offsets below an element that was not expanded
     bool atElement = false;  // the last step was such an element: its size is the layout's
+    long members = 0;        // the delta for the members of an expanded structure element
+    bool inElement = false;  // the node is such an element
     std::string label = steps[0].name;
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const Step& step = steps[i];
@@ -198,6 +200,8 @@ bool Resolve(CVemBaseNode* root, const std::string& path, Place& place, std::str
             }
             node = child;
             atElement = false;
+            if (inElement) delta = members;
+            inElement = false;
             label += "." + step.name;
         } else if (!step.indices.empty()) {
             why = "a task is no array";
@@ -234,7 +238,8 @@ bool Resolve(CVemBaseNode* root, const std::string& path, Place& place, std::str
         if (expanded) {
             // The expansion places a structure element but leaves its members where the element
             // type had them: they count from the element.
-            if (VemGetNodeType(expanded) == kVemStructNode) delta += VemGetOffset(expanded);
+            inElement = VemGetNodeType(expanded) == kVemStructNode;
+            members = delta + VemGetOffset(expanded);
             node = expanded;
             atElement = false;
             continue;
