@@ -1,4 +1,5 @@
 #include "variables/variable.h"
+#include "vem_ext.h"
 
 #include "node/flags.h"
 #include "variables/fieldio.h"
@@ -234,4 +235,9 @@ tVemVarQualifiers CVemVariableNode::GetVarQualifier() { return VarQualifier; }
 
 CVemBaseNode* VemCreateCVemVariableNode(CString name, u16 offset, tCbeType type, u16 size, tCbeVarScope scope) {
     return new CVemVariableNode(name, offset, type, size, scope);
+}
+
+CString VemGetInstanceText(CVemBaseNode* node) {
+    return node && node->IsKindOf(RUNTIME_CLASS(CVemVariableNode)) ? static_cast<CVemVariableNode*>(node)->InstanceText
+                                                                   : CString();
 }

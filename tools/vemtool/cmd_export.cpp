@@ -218,6 +218,7 @@ void VariableFields(Json& j, CVemBaseNode* n) {
     j.Unsigned(b);
     j.EndArray();
     j.Field("qualifier", VemGetVarQualifier(n));
+    j.Field("instanceText", VemGetInstanceText(n));
     j.Key("absoluteAddress");  // computed: the task's start of the segment plus the offset
     u32 address = 0;
     if (AbsoluteAddress(n, address)) j.Unsigned(address);
@@ -303,6 +304,7 @@ void Node(Json& j, CVemBaseNode* n) {
     j.Field("class", n->GetRuntimeClass()->m_lpszClassName);
     j.Field("text", VemGetNodeText(n));
     j.Field("name", VemGetName(n));
+    j.Field("serial", n->Serial);
     j.Field("expanded", n->Expanded);
     j.Field("extraText", n->ExtraText);
     if (IsVariable(type)) VariableFields(j, n);

@@ -12,6 +12,9 @@ namespace vemtool {
 class Json {
 public:
     explicit Json(std::FILE* out, bool compact = false) : out_(out), compact_(compact) {}
+    ~Json();
+    Json(const Json&) = delete;
+    Json& operator=(const Json&) = delete;
     void BeginObject() { Open('{'); }
     void EndObject() { Close('}'); }
     void BeginArray() { Open('['); }
@@ -35,7 +38,9 @@ private:
     void Separate();
     void Indent();
     void WriteString(const char* text);
+    void Flush();
     std::FILE* out_;
+    std::string text_;  // written out when a top-level value ends or the text grows large
     std::vector<bool> first_;  // per open level: no element written yet
     bool afterKey_ = false;
     bool compact_ = false;
