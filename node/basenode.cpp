@@ -1,4 +1,5 @@
 #include "node/basenode.h"
+#include "node/layoutepoch.h"
 
 #include "node/nodefile.h"
 #include "vem_node.h"
@@ -70,6 +71,7 @@ void CVemBaseNode::ApplyTypeRules() {
 // node's own children move to the front of this list before it goes, so its destructor finds an
 // empty list.
 void CVemBaseNode::DeleteAllChildren() {
+    VemTouchLayout();
     while (!Children.IsEmpty()) {
         auto* child = static_cast<CVemBaseNode*>(Children.RemoveHead());
         Children.SpliceFront(child->Children);
@@ -138,6 +140,7 @@ CVemBaseNode* CVemBaseNode::DeleteNode(CVemBaseNode* target) {
         POSITION here = pos;
         CVemBaseNode* child = ChildAt(pos);
         if (child == target) {
+            VemTouchLayout();
             Children.RemoveAt(here);
             delete child;
             return this;
@@ -194,6 +197,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
 }
 
 int CVemBaseNode::AddChildTail(CVemBaseNode* child) {
+    VemTouchLayout();
     Children.AddTail(child);
     child->Parent = this;
     LastChild = child;
@@ -201,6 +205,7 @@ int CVemBaseNode::AddChildTail(CVemBaseNode* child) {
 }
 
 int CVemBaseNode::AddChildHead(CVemBaseNode* child) {
+    VemTouchLayout();
     Children.AddHead(child);
     child->Parent = this;
     LastChild = child;
@@ -208,6 +213,7 @@ int CVemBaseNode::AddChildHead(CVemBaseNode* child) {
 }
 
 int CVemBaseNode::AddChildSorted(CVemBaseNode* child) {
+    VemTouchLayout();
     child->Parent = this;
     const CString text = child->GetNodeText();
     for (POSITION pos = Children.GetHeadPosition(); pos;) {

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "download/download.h"
+#include "node/layoutepoch.h"
 #include "vem_bytearray.h"
 
 namespace {
@@ -15,6 +16,7 @@ constexpr int kOffsetsGrowBy = 20;
 }  // namespace
 
 u16 VemAppendSegmentLength(CDWordArray& offsets, u16 length) {
+    VemTouchLayout();
     if (offsets.IsEmpty()) {
         offsets.SetSize(0, kOffsetsGrowBy);
         offsets.Add(0);

@@ -6,6 +6,7 @@
 
 #include "download/datacontainer.h"
 #include "memory/segtbl.h"
+#include "node/layoutepoch.h"
 #include "project/project.h"
 
 class CVemExeNode : public CVemResourceNode {
@@ -63,7 +64,11 @@ public:
     int GetMotorolaFormat() override { return DeviceSettings.MotorolaFormat; }
     void SetMotorolaFormat(int motorola) override { DeviceSettings.MotorolaFormat = motorola; }
     tVemDeviceSettings* GetDeviceSettings() override { return &DeviceSettings; }
-    void SetDeviceSettings(const tVemDeviceSettings& settings) override { DeviceSettings = settings; }
+    // Alignment and ByteSize place the elements of arrays: indexes over the tree are made anew.
+    void SetDeviceSettings(const tVemDeviceSettings& settings) override {
+        VemTouchLayout();
+        DeviceSettings = settings;
+    }
     void ComputeProgramNumbers(int flag) override;
     CString GetPouPathNameFromCodeSegNr(u16 codeSegment) override;
 

@@ -4,7 +4,9 @@
 #include <memory>
 #include <vector>
 
+#include "project/taskfiles.h"
 #include "project/tasks.h"
+#include "vem_ext.h"
 
 VEM_IMPLEMENT_SERIAL(CVemTaskContainerNode, CVemBaseNode, 5)
 
@@ -90,19 +92,43 @@ void CVemTaskContainerNode::Serialize(CArchive& ar) {
     if (ar.IsLoading()) ReadTasks(ar);
 }
 
+// A stored name that does not open here is looked for by its last part (VemTaskFileFinder); the
+// entry itself stays as stored, so a store writes the same bytes. Reading stops at the first entry
+// without a file or without a task, as it always did, and every entry that gives no child is noted
+// for the load's report.
 void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
     VemTaskFileScope scope;
+    VemTaskFileFinder finder(ar.GetFile() ? ar.GetFile()->GetFilePath() : CString());
+    std::vector<std::pair<CString, CString>> read;  // entries whose task hangs below this node
+    bool stopped = false;
     CString name, path;
     for (POSITION pos = TaskList.GetStartPosition(); pos;) {
         TaskList.GetNextAssoc(pos, name, path);
+        if (stopped) {
+            VemNoteMissingTask(tVemMissingTask::kSkipped, name, path, {});
+            continue;
+        }
+        stopped = true;
         if (path.IsEmpty()) {
             DeleteAllChildren();
             LastChild = nullptr;
-            return;
+            for (const auto& [task, file] : read) VemNoteMissingTask(tVemMissingTask::kSkipped, task, file, {});
+            VemNoteMissingTask(tVemMissingTask::kNotCompiled, name, path, {});
+            continue;
         }
-        CVemBaseNode* task = VemReadTaskFile(path, ar.Depth());
-        if (!task) return;
+        const VemTaskFileLookup lookup = finder.Find(path);
+        if (lookup.path.IsEmpty()) {
+            VemNoteMissingTask(lookup.reason, name, path, lookup.tried);
+            continue;
+        }
+        CVemBaseNode* task = VemReadTaskFile(lookup.path, ar.Depth());
+        if (!task) {
+            VemNoteMissingTask(tVemMissingTask::kNotReadable, name, path, lookup.tried);
+            continue;
+        }
         AddChildTail(task);
+        read.emplace_back(name, path);
+        stopped = false;
     }
 }
 

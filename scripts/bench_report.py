@@ -226,7 +226,31 @@ def compute(runs, baseline):
     if per_plain is not None:
         r.goal("Heap per plain variable node at most 512 bytes", f"{per_plain:.0f} bytes", per_plain <= 512)
 
+    debugger_answers(r)
     return r
+
+
+def debugger_answers(r):
+    """The debugger's answers beyond the path map and the line map (bench/bench_debugger.cpp)."""
+    build, pm = r.t("BM_AddressIndexBuild/2"), r.t("BM_PathMap/2")
+    if build and pm:
+        r.row("Address index of every task (VemAddrIndexNew)", "large", "BM_AddressIndexBuild/2", pm, "path map",
+              goal="≤ path map", met=build <= pm)
+        r.goal("Address index of the large resource built no slower than its path map", f"{build / pm:.2f} ×",
+               build <= pm)
+    for name, what in (("BM_ReverseAddressQueries/2", "reverse address queries (VemAddrLookup)"),
+                       ("BM_CodeOffsetQueries/2", "code offset to statement queries (VemCodeLookup)")):
+        q = r.counter(name, "queries/s")
+        if q:
+            r.row(f"1,000,000 {what}", "large", name, value=f"{fmt_time(r.t(name))} = {fmt_num(q / 1e6, 2)} M/s",
+                  goal="≥ 2 M/s", met=q >= 2e6)
+            r.goal(f"At least two million {what.split(' (')[0]} per second", f"{fmt_num(q / 1e6, 2)} M/s", q >= 2e6)
+    diff, both = r.t("BM_DiffFiles/2"), r.t("BM_LoadBoth/2")
+    if diff and both:
+        r.row("Layout diff of two large resources, both loads included", "large", "BM_DiffFiles/2", both,
+              "load both", goal="≤ 1.5 × load both", met=diff <= 1.5 * both)
+        r.goal("Layout diff of two large resources within 1.5 × loading both", f"{diff / both:.2f} ×",
+               diff <= 1.5 * both)
 
 
 def main():

@@ -82,7 +82,7 @@ t 0 "^library [0-9]+$" - -- "$tool" --version
 stamp=$(dd if="$node" bs=1 skip=2 count=24 2> /dev/null)
 t 0 "^node file stamp $stamp$" - -- "$tool" --version
 t 0 "^usage: vemtool \[OPTIONS\] COMMAND" - -- "$tool" --help
-for command in demo dump tree segments query export check header help; do
+for command in demo dump tree segments query export html diff check header help; do
     t 0 "^  $command " - -- "$tool" --help
 done
 t 2 - "usage: vemtool" -- "$tool"
@@ -151,6 +151,59 @@ cp "$node" badtype.vem
 printf '\x63' | dd of=badtype.vem bs=1 seek=$((27 + 4 + 1 + 19 + 4 + 1 + 2)) conv=notrunc 2> /dev/null
 t 1 - "badtype.vem: corrupt node file: the load stopped at byte offset [0-9]+ of [0-9]+" -- "$tool" check badtype.vem
 t 1 - "cause: archive exception, [a-z ]+ \([0-9]\)" -- "$tool" check badtype.vem
+
+# ---- 3b. the page for a browser: a file that does not load gives what check gives
+t 0 "page.html: [0-9]+ nodes, [0-9]+ bytes" - -- "$tool" html "$node" -o page.html
+ok "html data" grep -q '<script type="application/json" id="vem-data">{"format":1,' page.html
+"$tool" check cut.vem > check-out.txt 2> check-err.txt
+t 1 - "cut.vem: truncated node file" -- "$tool" html cut.vem -o cut.html
+ok "html of a cut file says what check says" cmp -s err.txt check-err.txt
+ok "check of a cut file writes nothing on standard output" test ! -s check-out.txt
+ok "no page for a cut file" test ! -e cut.html
+t 2 - "html needs -o OUT.html" -- "$tool" html "$node"
+t 2 - "html takes one node file" -- "$tool" html -o x.html
+
+# ---- 3c. task files after a copy: a resource moved elsewhere loads whole from any working
+# directory; one with tasks left out fails unless --partial is given, and says what it tried.
+"$tool" -q demo "$work/away" > /dev/null
+mv "$work/away" "$work/moved"
+moved="$work/moved/LINE1.vem"
+t 0 "OK, root" - -- sh -c "cd / && \"$tool\" check \"$moved\""
+t 0 "^FAST.COUNT +address 0x00006C" - -- sh -c "cd \"$work/moved\" && \"$tool\" query LINE1.vem --addr FAST.COUNT"
+t 1 "" "task FAST left out: file not found" -- "$tool" check "$moved" --no-search
+mkdir tasks && mv moved/SLOW.tsk tasks/slow.TSK
+t 1 - "task SLOW left out: file not found" -- "$tool" query "$moved" --addr FAST.COUNT
+t 1 - "tried $work/moved/SLOW.tsk" -- "$tool" query "$moved" --addr FAST.COUNT
+t 1 - "1 task\(s\) left out, the tree is not whole; --task-dir DIR says where" -- "$tool" query "$moved" --addr FAST.COUNT
+t 1 "not every task came back from its file" "did not come back from their files" -- "$tool" check "$moved"
+t 1 - "cannot write|task SLOW left out" -- "$tool" html "$moved" -o moved.html
+ok "no page for a tree with tasks left out" test ! -e moved.html
+t 0 "^GLOBAL.LINESPEED +address" "the tree is not whole \(going on\)" -- "$tool" query "$moved" --addr GLOBAL.LINESPEED --partial
+t 0 "not every task came back from its file" "" -- "$tool" check "$moved" --partial
+t 0 "OK, root" - -- "$tool" --task-dir "$work/none" --task-dir "$work/tasks" check "$moved"
+t 0 "OK, root" - -- "$tool" check "$moved" --task-dir="$work/tasks"
+t 0 "verdict: equal" "" -- "$tool" diff "$moved" "$node" --task-dir "$work/tasks"
+t 2 - "--task-dir needs a value DIR" -- "$tool" check "$moved" --task-dir
+t 2 - "--partial is for a command that loads a node file" -- "$tool" --partial header main.st --unit
+t 2 - "unknown option --no-search" -- "$tool" header main.st --unit --no-search
+# Stored names of a Windows machine that is not here, the files in upper case.
+"$tool" -q demo "$work/win" > /dev/null
+python3 - "$work/win" <<'PY' || { echo "FAIL: rewriting the stored names"; failed=$((failed + 1)); }
+import os, sys
+d = sys.argv[1]
+node = os.path.join(d, "LINE1.vem")
+data = open(node, "rb").read()
+for task in ("FAST", "SLOW"):
+    old = f"{d}/{task}.tsk".encode()
+    new = f"C:\\NOWHERE\\PLANT\\{task}.TSK".encode()
+    assert bytes([len(old)]) + old in data
+    data = data.replace(bytes([len(old)]) + old, bytes([len(new)]) + new)
+    os.rename(os.path.join(d, f"{task}.tsk"), os.path.join(d, f"{task}.TSK"))
+open(os.path.join(d, "LINE1.VEM"), "wb").write(data)
+os.remove(node)
+PY
+t 0 "TASKS: 2 tasks, 2 compiled, 2 loaded" - -- sh -c "cd / && \"$tool\" check \"$work/win/LINE1.VEM\""
+t 0 "^SLOW.COUNT +address" - -- sh -c "cd \"$work/win\" && \"$tool\" query LINE1.VEM --addr FAST.COUNT --addr SLOW.COUNT"
 
 # ---- 4. tree as text
 t 0 "^      Count : INT +Variable +Int +4:0x0004  @0x00006C  size 2$" - -- "$tool" tree "$node"

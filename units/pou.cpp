@@ -2,6 +2,7 @@
 #include "units/pou.h"
 
 #include "node/flags.h"
+#include "node/layoutepoch.h"
 
 VEM_IMPLEMENT_SERIAL(CVemPouNode, CVemBaseNode, 5)
 
@@ -116,6 +117,7 @@ void CVemPouNode::DeleteAllChildPous() {
             case kVemFbNode:
             case kVemFunctionNode:
             case kVemFbInstanceNode:
+                VemTouchLayout();
                 Children.RemoveAt(here);
                 delete child;
                 break;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "node/layoutepoch.h"
 #include "variables/fieldio.h"
 #include "vem_node.h"
 #include "vem_plain.h"
@@ -119,6 +120,7 @@ int CVemArrayNode::AddChildTail(CVemBaseNode* child) {
 
 void CVemArrayNode::SetReferenceNode(CVemBaseNode* node) {
     if (node == ElementNode) return;
+    VemTouchLayout();
     delete ElementNode;
     ElementNode = node;
 }

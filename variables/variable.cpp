@@ -2,6 +2,7 @@
 #include "vem_ext.h"
 
 #include "node/flags.h"
+#include "node/layoutepoch.h"
 #include "variables/fieldio.h"
 #include "vem_node.h"
 
@@ -141,6 +142,7 @@ u16 CVemVariableNode::GetParentSegment() { return ParentSegment; }
 // a reference of that scope takes part in it.
 void CVemVariableNode::SetParentSegment(u16 segment) {
     if (Scope == kOwnDataScope && Reference == 0) return;
+    VemTouchLayout();
     ParentSegment = segment;
 }
 
@@ -164,13 +166,19 @@ int CVemVariableNode::GetVarInOut() { return VarInOut; }
 
 u16 CVemVariableNode::GetSize() { return Size; }
 
-void CVemVariableNode::SetSize(u16 size) { Size = size; }
+void CVemVariableNode::SetSize(u16 size) {
+    VemTouchLayout();
+    Size = size;
+}
 
 u16 CVemVariableNode::GetOffset() { return Offset; }
 
 u16 CVemVariableNode::GetParamVarOffset() { return Offset; }
 
-void CVemVariableNode::SetOffset(u16 offset) { Offset = offset; }
+void CVemVariableNode::SetOffset(u16 offset) {
+    VemTouchLayout();
+    Offset = offset;
+}
 
 void CVemVariableNode::SetSubSegmentKind(tIpSegmentKind kind) { SubSegmentKind = kind; }
 

@@ -474,8 +474,11 @@ int CmdQuery(const Options& o) {
     const std::vector<std::string>& addrs = o.Values("--addr");
     const bool lines = o.Has("--lines"), cross = o.Has("--xref"), dec = o.Has("--dec"), json = o.Has("--json");
     if (o.Files().size() != 1) return Usage("query takes one node file");
-    if ((!addrs.empty()) + lines + cross != 1) return Usage("query takes one of --addr, --lines, --xref");
+    const bool at = o.Has("--at"), pc = o.Has("--pc");
+    if ((!addrs.empty()) + lines + cross + at + pc != 1) return Usage("query takes one of --addr, --lines, --xref, --at, --pc");
     if (o.Has("--mask") && !cross) return Usage("--mask goes with --xref");
+    if (o.Has("--task") && !at && !pc) return Usage("--task goes with --at or --pc");
+    if (json && (at || pc)) return Usage("--json goes with --addr, --lines or --xref");
     int maskBits = 0;
     for (char c : o.Value("--mask", "rwc")) {
         if (c == 'r') maskBits |= kEVemCrRead;
@@ -485,6 +488,7 @@ int CmdQuery(const Options& o) {
     }
     Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
+    if (at || pc) return QueryLookup(o, tree.get());
     if (!addrs.empty()) {
         int result = kOk;
         Json j(Out());

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <random>
 
+#include "taskfiles.h"
 #include "tool.h"
 
 namespace vemtool {
@@ -219,8 +220,24 @@ std::string Diagnose(const std::string& file, const tVemLoadReport& report, bool
 
 std::string InputPath(const std::string& file) { return file == "-" ? Stdin().Path() : file; }
 
-CVemBaseNode* Load(const Options& options, const std::string& file) {
+namespace {
+
+// --task-dir and --no-search go to the library once, however many files a command loads.
+void ApplyTaskFileOptions(const Options& options) {
+    static bool applied = false;
+    if (applied) return;
+    applied = true;
+    for (const std::string& dir : options.Values("--task-dir")) VemAddTaskFileDirectory(dir.c_str());
+    if (options.Has("--no-search")) VemSetTaskFileSearch(0);
+}
+
+}  // namespace
+
+CVemBaseNode* Load(const Options& options, const std::string& file, int* missingTasks) {
+    ApplyTaskFileOptions(options);
     const bool asObject = options.Has("--object");
+    const bool partial = options.Has("--partial");
+    int missing = 0;
     const std::string path = file == "-" ? Stdin().Path() : file;
     tVemLoadReport report{};
     CVemBaseNode* root = nullptr;
@@ -233,9 +250,15 @@ CVemBaseNode* Load(const Options& options, const std::string& file) {
             return nullptr;
         }
     } else {
-        root = VemLoadNodeReport(path.c_str(), &report);
+        root = LoadReportingTasks(path, file, report, missing, partial);
     }
     if (!root) Error("%s", Diagnose(file, report, asObject).c_str());
+    if (missingTasks) {
+        *missingTasks = missing;
+    } else if (root && missing > 0 && !partial) {
+        VemDeleteNode(root);  // not a whole result
+        root = nullptr;
+    }
     return root;
 }
 

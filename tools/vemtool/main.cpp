@@ -18,6 +18,9 @@ const std::vector<OptionSpec> kGlobalOptions = {
 
 const std::vector<OptionSpec> kLoadOptions = {
     {"--object", nullptr, nullptr, "FILE is a task file (one compiled task stored as an object), not a node file"},
+    {"--task-dir", nullptr, "DIR", "look for task files that do not open by their stored names also in DIR (repeatable)"},
+    {"--no-search", nullptr, nullptr, "open task files by their stored names only, not beside the node file"},
+    {"--partial", nullptr, nullptr, "go on with a tree whose tasks did not all come back from their files"},
 };
 
 namespace {
@@ -54,16 +57,24 @@ const std::vector<Command> kCommands = {
      {{"--task", nullptr, "NAME", "only the table of that compiled task (RESOURCE for the executable node)"},
       {"--hex", nullptr, "N", "the bytes of segment N of that table"}},
      true, CmdSegments},
-    {"query", "FILE --addr PATH... | --lines UNIT | --xref PATH [--mask rwc]", "addresses, line maps and cross references",
+    {"query", "FILE --addr PATH... | --lines UNIT | --xref PATH [--mask rwc] | --at ADDR... | --pc UNIT:OFFSET",
+     "addresses, line maps, cross references; the variable at an address, the line of a code offset",
      "--addr PATH: the absolute address of a variable: TASK.VAR, TASK.FB.VAR, array elements\n"
      "TASK.A[2] or TASK.M[1,3], structure and instance members TASK.S.M, in any case.\n"
      "--lines UNIT: source line to code offset of a unit, by its name or its source path in any\n"
      "case, with either slash. --xref PATH: where a variable is read (r) or written (w), or a unit\n"
-     "called (c). An unknown path gets the nearest known paths as a hint.",
+     "called (c). An unknown path gets the nearest known paths as a hint.\n"
+     "--at ADDR: the innermost variable at an absolute address of a task's segments (0x6C or 108),\n"
+     "or at SEG:OFFSET of a segment; in every compiled task, or in the one of --task.\n"
+     "--pc UNIT:OFFSET: the statement whose code covers the offset of a unit, the unit by name,\n"
+     "source path or code segment number (a unit of \"Global - Resource\", or of the task of --task).",
      {{"--addr", nullptr, "PATH", "address of a variable (repeatable)"},
       {"--lines", nullptr, "UNIT", "line map of a unit"},
       {"--xref", nullptr, "PATH", "cross reference of a variable or unit"},
       {"--mask", nullptr, "rwc", "with --xref: the kinds of access, default rwc"},
+      {"--at", nullptr, "ADDR|SEG:OFF", "the variable at an address or segment offset (repeatable)"},
+      {"--pc", nullptr, "UNIT:OFFSET", "the source line of a code offset of a unit"},
+      {"--task", nullptr, "NAME", "with --at or --pc: only that compiled task"},
       {"--dec", nullptr, nullptr, "addresses and offsets in decimal (default hex)"},
       {"--json", nullptr, nullptr, "the answer as JSON"}},
      true, CmdQuery},
@@ -75,9 +86,24 @@ const std::vector<Command> kCommands = {
       {"--compact", nullptr, nullptr, "no indentation, one line"},
       {"--output", "-o", "OUT", "write into OUT (- is standard output)"}},
      true, CmdExport},
+    {"html", "FILE -o OUT.html", "the tree, search and details as one page for a browser",
+     "Writes one self-contained page that shows the tree of FILE with the library's node texts\n"
+     "and pictures, a search by path (TASK.VAR) or by address (123, 0x7B, TASK:123), and the\n"
+     "details of the selected node: a variable's layout, a unit's segments as hexadecimal,\n"
+     "its line map and the cross reference of its variables. The page needs no network. A file\n"
+     "that does not load gives what check gives.",
+     {{"--output", "-o", "OUT.html", "write the page into OUT.html"}}, true, CmdHtml},
+    {"diff", "OLD NEW [--json]", "what changed between two compile results; exit 1 if anything did",
+     "Compares two node files of a resource, each with its task files: per task the variables\n"
+     "added, removed, moved, resized or retyped, the units whose code changed, the segment\n"
+     "tables and the device settings, and says whether a controller running OLD keeps its data\n"
+     "when NEW replaces it. Exit 0 when equal, 1 when they differ, 2 on bad usage or a failed load.",
+     {{"--json", nullptr, nullptr, "the answer as JSON"}}, true, CmdDiff},
     {"check", "FILE", "load a node file and its task files; say what failed and where",
      "Loads FILE and the task files it names. On failure says on standard error what the file is,\n"
-     "which record and at which byte offset the load stopped, and why; exit code 1.",
+     "which record and at which byte offset the load stopped, and why; exit code 1. Task files\n"
+     "whose stored names do not open here are looked for by name beside the node file and in each\n"
+     "--task-dir DIR; a tree with tasks left out fails unless --partial is given.",
      {}, true, CmdCheck},
     {"header", "SRCFILE [--get KEY | --set KEY=VALUE | --unit]", "the key block of a source file",
      "Reads or changes one key of the block at the top of a source file, or names its unit.",
@@ -107,6 +133,8 @@ void GlobalHelp(std::FILE* f) {
     for (const Command& c : kCommands) std::fprintf(f, "  %-9s %s\n", c.name, c.summary);
     std::fputs("  help CMD  the help of a command (also: vemtool CMD --help)\n\noptions (anywhere on the line):\n", f);
     PrintOptions(f, kGlobalOptions);
+    std::fputs("\noptions of the commands that read a node file:\n", f);
+    PrintOptions(f, kLoadOptions);
     std::fputs("\nFILE may be - for standard input, OUT - for standard output. --opt=value and --opt value\n"
                "are the same; -- ends the options. Results go to standard output, diagnostics to standard\n"
                "error. Exit codes: 0 done, 1 failed (load, query, write), 2 bad usage.\n",
@@ -182,13 +210,13 @@ int Main(std::vector<std::string> args) {
     std::vector<std::string> leading;
     while (at < args.size() && args[at].size() > 1 && args[at][0] == '-' && args[at] != "--") {
         leading.push_back(args[at]);
-        const OptionSpec* spec = Lookup({&kGlobalOptions}, args[at].substr(0, args[at].find('=')));
+        const OptionSpec* spec = Lookup({&kGlobalOptions, &kLoadOptions}, args[at].substr(0, args[at].find('=')));
         if (spec && spec->value && args[at].find('=') == std::string::npos && at + 1 < args.size()) leading.push_back(args[++at]);
         ++at;
     }
     Options global;
     State().command = "";
-    if (std::string error = Parse(leading, {&kGlobalOptions}, global); !error.empty()) {
+    if (std::string error = Parse(leading, {&kGlobalOptions, &kLoadOptions}, global); !error.empty()) {
         Error("%s (see vemtool --help)", error.c_str());
         return kUsage;
     }
@@ -213,6 +241,9 @@ int Main(std::vector<std::string> args) {
         return kUsage;
     }
     State().command = command->name;
+    for (const OptionSpec& o : kLoadOptions) {
+        if (!command->loadsNodeFile && global.Has(o.name)) return Usage(std::string(o.name) + " is for a command that loads a node file");
+    }
     Options options = global;
     const std::vector<OptionSpec> none;
     if (std::string error = Parse(rest, {&kGlobalOptions, command->loadsNodeFile ? &kLoadOptions : &none, &command->options}, options);

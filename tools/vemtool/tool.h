@@ -106,8 +106,9 @@ private:
 
 // Loads the node file (or with --object the task file) that a command names; "-" reads standard
 // input. On failure says on standard error what the file is and where the load stopped, and
-// gives null.
-CVemBaseNode* Load(const Options& options, const std::string& file);
+// gives null. Each task the load left out is named on standard error; such a tree is refused
+// unless --partial is given, or unless `missingTasks` is given: the caller then decides.
+CVemBaseNode* Load(const Options& options, const std::string& file, int* missingTasks = nullptr);
 // The failure text for a file that did not load (several lines, no trailing newline).
 std::string Diagnose(const std::string& file, const tVemLoadReport& report, bool asObject);
 const char* ArchiveCauseName(int cause);
@@ -175,5 +176,9 @@ int CmdExport(const Options&);
 int CmdCheck(const Options&);
 int CmdHeader(const Options&);
 int CmdDemo(const Options&);
+int CmdHtml(const Options&);
+int CmdDiff(const Options&);
+// query --at and --pc (cmd_lookup.cpp) on a loaded tree.
+int QueryLookup(const Options&, CVemBaseNode* root);
 
 }  // namespace vemtool

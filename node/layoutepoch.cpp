@@ -1,0 +1,3 @@
+#include "node/layoutepoch.h"
+
+u64 gVemLayoutEpoch = 0;

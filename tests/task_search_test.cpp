@@ -1,0 +1,305 @@
+// Task files found after a resource was copied or made on another machine, and the report of the
+// tasks that a load leaves out.
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "compiled_test_util.h"
+#include "resource_builder.h"
+
+using compiledtest::ChildNames;
+using compiledtest::MakeNode;
+using compiledtest::NodePtr;
+using vemtest::TempDir;
+namespace fs = std::filesystem;
+
+namespace {
+
+// The loaded tree with its report; both go at the end of the scope.
+struct Loaded {
+    explicit Loaded(const std::string& file) { root.reset(VemLoadNodeTaskReport(file.c_str(), &load, &report)); }
+    ~Loaded() { VemFreeTaskReport(&report); }
+    Loaded(const Loaded&) = delete;
+    Loaded& operator=(const Loaded&) = delete;
+    CVemBaseNode* Tasks() const { return VemGetFirstNodeOfType(root.get(), kVemTaskContainerNode); }
+    std::vector<std::string> Tried(int i) const {
+        return std::vector<std::string>(report.Tasks[i].Tried, report.Tasks[i].Tried + report.Tasks[i].TriedCount);
+    }
+    tVemLoadReport load{};
+    tVemTaskReport report{};
+    NodePtr root;
+};
+
+// Runs in another working directory and goes back at the end.
+struct WorkingDirectory {
+    explicit WorkingDirectory(const fs::path& to) : back(fs::current_path()) { fs::current_path(to); }
+    ~WorkingDirectory() { fs::current_path(back); }
+    fs::path back;
+};
+
+std::vector<u8> StoredObject(CVemBaseNode* node) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    EXPECT_EQ(VemWriteObject(node, ar), 1);
+    ar.Close();
+    return file.Data();
+}
+
+std::string Upper(std::string s) {
+    for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return s;
+}
+
+class TaskSearch : public compiledtest::SettingsTest {
+protected:
+    void TearDown() override {
+        VemSetTaskFileSearch(1);
+        VemClearTaskFileDirectories();
+        compiledtest::SettingsTest::TearDown();
+    }
+
+    // A node file of one container that maps each task name to a stored file name.
+    void WriteContainer(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks) {
+        NodePtr root = MakeNode(kVemResourceNode, "R");
+        CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
+        VemAddChildTail(root.get(), container);
+        for (const auto& [name, file] : tasks) VemTaskCompiled(container, name.c_str(), file.c_str());
+        ASSERT_EQ(VemWriteNode(root.get(), path.c_str()), 1);
+    }
+    // A task file whose task is named after the place it stands, so a load shows which one it read.
+    void WriteTask(const std::string& path, const char* name) {
+        NodePtr task = MakeNode(kVemTuiTaskNode, name);
+        const std::vector<u8> bytes = StoredObject(task.get());
+        vemtest::WriteFileBytes(path, bytes);
+    }
+
+    TempDir dir_;
+};
+
+}  // namespace
+
+// The resource written in one directory, then moved: as it is, or with every stored name a Windows
+// path of a machine that is not here and the files in upper case. It loads whole from any working
+// directory, and stores the bytes that it was read from.
+TEST_F(TaskSearch, AMovedResourceLoadsWholeAndStoresTheSameBytes) {
+    for (const bool windows : {false, true}) {
+        SCOPED_TRACE(windows ? "Windows names" : "copied as is");
+        TempDir made, moved, elsewhere;
+        vembuild::ResourceShape shape;
+        shape.tasks = 3;
+        NodePtr exe(vembuild::BuildResource(shape));
+        ASSERT_EQ(vembuild::WriteResource(exe.get(), made.path(), made.file("LINE1.vem")), 1);
+        std::string nodeName = "LINE1.vem";
+        if (windows) {
+            NodePtr renamed(VemLoadNode(made.file("LINE1.vem").c_str()));
+            CVemBaseNode* container = VemFindVemNodeByNameAndType(renamed.get(), "TASKS", kVemTaskContainerNode);
+            for (int i = 0; i < shape.tasks; ++i) {
+                const std::string task = vembuild::TaskName(i);
+                VemTaskCompiled(container, task.c_str(), ("C:\\NOWHERE\\PLANT\\" + task + ".TSK").c_str());
+            }
+            nodeName = "LINE1.VEM";
+            ASSERT_EQ(VemWriteNode(renamed.get(), made.file(nodeName).c_str()), 1);
+            fs::remove(made.file("LINE1.vem"));
+        }
+        for (const auto& entry : fs::directory_iterator(made.path())) {
+            const std::string name = entry.path().filename().string();
+            fs::copy_file(entry.path(), moved.file(windows ? Upper(name) : name));
+        }
+        fs::remove_all(made.path());
+        const std::vector<u8> nodeBytes = vemtest::ReadFileBytes(moved.file(nodeName));
+
+        for (const auto& [cwd, file] : {std::pair{fs::path("/"), moved.file(nodeName)}, {fs::path(moved.path()), nodeName},
+                                        {fs::path(elsewhere.path()), moved.file(nodeName)}}) {
+            SCOPED_TRACE(cwd.string());
+            WorkingDirectory in(cwd);
+            Loaded loaded(file);
+            ASSERT_NE(loaded.root, nullptr);
+            EXPECT_EQ(loaded.report.Count, 0);
+            CVemBaseNode* tasks = loaded.Tasks();
+            EXPECT_EQ(static_cast<int>(ChildNames(tasks).size()), VemAllTaskCompiledSuccesfully(tasks).NoOfTasks);
+            CObList* children = VemGetChildList(tasks);
+            for (POSITION pos = children->GetHeadPosition(); pos;) {
+                auto* task = static_cast<CVemBaseNode*>(children->GetNext(pos));
+                const std::string name = VemGetName(task).str() + ".tsk";
+                EXPECT_EQ(StoredObject(task), vemtest::ReadFileBytes(moved.file(windows ? Upper(name) : name))) << name;
+            }
+            ASSERT_EQ(VemWriteNode(loaded.root.get(), elsewhere.file("again.vem").c_str()), 1);
+            EXPECT_EQ(vemtest::ReadFileBytes(elsewhere.file("again.vem")), nodeBytes);
+        }
+    }
+}
+
+// Where each stored name leads: one row a layout of files, and the task that the load reads.
+TEST_F(TaskSearch, TheFirstPlaceInOrderWins) {
+    const std::string node = dir_.file("n/R.vem"), search1 = dir_.file("s1"), search2 = dir_.file("s2");
+    for (const char* d : {"n", "s1", "s2", "abs"}) fs::create_directory(dir_.file(d));
+    struct Row {
+        const char* stored;
+        std::vector<std::string> files;  // relative to dir_; the task in each is named by the file
+        const char* expected;            // the file read, or null for none
+        int search = 1;
+    };
+    const std::string abs = dir_.file("abs/T.tsk");
+    const std::vector<Row> rows = {
+        {"C:\\X\\T.tsk", {"n/T.tsk", "n/t.TSK", "s1/T.tsk"}, "n/T.tsk"},  // exact beats any case
+        {"C:\\X\\T.tsk", {"n/t.TSK", "s1/T.tsk"}, "n/t.TSK"},             // node's directory first
+        {"C:\\X\\T.tsk", {"n/a.tsk", "s1/T.TSK", "s2/T.tsk"}, "s1/T.TSK"}, // then the path in order
+        {"C:\\X\\T.tsk", {"s2/t.tsk"}, "s2/t.tsk"},
+        {"/X/Y/T.tsk", {"n/T.tsk"}, "n/T.tsk"},                           // slashes as well
+        {"..\\T.tsk", {"n/T.tsk"}, "n/T.tsk"},
+        {abs.c_str(), {"abs/T.tsk", "n/T.tsk"}, "abs/T.tsk"},            // a name that opens is used
+        {"C:\\X\\T.tsk", {"n/T.tsk"}, nullptr, 0},                       // the literal rule
+        {"C:\\X\\T.tsk", {"n/T.tsk.old", "s1/TT.tsk"}, nullptr},
+    };
+    // Missing, empty and null entries, and a file named as a directory, are passed over.
+    const std::string none = dir_.file("none");
+    const char* path[] = {"", search1.c_str(), nullptr, none.c_str(), node.c_str(), search2.c_str()};
+    VemSetTaskFileDirectories(path, 6);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.stored) + " -> " + (row.expected ? row.expected : "none"));
+        for (const char* d : {"n", "s1", "s2", "abs"})
+            for (const auto& e : fs::directory_iterator(dir_.file(d))) fs::remove(e.path());
+        for (const std::string& f : row.files) WriteTask(dir_.file(f), f.c_str());
+        WriteContainer(node, {{"T", row.stored}});
+        VemSetTaskFileSearch(row.search);
+        Loaded loaded(node);
+        ASSERT_NE(loaded.root, nullptr);
+        EXPECT_EQ(ChildNames(loaded.Tasks()), row.expected ? std::vector<std::string>{row.expected} : std::vector<std::string>{});
+        EXPECT_EQ(loaded.report.Count, row.expected ? 0 : 1);
+        EXPECT_EQ(VemGetTaskFileMap(loaded.Tasks())->GetCount(), 1);
+        CString stored;
+        EXPECT_TRUE(VemGetTaskFileMap(loaded.Tasks())->Lookup("T", stored));
+        EXPECT_EQ(stored, row.stored);  // a load never changes the names
+    }
+}
+
+TEST_F(TaskSearch, TheSearchPathIsSetAddedToAndCleared) {
+    EXPECT_EQ(VemGetTaskFileSearch(), 1);
+    fs::create_directory(dir_.file("s"));
+    WriteTask(dir_.file("s/T.tsk"), "T");
+    WriteContainer(dir_.file("R.vem"), {{"T", "C:\\X\\T.tsk"}});
+    const auto found = [&] { return ChildNames(Loaded(dir_.file("R.vem")).Tasks()).size(); };
+    EXPECT_EQ(found(), 0u);
+    EXPECT_EQ(VemAddTaskFileDirectory(nullptr), 0);
+    EXPECT_EQ(VemAddTaskFileDirectory(""), 0);
+    EXPECT_EQ(VemAddTaskFileDirectory(dir_.file("s").c_str()), 1);
+    EXPECT_EQ(found(), 1u);
+    VemSetTaskFileSearch(0);
+    EXPECT_EQ(VemGetTaskFileSearch(), 0);
+    EXPECT_EQ(found(), 0u);
+    VemSetTaskFileSearch(1);
+    VemClearTaskFileDirectories();
+    EXPECT_EQ(found(), 0u);
+    const std::string s = dir_.file("s");
+    const char* one[] = {s.c_str()};
+    VemSetTaskFileDirectories(one, 1);
+    EXPECT_EQ(found(), 1u);
+    VemSetTaskFileDirectories(nullptr, 0);
+    EXPECT_EQ(found(), 0u);
+}
+
+// Every entry that gives no child is listed once: the one where reading stopped with its reason and
+// the names tried, those behind it as skipped.
+TEST_F(TaskSearch, TheReportListsEveryTaskLeftOut) {
+    fs::create_directory(dir_.file("T2.tsk"));  // a directory where the file should be
+    WriteTask(dir_.file("T1.tsk"), "T1");
+    WriteTask(dir_.file("T3.tsk"), "T3");
+    vemtest::WriteFileBytes(dir_.file("T4.tsk"), {0x00, 0x00});  // a null object
+    VemAddTaskFileDirectory(dir_.file("none").c_str());
+    struct Row {
+        std::vector<std::pair<std::string, std::string>> tasks;
+        const char* stopper;
+        int reason;
+    };
+    const std::vector<Row> rows = {
+        {{{"T1", "C:\\A\\T1.TSK"}, {"T5", "C:\\A\\T5.TSK"}, {"T3", "T3.TSK"}}, "T5", tVemMissingTask::kNotFound},
+        {{{"T1", "C:\\A\\T1.TSK"}, {"T2", "C:\\A\\T2.TSK"}, {"T3", "T3.TSK"}}, "T2", tVemMissingTask::kNotReadable},
+        {{{"T1", "C:\\A\\T1.TSK"}, {"T4", "C:\\A\\T4.TSK"}, {"T3", "T3.TSK"}}, "T4", tVemMissingTask::kNotReadable},
+        {{{"T1", "C:\\A\\T1.TSK"}, {"T6", ""}, {"T3", "T3.TSK"}}, "T6", tVemMissingTask::kNotCompiled},
+        {{{"T1", "C:\\A\\T1.TSK"}, {"T3", "T3.TSK"}}, nullptr, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.stopper ? row.stopper : "whole");
+        WriteContainer(dir_.file("R.vem"), row.tasks);
+        Loaded loaded(dir_.file("R.vem"));
+        ASSERT_NE(loaded.root, nullptr);
+        // Walk the entries in the map's order, as the load does.
+        const CMapStringToString* map = VemGetTaskFileMap(loaded.Tasks());
+        std::vector<std::string> children, listed, expectedListed;
+        bool stopped = false;
+        CString name, file;
+        for (POSITION pos = map->GetStartPosition(); pos;) {
+            map->GetNextAssoc(pos, name, file);
+            stopped = stopped || name == row.stopper;
+            (stopped ? expectedListed : children).push_back(name.str());
+        }
+        if (row.reason == tVemMissingTask::kNotCompiled) {
+            expectedListed.insert(expectedListed.end(), children.begin(), children.end());
+            children.clear();
+        }
+        EXPECT_EQ(ChildNames(loaded.Tasks()), children);
+        for (int i = 0; i < loaded.report.Count; ++i) {
+            const tVemMissingTask& t = loaded.report.Tasks[i];
+            listed.push_back(t.TaskName);
+            CString stored;
+            EXPECT_TRUE(map->Lookup(t.TaskName, stored));
+            EXPECT_EQ(t.FileName, stored) << t.TaskName;
+            const bool isStopper = std::string(t.TaskName) == row.stopper;
+            EXPECT_EQ(t.Reason, isStopper ? row.reason : tVemMissingTask::kSkipped) << t.TaskName;
+            if (!isStopper || row.reason == tVemMissingTask::kNotCompiled) {
+                EXPECT_EQ(t.TriedCount, 0);
+            }
+        }
+        std::sort(listed.begin(), listed.end());
+        std::sort(expectedListed.begin(), expectedListed.end());
+        EXPECT_EQ(listed, expectedListed);
+    }
+    // The names tried: the stored one as a host name, then beside the node file, then the path.
+    WriteContainer(dir_.file("R.vem"), {{"T5", "C:\\A\\T5.TSK"}});
+    Loaded loaded(dir_.file("R.vem"));
+    ASSERT_EQ(loaded.report.Count, 1);
+    EXPECT_EQ(loaded.Tried(0), (std::vector<std::string>{"/A/T5.TSK", dir_.file("T5.TSK"), dir_.file("none/T5.TSK")}));
+    // A failed load lists nothing; the report is freed all the same.
+    Loaded failed(dir_.file("missing.vem"));
+    EXPECT_EQ(failed.root, nullptr);
+    EXPECT_EQ(failed.report.Count, 0);
+}
+
+// Names that are no task file stop the reading as before, also once searched for, and never hang.
+TEST_F(TaskSearch, BadNamesStopTheReading) {
+    fs::create_directory(dir_.file("n"));
+    fs::create_directory(dir_.file("n/D.tsk"));
+    fs::create_directory(dir_.file("s"));
+    ASSERT_EQ(::mkfifo(dir_.file("s/P.tsk").c_str(), 0600), 0);
+    VemAddTaskFileDirectory(dir_.file("s").c_str());
+    const std::vector<std::pair<std::string, int>> rows = {
+        {"", tVemMissingTask::kNotCompiled},
+        {"..", tVemMissingTask::kNotReadable},
+        {"C:\\X\\..", tVemMissingTask::kNotFound},
+        {"C:\\PLANT\\", tVemMissingTask::kNotFound},
+        {"C:\\X\\D.tsk", tVemMissingTask::kNotReadable},  // a directory beside the node file
+        {"C:\\X\\P.TSK", tVemMissingTask::kNotReadable},  // a pipe in the search path
+        {"/dev/null", tVemMissingTask::kNotReadable},
+    };
+    for (const auto& [stored, reason] : rows) {
+        SCOPED_TRACE(stored);
+        WriteContainer(dir_.file("n/R.vem"), {{"T", stored}});
+        Loaded loaded(dir_.file("n/R.vem"));
+        ASSERT_NE(loaded.root, nullptr);
+        EXPECT_TRUE(ChildNames(loaded.Tasks()).empty());
+        ASSERT_EQ(loaded.report.Count, 1);
+        EXPECT_EQ(loaded.report.Tasks[0].Reason, reason);
+    }
+}
+
+// Two names that lead to one file: the file is read once in a load, so the load fails as it does
+// for two equal names.
+TEST_F(TaskSearch, TwoNamesOfOneFoundFileFailTheLoad) {
+    WriteTask(dir_.file("T.TSK"), "T");
+    WriteContainer(dir_.file("R.vem"), {{"A", "C:\\A\\T.TSK"}, {"B", "D:\\B\\t.tsk"}});
+    Loaded loaded(dir_.file("R.vem"));
+    EXPECT_EQ(loaded.root, nullptr);
+    EXPECT_EQ(loaded.load.Failure, tVemLoadReport::kArchiveException);
+}

@@ -1,0 +1,584 @@
+// html: a compile result as one self-contained page: the tree, a search by path and by address,
+// and the details of a node, with the data embedded as compact JSON that the page's script reads.
+//
+// The data is column-wise (arrays rather than objects) and every text stands once in a string
+// table; see the description of the format at the top of html/page.js.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "tool.h"
+
+namespace vemtool {
+
+// The page's parts, embedded from tools/vemtool/html at build time.
+extern const unsigned char kHtmlPageBody[];
+extern const unsigned char kHtmlPageCss[];
+extern const unsigned char kHtmlPageJs[];
+
+namespace {
+
+bool IsVariable(u32 t) { return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode; }
+bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
+
+char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+std::string Upper(std::string s) {
+    for (char& c : s) c = AsciiUpper(c);
+    return s;
+}
+
+// The text in front of " : ", as the cross reference names a node.
+std::string CallName(const std::string& text) {
+    const std::size_t colon = text.rfind(':');
+    if (colon == std::string::npos || colon == 0) return text;
+    return text.substr(0, colon - 1);
+}
+
+// --- JSON text, written compactly. Texts are 8-bit; everything outside printable ASCII and the
+// characters that mean something in HTML are escaped, so the data can stand inside a script element.
+class Out {
+public:
+    std::string text;
+    void Raw(const char* s) { text += s; }
+    void Raw(char c) { text += c; }
+    void Num(long long v) { text += std::to_string(v); }
+    void Str(const std::string& s) {
+        static const char kHex[] = "0123456789abcdef";
+        text += '"';
+        for (unsigned char c : s) {
+            if (c >= 0x20 && c < 0x7F && c != '"' && c != '\\' && c != '<' && c != '>' && c != '&' && c != '\'') {
+                text += static_cast<char>(c);
+            } else {
+                text += "\\u00";
+                text += kHex[c >> 4];
+                text += kHex[c & 15];
+            }
+        }
+        text += '"';
+    }
+    void Nums(const char* key, const std::vector<long long>& values) {
+        Str(key);
+        text += ":[";
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            if (i) text += ',';
+            Num(values[i]);
+        }
+        text += ']';
+    }
+};
+
+// Every text once; index 0 is the empty text.
+class Strings {
+public:
+    Strings() { Id(std::string()); }
+    long long Id(const std::string& s) {
+        auto [it, added] = ids_.emplace(s, static_cast<long long>(list_.size()));
+        if (added) list_.push_back(s);
+        return it->second;
+    }
+    const std::vector<std::string>& List() const { return list_; }
+
+private:
+    std::unordered_map<std::string, long long> ids_;
+    std::vector<std::string> list_;
+};
+
+// --- Pictures: the library's icons and bitmaps as PNG images (stored deflate blocks, no compression).
+class Png {
+public:
+    static std::string DataUri(int width, int height, const std::vector<u32>& rgba) {
+        std::string raw;
+        for (int y = 0; y < height; ++y) {
+            raw += '\0';  // no filter
+            for (int x = 0; x < width; ++x) {
+                const u32 p = rgba[static_cast<std::size_t>(y * width + x)];
+                raw += static_cast<char>(p >> 24);
+                raw += static_cast<char>(p >> 16);
+                raw += static_cast<char>(p >> 8);
+                raw += static_cast<char>(p);
+            }
+        }
+        std::string png = "\x89PNG\r\n\x1a\n";
+        std::string ihdr;
+        Be32(ihdr, static_cast<u32>(width));
+        Be32(ihdr, static_cast<u32>(height));
+        ihdr += std::string("\x08\x06\x00\x00\x00", 5);  // 8 bits, RGBA
+        Chunk(png, "IHDR", ihdr);
+        Chunk(png, "IDAT", Zlib(raw));
+        Chunk(png, "IEND", "");
+        return "data:image/png;base64," + Base64(png);
+    }
+
+private:
+    static void Be32(std::string& out, u32 v) {
+        for (int s = 24; s >= 0; s -= 8) out += static_cast<char>(v >> s);
+    }
+    static u32 Crc(const std::string& data) {
+        u32 crc = 0xFFFFFFFFu;
+        for (unsigned char c : data) {
+            crc ^= c;
+            for (int k = 0; k < 8; ++k) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+        }
+        return crc ^ 0xFFFFFFFFu;
+    }
+    static void Chunk(std::string& png, const char* type, const std::string& data) {
+        Be32(png, static_cast<u32>(data.size()));
+        const std::string body = type + data;
+        png += body;
+        Be32(png, Crc(body));
+    }
+    static std::string Zlib(const std::string& raw) {
+        std::string out = "\x78\x01";
+        std::size_t at = 0;
+        do {
+            const std::size_t n = std::min<std::size_t>(raw.size() - at, 65535);
+            out += static_cast<char>(at + n == raw.size() ? 1 : 0);
+            out += static_cast<char>(n & 0xFF);
+            out += static_cast<char>(n >> 8);
+            out += static_cast<char>(~n & 0xFF);
+            out += static_cast<char>((~n >> 8) & 0xFF);
+            out.append(raw, at, n);
+            at += n;
+        } while (at < raw.size());
+        u32 a = 1, b = 0;
+        for (unsigned char c : raw) {
+            a = (a + c) % 65521;
+            b = (b + a) % 65521;
+        }
+        Be32(out, (b << 16) | a);
+        return out;
+    }
+    static std::string Base64(const std::string& in) {
+        static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        std::string out;
+        for (std::size_t i = 0; i < in.size(); i += 3) {
+            const u32 b0 = static_cast<unsigned char>(in[i]);
+            const u32 b1 = i + 1 < in.size() ? static_cast<unsigned char>(in[i + 1]) : 0;
+            const u32 b2 = i + 2 < in.size() ? static_cast<unsigned char>(in[i + 2]) : 0;
+            const u32 v = (b0 << 16) | (b1 << 8) | b2;
+            out += kDigits[(v >> 18) & 63];
+            out += kDigits[(v >> 12) & 63];
+            out += i + 1 < in.size() ? kDigits[(v >> 6) & 63] : '=';
+            out += i + 2 < in.size() ? kDigits[v & 63] : '=';
+        }
+        return out;
+    }
+};
+
+// A picture of the library's module as RGBA; a transparent pixel stays clear.
+std::string PictureUri(bool icon, unsigned id) {
+    int width = 0, height = 0;
+    std::vector<u32> rgba;
+    auto take = [&](auto pixel) {
+        rgba.resize(static_cast<std::size_t>(width * height));
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const COLORREF c = pixel(x, y);
+                rgba[static_cast<std::size_t>(y * width + x)] =
+                    c == kVemNoColor ? 0 : ((c & 0xFF) << 24) | (((c >> 8) & 0xFF) << 16) | (((c >> 16) & 0xFF) << 8) | 0xFF;
+            }
+        }
+    };
+    if (icon) {
+        const auto* module = static_cast<const CVemResourceModule*>(GetResourceHandleVemDll());
+        CSize size;
+        if (!module || !module->FindPicture(VemResourceKind::Icon, id, &size)) return std::string();
+        width = size.cx;
+        height = size.cy;
+        take([&](int x, int y) { return module->GetPixel(VemResourceKind::Icon, id, x, y); });
+    } else {
+        CBitmap bitmap;
+        if (!VemDllLoadBitmapID(&bitmap, id)) return std::string();
+        width = bitmap.Width();
+        height = bitmap.Height();
+        take([&](int x, int y) { return bitmap.GetPixel(x, y); });
+    }
+    if (width <= 0 || height <= 0) return std::string();
+    return Png::DataUri(width, height, rgba);
+}
+
+// --- The model of the page.
+class Page {
+public:
+    explicit Page(CVemBaseNode* root, const std::string& file) : root_(root), file_(file) {}
+    std::string Data();
+
+private:
+    void Nodes();
+    void Keys();
+    void Units();
+    void LineMaps();
+    void CrossReference();
+    void Pictures();
+
+    CVemBaseNode* root_;
+    std::string file_;
+    Strings strings_;
+    Out out_;
+    std::vector<CVemBaseNode*> nodes_;
+    std::unordered_map<CVemBaseNode*, long long> index_;
+    std::set<unsigned> icons_{102, 113}, bitmaps_{156, 157, 158};
+};
+
+void Page::Nodes() {
+    nodes_ = Subtree(root_);
+    for (std::size_t i = 0; i < nodes_.size(); ++i) index_.emplace(nodes_[i], static_cast<long long>(i));
+    std::map<std::vector<long long>, long long> kinds, attrs;
+    std::vector<long long> kind, name, text, children, open, attr, offset;
+    for (CVemBaseNode* n : nodes_) {
+        const u32 type = VemGetNodeType(n);
+        const unsigned icon = n->GetIconID(), bitmap = VemGetBitmapID(n);
+        icons_.insert(icon);
+        bitmaps_.insert(bitmap ? bitmap : 158);
+        const std::vector<long long> k{type, icon, bitmap, strings_.Id(n->GetRuntimeClass()->m_lpszClassName)};
+        kind.push_back(kinds.emplace(k, static_cast<long long>(kinds.size())).first->second);
+        const std::string bare = VemGetName(n).str();
+        const std::string shown = VemGetNodeText(n).str();
+        name.push_back(strings_.Id(bare));
+        children.push_back(VemGetChildList(n)->GetCount());
+        open.push_back(n->Expanded ? 1 : 0);
+        std::string derived = bare;
+        if (IsVariable(type)) {
+            const std::string typeName = VemGetTypeName(n).str();
+            if (!typeName.empty()) derived += " : " + typeName;
+            const long long flags = (VemIsReference(n) ? 1 : 0) | (VemIsNetVar(n) ? 2 : 0) | (VemGetVarInOut(n) ? 4 : 0) |
+                                    (VemCanVariableBeWatched(n) ? 8 : 0);
+            const std::vector<long long> a{strings_.Id(typeName), VemGetSize(n), VemGetVariableType(n), VemGetScope(n),
+                                           VemGetVarQualifier(n), VemGetParentSegment(n), VemGetSubSegmentKind(n), flags,
+                                           VemGetProgramNr(n)};
+            attr.push_back(attrs.emplace(a, static_cast<long long>(attrs.size()) + 1).first->second);
+            offset.push_back(VemGetOffset(n));
+        } else {
+            attr.push_back(0);
+            offset.push_back(0);
+        }
+        text.push_back(shown == derived ? 0 : strings_.Id(shown) + 1);
+    }
+    out_.Raw("\"kinds\":[");
+    std::vector<std::vector<long long>> kindList(kinds.size());
+    for (const auto& [k, id] : kinds) kindList[static_cast<std::size_t>(id)] = k;
+    for (std::size_t i = 0; i < kindList.size(); ++i) {
+        out_.Raw(i ? ",[" : "[");
+        for (std::size_t j = 0; j < kindList[i].size(); ++j) {
+            if (j) out_.Raw(',');
+            out_.Num(kindList[i][j]);
+        }
+        out_.Raw(']');
+    }
+    out_.Raw("],\"attrs\":[");
+    std::vector<std::vector<long long>> attrList(attrs.size());
+    for (const auto& [a, id] : attrs) attrList[static_cast<std::size_t>(id - 1)] = a;
+    for (std::size_t i = 0; i < attrList.size(); ++i) {
+        out_.Raw(i ? ",[" : "[");
+        for (std::size_t j = 0; j < attrList[i].size(); ++j) {
+            if (j) out_.Raw(',');
+            out_.Num(attrList[i][j]);
+        }
+        out_.Raw(']');
+    }
+    out_.Raw("],");
+    out_.Nums("kind", kind);
+    out_.Raw(',');
+    out_.Nums("name", name);
+    out_.Raw(',');
+    out_.Nums("text", text);
+    out_.Raw(',');
+    out_.Nums("children", children);
+    out_.Raw(',');
+    out_.Nums("open", open);
+    out_.Raw(',');
+    out_.Nums("attr", attr);
+    out_.Raw(',');
+    out_.Nums("offset", offset);
+}
+
+// The path maps of the compiled tasks, with the address of every key as the library gives it.
+// Sorted by address within a task, so that the same entries answer the search by address.
+void Page::Keys() {
+    struct Entry {
+        u32 address;
+        long long node, prefix, suffix;
+    };
+    std::vector<long long> tasks, node, prefix, suffix, address;
+    for (CVemBaseNode* task : CompiledTasks(root_)) {
+        VemCreateChildNodePathList(task);
+        CMapStringToOb* map = VemGetNodePath2NodeList(task);
+        if (!map) continue;
+        std::vector<Entry> entries;
+        CString key;
+        CObject* value = nullptr;
+        for (POSITION pos = map->GetStartPosition(); pos;) {
+            map->GetNextAssoc(pos, key, value);
+            const auto found = index_.find(static_cast<CVemBaseNode*>(value));
+            if (found == index_.end()) continue;
+            const std::string k = key.str();
+            const std::size_t dot = k.rfind('.');
+            const std::string head = dot == std::string::npos ? std::string() : k.substr(0, dot);
+            const std::string tail = dot == std::string::npos ? k : k.substr(dot + 1);
+            const bool plain = tail == Upper(VemGetName(static_cast<CVemBaseNode*>(value)).str());
+            entries.push_back({VemGetAbsoluteVariableOffset(task, key), found->second,
+                               dot == std::string::npos ? 0 : strings_.Id(head) + 1,
+                               plain ? 0 : strings_.Id(tail) + 1});
+        }
+        std::sort(entries.begin(), entries.end(),
+                  [](const Entry& a, const Entry& b) { return a.address != b.address ? a.address < b.address : a.node < b.node; });
+        tasks.push_back(index_.at(task));
+        tasks.push_back(static_cast<long long>(entries.size()));
+        u32 last = 0;
+        for (const Entry& e : entries) {
+            node.push_back(e.node);
+            prefix.push_back(e.prefix);
+            suffix.push_back(e.suffix);
+            address.push_back(static_cast<long long>(e.address) - last);
+            last = e.address;
+        }
+    }
+    out_.Raw(',');
+    out_.Nums("keyTasks", tasks);
+    out_.Raw(',');
+    out_.Nums("keyNode", node);
+    out_.Raw(',');
+    out_.Nums("keyPrefix", prefix);
+    out_.Raw(',');
+    out_.Nums("keySuffix", suffix);
+    out_.Raw(',');
+    out_.Nums("keyAddress", address);
+}
+
+// Units with their segments; the bytes of a segment only once, and only of segments that a unit names.
+void Page::Units() {
+    std::map<std::pair<long long, u16>, long long> segments;
+    Out segs;
+    out_.Raw(",\"units\":[");
+    bool first = true;
+    for (std::size_t i = 0; i < nodes_.size(); ++i) {
+        CVemBaseNode* n = nodes_[i];
+        const u32 type = VemGetNodeType(n);
+        if (!IsUnit(type)) continue;
+        // The segment numbers count in the table of the nearest compiled task or executable above.
+        CVemBaseNode* owner = n;
+        while (owner && !VemGetSegmentTable(owner)) owner = VemGetParentNode(owner);
+        CSegmentTable* table = owner ? VemGetSegmentTable(owner) : nullptr;
+        out_.Raw(first ? "[" : ",[");
+        first = false;
+        out_.Num(static_cast<long long>(i));
+        for (const u16 number : {VemGetCodeSegment(n), VemGetDataSegment(n), VemGetIniSegment(n)}) {
+            out_.Raw(',');
+            CVemByteArray* array = table && number != 0xFFFF ? VemSegTblGetSegment(table, number) : nullptr;
+            if (!array) {
+                out_.Num(-1);
+                continue;
+            }
+            const auto key = std::make_pair(index_.at(owner), number);
+            auto [it, added] = segments.emplace(key, static_cast<long long>(segments.size()));
+            if (added) {
+                static const char kHex[] = "0123456789abcdef";
+                std::string hex;
+                const u8* bytes = VemBaGetBytePointer(array);
+                for (u32 b = 0; b < VemBaGetLength(array); ++b) {
+                    hex += kHex[bytes[b] >> 4];
+                    hex += kHex[bytes[b] & 15];
+                }
+                segs.Raw(segs.text.empty() ? "[" : ",[");
+                segs.Num(key.first);
+                segs.Raw(',');
+                segs.Num(number);
+                segs.Raw(',');
+                segs.Num(VemBaGetByteSize(array));
+                segs.Raw(',');
+                segs.Num(VemBaIsMotorolaFormat(array) ? 1 : 0);
+                segs.Raw(',');
+                segs.Str(hex);
+                segs.Raw(']');
+            }
+            out_.Num(it->second);
+        }
+        out_.Raw(',');
+        out_.Num(strings_.Id(VemGetPathName(n).str()));
+        out_.Raw(',');
+        out_.Num(strings_.Id(VemGetCodePathName(n).str()));
+        out_.Raw(',');
+        out_.Num(VemGetCheckSum(n));
+        out_.Raw(',');
+        out_.Num(VemGetDataSegLength(n));
+        out_.Raw(',');
+        out_.Num(VemGetProgramNr(n));
+        out_.Raw(',');
+        out_.Num(VemGetGlobal(n));
+        out_.Raw(',');
+        out_.Num(VemGetDate(n));
+        out_.Raw(']');
+    }
+    out_.Raw("],\"segments\":[");
+    out_.Raw(segs.text.c_str());
+    out_.Raw(']');
+}
+
+void Page::LineMaps() {
+    out_.Raw(",\"lineMaps\":[");
+    bool first = true;
+    if (VemGetNodeType(root_) == kVemExeNode) {
+        for (CEVemBaseNode* code : CodeNodes(root_)) {
+            const std::string path = EVemGetPathName(code).str();
+            CMapStringToString map;
+            if (!EVemFillAwlLine2UcodeOffsetMap(root_, path.c_str(), &map)) continue;
+            std::vector<std::pair<long long, long long>> lines;
+            CString line, offset;
+            for (POSITION pos = map.GetStartPosition(); pos;) {
+                map.GetNextAssoc(pos, line, offset);
+                lines.emplace_back(std::atoll(line), std::atoll(offset));
+            }
+            std::sort(lines.begin(), lines.end());
+            out_.Raw(first ? "[" : ",[");
+            first = false;
+            out_.Num(strings_.Id(path));
+            for (const auto& [l, o] : lines) {
+                out_.Raw(',');
+                out_.Num(l);
+                out_.Raw(',');
+                out_.Num(o);
+            }
+            out_.Raw(']');
+        }
+    }
+    out_.Raw(']');
+}
+
+// Reads, writes and calls of every node that a statement can name. A statement names a node only by
+// its call name, alone or behind a point, so only nodes with such a name are asked.
+void Page::CrossReference() {
+    std::vector<long long> hits;
+    CMapStringToOb table;
+    if (VemGetNodeType(root_) == kVemExeNode && EVemCRBuildPouTableEx(root_, &table)) {
+        std::vector<CEVemBaseNode*> codes;
+        std::unordered_set<std::string> named;
+        CString key;
+        CObject* code = nullptr;
+        for (POSITION pos = table.GetStartPosition(); pos;) {
+            table.GetNextAssoc(pos, key, code);
+            codes.push_back(static_cast<CEVemBaseNode*>(code));
+            for (CEVemBaseNode* s = EVemGetStatementNode(codes.back()); s; s = EVemGetNext(s)) {
+                const std::string operand = EVemGetName(s).str();
+                named.insert(operand);
+                for (std::size_t dot = operand.find('.'); dot != std::string::npos; dot = operand.find('.', dot + 1)) {
+                    named.insert(operand.substr(dot + 1));
+                }
+            }
+        }
+        for (std::size_t i = 0; i < nodes_.size(); ++i) {
+            if (!named.count(CallName(VemGetNodeText(nodes_[i]).str()))) continue;
+            CStringList paths;
+            CWordArray lines, kinds;
+            for (CEVemBaseNode* c : codes) EVemCRExecQueryEx(c, nodes_[i], &paths, &lines, &kinds, 7);
+            int h = 0;
+            for (POSITION pos = paths.GetHeadPosition(); pos; ++h) {
+                hits.push_back(static_cast<long long>(i));
+                hits.push_back(strings_.Id(paths.GetNext(pos).str()));
+                hits.push_back(lines.GetAt(h));
+                hits.push_back(kinds.GetAt(h));
+            }
+        }
+    }
+    out_.Raw(',');
+    out_.Nums("xref", hits);
+}
+
+void Page::Pictures() {
+    out_.Raw(",\"pictures\":{");
+    bool first = true;
+    for (const auto& [set, icon] : {std::make_pair(&icons_, true), std::make_pair(&bitmaps_, false)}) {
+        for (unsigned id : *set) {
+            const std::string uri = PictureUri(icon, id);
+            if (uri.empty()) continue;
+            if (!first) out_.Raw(',');
+            first = false;
+            out_.Str((icon ? "i" : "b") + std::to_string(id));
+            out_.Raw(':');
+            out_.Str(uri);
+        }
+    }
+    out_.Raw('}');
+}
+
+std::string Page::Data() {
+    out_.Raw("{\"format\":1,\"file\":");
+    out_.Str(file_);
+    out_.Raw(',');
+    Nodes();
+    Keys();
+    Units();
+    LineMaps();
+    CrossReference();
+    Pictures();
+    out_.Raw(",\"strings\":[");
+    const std::vector<std::string>& list = strings_.List();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (i) out_.Raw(',');
+        out_.Str(list[i]);
+    }
+    out_.Raw("]}");
+    return std::move(out_.text);
+}
+
+std::string HtmlEscape(const std::string& text) {
+    std::string out;
+    for (unsigned char c : text) {
+        if (c == '<') out += "&lt;";
+        else if (c == '>') out += "&gt;";
+        else if (c == '&') out += "&amp;";
+        else if (c == '"') out += "&quot;";
+        else if (c >= 0x80) out += "&#" + std::to_string(c) + ";";  // 8-bit texts are Latin-1
+        else out += static_cast<char>(c);
+    }
+    return out;
+}
+
+}  // namespace
+
+int CmdHtml(const Options& o) {
+    const std::string out = o.Value("--output");
+    if (out.empty()) return Usage("html needs -o OUT.html");
+    if (out == "-") return Usage("html writes a file: -o OUT.html");
+    if (o.Files().size() != 1) return Usage("html takes one node file");
+    const std::string& file = o.Files()[0];
+    Tree tree(Load(o, file));
+    if (!tree.get()) return kFailed;
+
+    const std::size_t slash = file.find_last_of("/\\");
+    const std::string title = slash == std::string::npos ? file : file.substr(slash + 1);
+    std::string page = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n<title>";
+    page += HtmlEscape(title) + " - vemtool</title>\n<style>\n";
+    page += reinterpret_cast<const char*>(kHtmlPageCss);
+    page += "</style>\n</head>\n<body>\n";
+    page += reinterpret_cast<const char*>(kHtmlPageBody);
+    page += "<script type=\"application/json\" id=\"vem-data\">";
+    page += Page(tree.get(), title).Data();
+    page += "</script>\n<script>\n";
+    page += reinterpret_cast<const char*>(kHtmlPageJs);
+    page += "</script>\n</body></html>\n";
+
+    CVemReplaceFile target;
+    bool written = target.OpenReplace(out.c_str());
+    if (written) {
+        try {
+            target.Write(page.data(), static_cast<unsigned>(page.size()));
+            target.Commit();
+        } catch (const CFileException&) {
+            written = false;
+        }
+    }
+    if (!written) {
+        Error("cannot write %s", out.c_str());
+        return kFailed;
+    }
+    std::printf("%s: %zu nodes, %zu bytes\n", out.c_str(), Subtree(tree.get()).size(), page.size());
+    return kOk;
+}
+
+}  // namespace vemtool
