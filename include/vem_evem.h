@@ -47,6 +47,8 @@ VEM_API void EVemDeleteNode(CEVemBaseNode* node);
 VEM_API void EVemNodeDump(CEVemBaseNode* node, const char* fileName);
 // Code offset of a statement's instruction; nothing for a node that is no statement.
 VEM_API void EVemSetUcodeOffset(CEVemBaseNode* statement, u16 offset);
+// The code offset of a statement (0xCDCD if it was never set); 0 for a node that is no statement.
+VEM_API u16 EVemGetUcodeOffset(CEVemBaseNode* statement);
 
 // One node as an object reference, with its class name and the class schema 5. Both act only when
 // the switch holds exactly 1: otherwise EVemWriteObject gives 1 and EVemReadObject null, and

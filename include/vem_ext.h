@@ -72,6 +72,9 @@ VEM_API int VemSrcGetValue(const char* sourceFile, const char* key, CString& val
 VEM_API int VemSrcSetValue(const char* sourceFile, const char* key, const char* value);
 VEM_API int VemSrcGetUnit(const char* sourceFile, CString& kind, CString& name);
 
+// The instance text that a variable node stores; empty on every other node.
+VEM_API CString VemGetInstanceText(CVemBaseNode* node);
+
 // The map from task names to task files of a task container; null on every other node.
 VEM_API const CMapStringToString* VemGetTaskFileMap(CVemBaseNode* node);
 

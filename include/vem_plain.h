@@ -20,6 +20,9 @@ VEM_API tVemDimRange VemGetDimRange(CVemDimRange* range, u8 index);
 VEM_API u8 VemGetDimSize(CVemDimRange* range);
 VEM_API int VemLoadBitmap(CVemBaseNode* node, CBitmap* bitmap);
 VEM_API void VemSetArrayElementSizeOfType(CVemBaseNode* node, u16 size);
+// What an array node holds of its element type (0 on every other node), for inspection tools.
+VEM_API u16 VemGetArrayElementSizeOfType(CVemBaseNode* node);
+VEM_API u32 VemGetArrayCode(CVemBaseNode* node);
 VEM_API void* GetResourceHandleVemDll();
 VEM_API void InitVem();
 VEM_API void* InitVem32();

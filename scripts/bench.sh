@@ -9,7 +9,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 repetitions=${VEM_BENCH_REPETITIONS:-3}
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVEM_BUILD_TESTS=OFF -DVEM_BUILD_TOOLS=OFF > /dev/null
+cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVEM_BUILD_TESTS=OFF -DVEM_BUILD_TOOLS=ON > /dev/null
 ninja -C build-bench -j2 vem32_bench
 results=build-bench/bench-results.json
 build-bench/bench/vem32_bench --benchmark_repetitions="$repetitions" --benchmark_report_aggregates_only=true \

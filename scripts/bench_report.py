@@ -203,6 +203,23 @@ def compute(runs, baseline):
             dump_bytes = r.counter(f"BM_Dump/{size}", "dump_bytes") or 0
             r.row(f"Text dump of the whole resource ({fmt_num(dump_bytes)} bytes)", SIZES[size], f"BM_Dump/{size}")
 
+    # The tool as a user runs it: within twice the library's load plus the raw write of its output.
+    load, rate, raw_write = r.t("BM_Load/2"), r.counter("BM_Load/2", "file_bytes/s"), r.t("BM_FloorWriteBytes/2")
+    if load and rate and raw_write:
+        write_rate = rate * load / raw_write
+        for i, command in enumerate(("check", "dump", "tree", "segments", "query --addr", "export --json --compact")):
+            name = f"BM_Vemtool/2/{i}"
+            if name not in runs:
+                continue
+            out = r.counter(name, "output_bytes") or 0
+            floor = load + out / write_rate
+            limit = 2 * load + out / write_rate
+            met = r.t(name) <= limit
+            r.row(f"vemtool {command} ({fmt_num(out)} bytes of output)", "large", name, floor,
+                  f"load + write of the output {fmt_time(floor)}", goal=f"≤ {fmt_time(limit)}", met=met)
+            r.goal(f"vemtool {command} of the large resource within 2 × load + write of its output",
+                   f"{fmt_time(r.t(name))} of {fmt_time(limit)}", met)
+
     per_plain = r.counter("BM_PlainVariableHeap", "bytes_per_node")
     asked = r.counter("BM_PlainVariableHeap", "asked_bytes_per_node")
     allocs = r.counter("BM_PlainVariableHeap", "allocations_per_node")

@@ -48,6 +48,11 @@ void EVemSetUcodeOffset(CEVemBaseNode* statement, u16 offset) {
     static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset = offset;
 }
 
+u16 EVemGetUcodeOffset(CEVemBaseNode* statement) {
+    if (!EVemIsEnabled() || !EVemIsStatement(statement)) return 0;
+    return static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset;
+}
+
 int EVemWriteObject(CEVemBaseNode* node, CArchive& ar) {
     if (!EVemObjectsEnabled()) return 1;
     try {

@@ -18,7 +18,7 @@ FIRST_PAINT_MS = 1000
 EXPAND_MS = 100
 BYTES_PER_NODE = 120
 RUNS = 3
-LARGE = ["--tasks", "10", "--vars", "20000"]  # about 200,000 variables
+LARGE = ["--tasks", "40", "--vars", "5000"]  # about 200,000 variables
 PACKAGES = {"chromium": "/usr/bin/chromium", "chromium-driver": "/usr/bin/chromedriver"}
 
 
@@ -63,8 +63,8 @@ def run(tool, *args):
 
 def query_addr(tool, node_file, path):
     """(address, segment, offset) as `vemtool query --addr` gives them, or None."""
-    rc, out, _ = run(tool, "query", node_file, "--addr", path)
-    m = re.search(r"address (\d+)  \(segment (\d+), offset (\d+)", out)
+    rc, out, _ = run(tool, "query", node_file, "--addr", path, "--dec")
+    m = re.search(r"address (\d+) +\(segment (\d+), offset (\d+)", out)
     return tuple(int(g) for g in m.groups()) if rc == 0 and m else None
 
 
@@ -106,7 +106,7 @@ def check_tool(tool, work, node_files):
     for bad in (cut, os.path.join(work, "missing.vem")):
         want = run(tool, "check", bad)
         got = run(tool, "html", bad, "-o", os.path.join(work, "bad.html"))
-        check(got[0] == want[0] == 1 and got[1] == want[1], "html of %s: %r, check: %r" % (bad, got, want))
+        check(got[0] == want[0] == 1 and got[1:] == want[1:] and want[2], "html of %s: %r, check: %r" % (bad, got, want))
     check(not os.path.exists(os.path.join(work, "bad.html")), "a page written for a file that does not load")
     check(run(tool, "html", node_files[0])[0] == 2, "html without -o is a usage error")
     return pages
@@ -255,7 +255,7 @@ def check_large(driver, tool, node_file, page, out):
     check(paints and min(paints) <= FIRST_PAINT_MS, "first paint %s ms, budget %d" % (paints, FIRST_PAINT_MS))
     check(expands and min(expands) <= EXPAND_MS and statistics.median(expands) <= 2 * EXPAND_MS,
           "expansion %s ms, budget %d" % (expands, EXPAND_MS))
-    check_paths(driver, tool, node_file, ["TASK10.V19999", "SLOW.V12345", "GLOBAL.LINESPEED", "TASK5.DEB0.ET"])
+    check_paths(driver, tool, node_file, ["TASK40.V4999", "SLOW.V3456", "GLOBAL.LINESPEED", "TASK5.DEB0.ET"])
     driver.save_screenshot(os.path.join(out, "large.png"))
 
 

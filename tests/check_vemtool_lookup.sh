@@ -15,11 +15,15 @@ a="$work/a/LINE1.vem"
 
 # The address of a path leads back to it, by address and by segment and offset.
 expect_rc 0 "$tool" query "$a" --addr FAST.COUNT
-expect_out "address 108  (segment 4, offset 4"
+expect_out "address 0x00006C (segment 4, offset 0x0004"
 expect_rc 0 "$tool" query "$a" --at 0x6C --task fast
 expect_out "FAST       0x006C  seg 4+0x0004  FAST.COUNT  byte 0 of 2"
 expect_rc 0 "$tool" query "$a" --at 4:5 --task FAST
 expect_out "FAST.COUNT  byte 1 of 2"
+expect_rc 0 "$tool" query "$a" --at 108 --task FAST --dec
+expect_out "FAST          108  seg 4+4  FAST.COUNT  byte 0 of 2"
+expect_rc 2 "$tool" query "$a" --at 0x6C --json
+expect_rc 2 "$tool" query "$a" --addr FAST.COUNT --task FAST
 expect_rc 0 "$tool" query "$a" --at 0xFFFF
 expect_out "0xFFFF: no variable (outside every segment)"
 expect_rc 2 "$tool" query "$a" --at 12zz
@@ -29,10 +33,12 @@ expect_rc 1 "$tool" query "$a" --at 0x6C --task NOSUCH
 # The statement of a code offset, by unit name or path in any case, and the failures.
 expect_rc 0 "$tool" query "$a" --pc fast:0x6
 expect_out "C:\\PLANT\\FAST.st+0x0006  line 4"
+expect_rc 0 "$tool" query "$a" --pc fast:6 --dec
+expect_out "C:\\PLANT\\FAST.st+6  line 4"
 expect_rc 0 "$tool" query "$a" --pc 'c:\plant\fast.ST:4'
 expect_out "line 4"
 expect_rc 1 "$tool" query "$a" --pc FAST:0x600
-expect_out "beyond the unit's code"
+expect_out "beyond the unit's code (0x"
 expect_rc 1 "$tool" query "$a" --pc NOSUCH:0
 expect_rc 2 "$tool" query "$a" --pc FAST
 expect_rc 1 "$tool" --evem off query "$a" --pc FAST:0

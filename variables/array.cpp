@@ -280,3 +280,11 @@ extern "C" void VemSetArrayElementSizeOfType(CVemBaseNode* node, u16 size) {
     if (type < kVemArrayNode || type > 9) return;
     if (node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) static_cast<CVemArrayNode*>(node)->ElementSizeOfType = size;
 }
+
+extern "C" u16 VemGetArrayElementSizeOfType(CVemBaseNode* node) {
+    return node && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode)) ? static_cast<CVemArrayNode*>(node)->ElementSizeOfType : 0;
+}
+
+extern "C" u32 VemGetArrayCode(CVemBaseNode* node) {
+    return node && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode)) ? static_cast<CVemArrayNode*>(node)->ArrayCode : 0;
+}

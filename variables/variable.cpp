@@ -1,4 +1,5 @@
 #include "variables/variable.h"
+#include "vem_ext.h"
 
 #include "node/flags.h"
 #include "node/layoutepoch.h"
@@ -246,3 +247,8 @@ CVemBaseNode* VemCreateCVemVariableNode(CString name, u16 offset, tCbeType type,
 
 // A plain variable node, its name and its link in the parent's list stay within 200 bytes of heap.
 static_assert(sizeof(void*) != 8 || sizeof(CVemVariableNode) == 152, "a field of the node lies in padding");
+
+CString VemGetInstanceText(CVemBaseNode* node) {
+    return node && node->IsKindOf(RUNTIME_CLASS(CVemVariableNode)) ? static_cast<CVemVariableNode*>(node)->InstanceText
+                                                                   : CString();
+}

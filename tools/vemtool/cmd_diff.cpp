@@ -116,26 +116,16 @@ void PrintJson(tVemLayoutDiff* diff) {
 }  // namespace
 
 // Exit 0 when equal, 1 when they differ, 2 on bad usage or a file that does not load.
-int CmdDiff(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool diff OLD NEW [--json]\n\n"
-            "Compares two node files of a resource, each with its task files: per task the variables\n"
-            "added, removed, moved, resized or retyped, the units whose code changed, the segment\n"
-            "tables and the device settings, and says whether a controller running OLD keeps its data\n"
-            "when NEW replaces it. Exit 0 when equal, 1 when they differ, 2 on bad usage or a failed load.");
-        return kOk;
-    }
-    const bool json = args.TakeFlag("--json");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (args.Rest().size() != 2) return Usage("diff takes two node files");
-    Tree a(LoadOrReport(args.Rest()[0]));
+int CmdDiff(const Options& o) {
+    if (o.Files().size() != 2) return Usage("diff takes two node files");
+    const bool json = o.Has("--json");
+    Tree a(Load(o, o.Files()[0]));
     if (!a.get()) return kUsage;
-    Tree b(LoadOrReport(args.Rest()[1]));
+    Tree b(Load(o, o.Files()[1]));
     if (!b.get()) return kUsage;
     tVemLayoutDiff* diff = VemDiffNew(a.get(), b.get());
     if (!diff) {
-        std::fprintf(stderr, "vemtool: diff compares two compiled resources\n");
+        Error("diff compares two compiled resources");
         return kUsage;
     }
     if (json) {

@@ -17,14 +17,19 @@ void Bytes(Json& j, const char* key, CVemByteArray* array) {
         return;
     }
     j.BeginObject();
+    j.Field("class", array->GetRuntimeClass()->m_lpszClassName);
     j.Field("byteSize", VemBaGetByteSize(array));
-    j.Field("motorola", VemBaIsMotorolaFormat(array));
+    j.Key("motorola");
+    j.Bool(VemBaIsMotorolaFormat(array) != 0);
+    j.Field("alignment", VemBaGetAlignment(array));
+    j.Field("length", VemBaGetLength(array));
+    j.Field("checkSum", VemBaComputeCheckSum(array, 0));
     j.Key("bytes");
     j.Hex(VemBaGetBytePointer(array), VemBaGetLength(array));
     j.EndObject();
 }
 
-void Segments(Json& j, const char* key, CSegmentTable* table) {
+void Segments(Json& j, const char* key, CSegmentTable* table, const CDWordArray* absolute = nullptr) {
     j.Key(key);
     if (!table) {
         j.Null();
@@ -42,6 +47,9 @@ void Segments(Json& j, const char* key, CSegmentTable* table) {
         if (!segment) continue;
         j.BeginObject();
         j.Field("number", n);
+        j.Key("absoluteStart");
+        if (absolute && n < absolute->GetSize()) j.Unsigned(absolute->GetAt(n));
+        else j.Null();
         Bytes(j, "array", segment);
         j.EndObject();
     }
@@ -74,19 +82,62 @@ void DataContainer(Json& j, CVemBaseNode* node) {
     j.EndArray();
 }
 
-void Statement(Json& j, CEVemBaseNode* s) {
+void Named(Json& j, const char* key, const char* nameKey, u32 value, const char* name) {
+    j.Field(key, static_cast<long long>(value));
+    j.Field(nameKey, name);
+}
+
+void Statement(Json& j, CEVemBaseNode* s, int depth);
+
+void StatementOrNull(Json& j, const char* key, CEVemBaseNode* s, int depth) {
+    j.Key(key);
+    if (s) Statement(j, s, depth + 1);
+    else j.Null();
+}
+
+void NodeName(Json& j, const char* key, CVemBaseNode* node) {
+    j.Key(key);
+    if (node) j.String(VemGetName(node).GetString());
+    else j.Null();
+}
+
+// One statement with every field the statement model keeps; the nodes of the tree that it points
+// to are given by name.
+void Statement(Json& j, CEVemBaseNode* s, int depth) {
     j.BeginObject();
-    j.Field("type", EVemGetNodeType(s));
-    j.Field("awlLine", EVemGetAwlLine(s));
-    const CString name = EVemGetName(s);
-    if (!name.IsEmpty()) j.Field("name", name);
-    if (EVemGetAddressMode(s) != kEVemNoAddressMode) {
-        j.Field("nearOffset", EVemGetOffset(s));
-        j.Field("farOffset", EVemGetFarOffset(s));
-        j.Field("addressMode", EVemGetAddressMode(s));
+    Named(j, "type", "typeName", static_cast<u32>(EVemGetNodeType(s)), StatementTypeName(static_cast<u32>(EVemGetNodeType(s))));
+    u16 line = 0, column = 0;
+    EVemGetAwlPosition(s, line, column);
+    j.Field("awlLine", line);
+    j.Field("awlColumn", column);
+    j.Field("ucodeOffset", EVemGetUcodeOffset(s));
+    j.Field("name", EVemGetName(s));
+    j.Key("negOperand");
+    j.Bool(EVemGetNegOperand(s) != 0);
+    j.Field("accuType", EVemGetAccuType(s));
+    Named(j, "cbeType", "cbeTypeName", EVemGetCbeType(s), DataTypeName(EVemGetCbeType(s)));
+    Named(j, "addressMode", "addressModeName", EVemGetAddressMode(s), AddressModeName(EVemGetAddressMode(s)));
+    j.Field("nearOffset", EVemGetOffset(s));
+    j.Field("farOffset", EVemGetFarOffset(s));
+    j.Field("labelNum", EVemGetLabelNum(s));
+    Named(j, "inType", "inTypeName", EVemGetInType(s), DataTypeName(EVemGetInType(s)));
+    Named(j, "outType", "outTypeName", EVemGetOutType(s), DataTypeName(EVemGetOutType(s)));
+    j.Field("declaredType", EVemGetTypeName(s));
+    Bytes(j, "value", EVemGetValue(s));
+    NodeName(j, "vemNode", EVemGetVemNode(s));
+    NodeName(j, "instanceNode", EVemGetInstanceNode(s));
+    NodeName(j, "elementNode", EVemGetElementNode(s));
+    j.Key("indexNodes");
+    j.BeginArray();
+    const int count = depth < 16 ? EVemGetIndexCount(s) : 0;
+    for (int i = 0; i < count; ++i) {
+        if (CEVemBaseNode* index = EVemGetIndexNode(s, i)) Statement(j, index, depth + 1);
+        else j.Null();
     }
-    const CString typeName = EVemGetTypeName(s);
-    if (!typeName.IsEmpty()) j.Field("typeName", typeName);
+    j.EndArray();
+    StatementOrNull(j, "stringLParam", depth < 16 ? EVemGetStdStringLParamStmtNode(s) : nullptr, depth);
+    StatementOrNull(j, "stringPParam", depth < 16 ? EVemGetStdStringPParamStmtNode(s) : nullptr, depth);
+    StatementOrNull(j, "stringIn2Param", depth < 16 ? EVemGetStdStringIn2ParamStmtNode(s) : nullptr, depth);
     j.EndObject();
 }
 
@@ -99,11 +150,11 @@ void CodeNodes(Json& j, CVemBaseNode* node) {
         auto* code = static_cast<CEVemBaseNode*>(list->GetNext(pos));
         j.BeginObject();
         j.Field("pathName", EVemGetPathName(code));
-        j.Field("pouType", EVemGetPouType(code));
+        Named(j, "pouType", "pouTypeName", EVemGetPouType(code), PouTypeName(EVemGetPouType(code)));
         j.Field("dataSegSize", EVemGetDataSegSize(code));
         j.Key("statements");
         j.BeginArray();
-        for (CEVemBaseNode* s = EVemGetStatementNode(code); s; s = EVemGetNext(s)) Statement(j, s);
+        for (CEVemBaseNode* s = EVemGetStatementNode(code); s; s = EVemGetNext(s)) Statement(j, s, 0);
         j.EndArray();
         j.EndObject();
     }
@@ -149,15 +200,15 @@ void VariableFields(Json& j, CVemBaseNode* n) {
     j.Field("offset", VemGetOffset(n));
     j.Field("size", VemGetSize(n));
     j.Field("parentSegment", VemGetParentSegment(n));
-    j.Field("variableType", VemGetVariableType(n));
+    Named(j, "variableType", "variableTypeName", VemGetVariableType(n), DataTypeName(VemGetVariableType(n)));
     j.Field("reference", VemIsReference(n));
     j.Field("netVar", VemIsNetVar(n));
     j.Field("programNr", VemGetProgramNr(n));
-    j.Field("typeName", VemGetTypeName(n));
+    j.Field("declaredType", VemGetTypeName(n));
     j.Field("scope", VemGetScope(n));
     j.Field("canBeWatched", VemCanVariableBeWatched(n));
     j.Field("varInOut", VemGetVarInOut(n));
-    j.Field("subSegmentKind", VemGetSubSegmentKind(n));
+    Named(j, "subSegmentKind", "subSegmentKindName", VemGetSubSegmentKind(n), SegmentKindName(VemGetSubSegmentKind(n)));
     j.Field("piLocation", VemGetPiLocation(n));
     unsigned a = 0, b = 0;
     VemGetDclPosition(n, a, b);
@@ -167,6 +218,11 @@ void VariableFields(Json& j, CVemBaseNode* n) {
     j.Unsigned(b);
     j.EndArray();
     j.Field("qualifier", VemGetVarQualifier(n));
+    j.Field("instanceText", VemGetInstanceText(n));
+    j.Key("absoluteAddress");  // computed: the task's start of the segment plus the offset
+    u32 address = 0;
+    if (AbsoluteAddress(n, address)) j.Unsigned(address);
+    else j.Null();
 }
 
 void Node(Json& j, CVemBaseNode* n);
@@ -174,6 +230,8 @@ void Node(Json& j, CVemBaseNode* n);
 void ArrayFields(Json& j, CVemBaseNode* n) {
     j.Field("dimensions", VemGetDimensions(n));
     j.Field("headerLength", VemGetHeaderLength(n));
+    j.Field("arrayCode", VemGetArrayCode(n));
+    j.Field("elementSizeOfType", VemGetArrayElementSizeOfType(n));
     if (CVemDimRange* range = VemGetRange(n)) {
         j.Key("ranges");
         j.BeginArray();
@@ -184,6 +242,7 @@ void ArrayFields(Json& j, CVemBaseNode* n) {
                 j.BeginObject();
                 j.Field("low", r.LowBound);
                 j.Field("high", r.HighBound);
+                j.Field("current", r.CurrentIndex);
                 j.EndObject();
             } catch (const CInvalidArgException&) {
                 break;  // a range without entries for its count
@@ -234,12 +293,18 @@ void UnitFields(Json& j, CVemBaseNode* n) {
     j.EndArray();
 }
 
+Progress* gProgress = nullptr;
+std::size_t gWritten = 0;
+
 void Node(Json& j, CVemBaseNode* n) {
+    if (gProgress) gProgress->Step(++gWritten);
     const u32 type = VemGetNodeType(n);
     j.BeginObject();
-    j.Field("type", type);
+    Named(j, "type", "typeName", type, NodeTypeName(type));
     j.Field("class", n->GetRuntimeClass()->m_lpszClassName);
+    j.Field("text", VemGetNodeText(n));
     j.Field("name", VemGetName(n));
+    j.Field("serial", n->Serial);
     j.Field("expanded", n->Expanded);
     j.Field("extraText", n->ExtraText);
     if (IsVariable(type)) VariableFields(j, n);
@@ -257,7 +322,7 @@ void Node(Json& j, CVemBaseNode* n) {
         j.EndObject();
     }
     if (type == kVemTuiTaskNode || type == kVemExeNode) {
-        Segments(j, "segmentTable", VemGetSegmentTable(n));
+        Segments(j, "segmentTable", VemGetSegmentTable(n), n->GetAbsOffsets());
         AbsOffsets(j, n);
         DataContainer(j, n);
         CodeNodes(j, n);
@@ -280,22 +345,25 @@ void Node(Json& j, CVemBaseNode* n) {
 
 }  // namespace
 
-int CmdExport(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool export FILE --json\n\n"
-            "Writes the tree of FILE with the fields that its records store as JSON to standard\n"
-            "output. Texts are 8-bit and read as Latin-1; byte arrays are hexadecimal strings.");
-        return kOk;
-    }
-    const bool json = args.TakeFlag("--json");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (!json) return Usage("export needs --json");
-    if (args.Rest().size() != 1) return Usage("export takes one node file");
-    Tree tree(LoadOrReport(args.Rest()[0]));
+int CmdExport(const Options& o) {
+    if (!o.Has("--json")) return Usage("export needs --json");
+    if (o.Files().size() != 1) return Usage("export takes one node file");
+    Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
-    Json j(stdout);
+    if (!OpenOutput(o.Value("--output"))) return kFailed;
+    Progress progress("export", Subtree(tree.get()).size());
+    gProgress = &progress;
+    Json j(Out(), o.Has("--compact"));
+    j.BeginObject();
+    j.Field("schema", "vem32/1");
+    j.Field("file", o.Files()[0].c_str());
+    j.Key("evem");
+    j.Bool(State().evem);
+    j.Field("libraryVersion", GetVemDllVersion());
+    j.Key("root");
     Node(j, tree.get());
+    j.EndObject();
+    gProgress = nullptr;
     return kOk;
 }
 

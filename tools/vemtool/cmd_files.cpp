@@ -1,148 +1,213 @@
 // dump, tree, check, header: looking into node files and source files.
-#include <cstdio>
+#include <cctype>
+#include <cstdlib>
+#include <fstream>
 
-#include "taskfiles.h"
 #include "tool.h"
 
 namespace vemtool {
 
-int CmdDump(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool dump FILE [-o OUT]\n\n"
-            "Writes the library's node dump of FILE to standard output, or into OUT.");
-        return kOk;
+namespace {
+
+bool OneFile(const Options& o, const char* what, std::string& file, int& result) {
+    if (o.Files().size() == 1) {
+        file = o.Files()[0];
+        return true;
     }
-    std::string out;
-    const bool toFile = args.TakeValue("--output", out, "-o");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (args.Rest().size() != 1) return Usage("dump takes one node file");
-    Tree tree(LoadOrReport(args.Rest()[0]));
+    result = Usage(std::string(State().command) + " takes one " + what);
+    return false;
+}
+
+bool IsVariable(u32 t) { return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode; }
+bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
+
+void TreeLine(CVemBaseNode* node, int depth) {
+    const u32 type = VemGetNodeType(node);
+    std::string text(static_cast<std::size_t>(depth) * 2, ' ');
+    text += VemGetNodeText(node).str();
+    std::fprintf(Out(), "%-44s %-13s", text.c_str(), NodeTypeName(type));
+    u32 address = 0;
+    const bool placed = AbsoluteAddress(node, address);
+    if (IsVariable(type)) {
+        std::fprintf(Out(), " %-8s %4u:0x%04X", DataTypeName(VemGetVariableType(node)), VemGetParentSegment(node),
+                     static_cast<unsigned>(VemGetOffset(node)));
+        if (placed) std::fprintf(Out(), "  @0x%06X", address);
+        else std::fprintf(Out(), "  @-       ");
+        std::fprintf(Out(), "  size %u", static_cast<unsigned>(VemGetSize(node)));
+    } else if (IsUnit(type)) {
+        std::fprintf(Out(), " %-8s %4u:0x0000", "data", VemGetDataSegment(node));
+        if (placed) std::fprintf(Out(), "  @0x%06X", address);
+        else std::fprintf(Out(), "  @-       ");
+        std::fprintf(Out(), "  size %u", static_cast<unsigned>(VemGetDataSegLength(node)));
+    }
+    std::fputc('\n', Out());
+}
+
+void PrintTree(CVemBaseNode* node, int depth, int maxDepth) {
+    TreeLine(node, depth);
+    if (maxDepth >= 0 && depth >= maxDepth) return;
+    for (CVemBaseNode* child : Children(node)) PrintTree(child, depth + 1, maxDepth);
+}
+
+bool Count(const std::string& text, long& value) {
+    char* end = nullptr;
+    value = std::strtol(text.c_str(), &end, 10);
+    return !text.empty() && !*end && value >= 0;
+}
+
+}  // namespace
+
+int CmdDump(const Options& o) {
+    std::string file;
+    int result = kOk;
+    if (!OneFile(o, "node file", file, result)) return result;
+    Tree tree(Load(o, file));
     if (!tree.get()) return kFailed;
-    if (toFile) {
-        if (CVemNodeDump(tree.get(), out.c_str())) return kOk;
-        std::fprintf(stderr, "vemtool: cannot write %s\n", out.c_str());
-        return kFailed;
-    }
+    if (!OpenOutput(o.Value("--output"))) return kFailed;
     CMemFile text;
     CVemNodeDump(tree.get(), &text);
-    std::fwrite(text.Data().data(), 1, text.Data().size(), stdout);
+    std::fwrite(text.Data().data(), 1, text.Data().size(), Out());
     return kOk;
 }
 
-int CmdTree(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool tree FILE -o OUT.svg [--expand-all]\n\n"
-            "Paints the tree view of FILE into an SVG picture. Nodes are shown as they were stored,\n"
-            "or all expanded with --expand-all.");
+int CmdTree(const Options& o) {
+    std::string file;
+    int result = kOk;
+    if (!OneFile(o, "node file", file, result)) return result;
+    long depth = -1;
+    if (o.Has("--depth") && !Count(o.Value("--depth"), depth)) return Usage("--depth takes a number of levels");
+    const bool picture = o.Has("--output");
+    if (picture && (o.Has("--depth") || o.Has("--path"))) return Usage("--depth and --path are for the text tree, not -o");
+    if (!picture && o.Has("--expand-all")) return Usage("--expand-all is for the picture: give -o OUT.svg");
+    if (picture && o.Value("--output").empty()) return Usage("-o needs a file name");
+    Tree tree(Load(o, file));
+    if (!tree.get()) return kFailed;
+    if (!picture) {
+        CVemBaseNode* top = tree.get();
+        if (o.Has("--path")) {
+            top = FindNode(tree.get(), o.Value("--path"));
+            if (!top) return NotFound(tree.get(), o.Value("--path"), "no node of that path");
+        }
+        PrintTree(top, 0, static_cast<int>(depth));
         return kOk;
     }
-    std::string out;
-    const bool hasOut = args.TakeValue("--output", out, "-o");
-    const bool expandAll = args.TakeFlag("--expand-all");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (!hasOut || out.empty()) return Usage("tree needs -o OUT.svg");
-    if (args.Rest().size() != 1) return Usage("tree takes one node file");
-    Tree tree(LoadOrReport(args.Rest()[0]));
-    if (!tree.get()) return kFailed;
-    if (expandAll) {
+    const std::string out = o.Value("--output");
+    if (o.Has("--expand-all")) {
         for (CVemBaseNode* node : Subtree(tree.get())) VemSetExpanded(node, 1);
     }
     CVemSvgDC dc;
     VemDraw(tree.get(), &dc, CPoint(0, 0), CPoint(8, 8), tree.get());
     if (!dc.WriteFile(out.c_str(), VemGetBottomOfTree(tree.get()))) {
-        std::fprintf(stderr, "vemtool: cannot write %s\n", out.c_str());
+        Error("cannot write %s", out.c_str());
         return kFailed;
     }
     std::printf("%s: %zu nodes painted\n", out.c_str(), Subtree(tree.get()).size());
     return kOk;
 }
 
-CVemBaseNode* LoadChecked(const std::string& file, int* missingTasks) {
-    tVemLoadReport report;
+int CmdCheck(const Options& o) {
+    std::string file;
+    int result = kOk;
+    if (!OneFile(o, "node file", file, result)) return result;
     int missing = 0;
-    CVemBaseNode* root = LoadReportingTasks(file, report, missing);
-    if (missingTasks) *missingTasks = missing;
-    if (!root) {
-        static const char* const kinds[] = {"none", "cannot open", "file exception", "archive exception",
-                                            "memory exception", "platform exception"};
-        const int k = report.Failure >= 0 && report.Failure <= 5 ? report.Failure : 5;
-        std::printf("%s: FAILED\n  failure: %s\n  cause:   %d\n", file.c_str(), kinds[k], report.Cause);
-        if (report.RecordClass[0]) std::printf("  record:  %s\n", report.RecordClass);
-        std::printf("  offset:  %llu\n  message: %s\n", static_cast<unsigned long long>(report.Offset), report.Message);
-    }
-    return root;
-}
-
-int CmdCheck(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool check FILE\n\n"
-            "Loads FILE and the task files it names. On failure says which exception, which cause,\n"
-            "which class record and at which byte offset of FILE the load stopped.");
-        return kOk;
-    }
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (args.Rest().size() != 1) return Usage("check takes one node file");
-    const std::string& file = args.Rest()[0];
-    Tree tree(LoadChecked(file));
+    Tree tree(Load(o, file, &missing));
     if (!tree.get()) return kFailed;
     const std::vector<CVemBaseNode*> nodes = Subtree(tree.get());
-    std::printf("%s: OK, root %s of type %u, %zu nodes\n", file.c_str(), VemGetName(tree.get()).GetString(),
-                static_cast<unsigned>(VemGetNodeType(tree.get())), nodes.size());
+    std::printf("%s: OK, root %s of type %u %s, %zu nodes\n", file.c_str(), VemGetName(tree.get()).GetString(),
+                static_cast<unsigned>(VemGetNodeType(tree.get())), NodeTypeName(VemGetNodeType(tree.get())), nodes.size());
     for (CVemBaseNode* node : nodes) {
-        const tCompiledTasks tasks = VemAllTaskCompiledSuccesfully(node);
         if (VemGetNodeType(node) != kVemTaskContainerNode) continue;
+        const tCompiledTasks tasks = VemAllTaskCompiledSuccesfully(node);
         const int loaded = static_cast<int>(Children(node).size());
         std::printf("  %s: %d tasks, %d compiled, %d loaded\n", VemGetName(node).GetString(), tasks.NoOfTasks,
                     tasks.NoOfCompiledTasks, loaded);
         if (loaded != tasks.NoOfTasks) {
             std::printf("  not every task came back from its file\n");
-            if (!PartialAllowed()) return kFailed;
+            if (!o.Has("--partial")) {
+                Error("%s: %d of the %d tasks of %s did not come back from their files", file.c_str(),
+                      tasks.NoOfTasks - loaded, tasks.NoOfTasks, VemGetName(node).GetString());
+                result = kFailed;
+            }
         }
     }
-    return kOk;
+    return missing > 0 && !o.Has("--partial") ? kFailed : result;
 }
 
-int CmdHeader(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool header SRCFILE [--get KEY | --set KEY=VALUE | --unit]\n\n"
-            "Reads or changes one key of the block at the top of a source file, or names its unit.");
-        return kOk;
+namespace {
+
+// Whether the key block of a source file names the key: the library answers a missing key and an
+// empty value alike.
+bool HeaderHasKey(const std::string& file, const std::string& key) {
+    std::ifstream in(file, std::ios::binary);
+    std::string line;
+    bool inBlock = false;
+    auto upper = [](std::string s) {
+        for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        return s;
+    };
+    const std::string wanted = upper(key);
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (line.rfind("$BEGIN_ZQ_HEADER", 0) == 0) inBlock = true;
+        else if (line.rfind("$END_ZQ_HEADER", 0) == 0) return false;
+        else if (inBlock) {
+            const std::size_t eq = line.find('=');
+            std::string name = upper(line.substr(0, eq));
+            while (!name.empty() && std::isspace(static_cast<unsigned char>(name.back()))) name.pop_back();
+            while (!name.empty() && std::isspace(static_cast<unsigned char>(name.front()))) name.erase(0, 1);
+            if (name == wanted) return true;
+        }
     }
-    std::string key, assignment;
-    const bool get = args.TakeValue("--get", key);
-    const bool set = args.TakeValue("--set", assignment);
-    const bool unit = args.TakeFlag("--unit");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (args.Rest().size() != 1 || get + set + unit != 1) return Usage("header takes SRCFILE and one of --get, --set, --unit");
-    const std::string& file = args.Rest()[0];
+    return false;
+}
+
+std::string FirstLine(const CString& text) {
+    std::string s = text.str();
+    return s.substr(0, s.find_first_of("\r\n"));
+}
+
+}  // namespace
+
+int CmdHeader(const Options& o) {
+    std::string file;
+    int result = kOk;
+    if (!OneFile(o, "source file", file, result)) return result;
+    const bool get = o.Has("--get"), set = o.Has("--set"), unit = o.Has("--unit");
+    if (get + set + unit != 1) return Usage("header takes one of --get, --set, --unit");
+    if (file == "-" && set) return Usage("--set changes a file: give its name, not -");
     if (get) {
+        const std::string key = o.Value("--get");
         CString value;
+        file = InputPath(file);
         if (!VemSrcGetValue(file.c_str(), key.c_str(), value)) {
-            std::fprintf(stderr, "vemtool: cannot read %s\n", file.c_str());
+            Error("cannot read %s", file.c_str());
             return kFailed;
         }
-        std::printf("%s\n", value.GetString());
+        if (value.IsEmpty() && !HeaderHasKey(file, key)) {
+            Error("%s: no key %s in the header block", file.c_str(), key.c_str());
+            return kFailed;
+        }
+        std::fprintf(Out(), "%s\n", value.GetString());
         return kOk;
     }
     if (set) {
+        const std::string assignment = o.Value("--set");
         const std::size_t eq = assignment.find('=');
         if (eq == std::string::npos || eq == 0) return Usage("--set takes KEY=VALUE");
         if (!VemSrcSetValue(file.c_str(), assignment.substr(0, eq).c_str(), assignment.substr(eq + 1).c_str())) {
-            std::fprintf(stderr, "vemtool: cannot change %s\n", file.c_str());
+            Error("cannot change %s", file.c_str());
             return kFailed;
         }
         return kOk;
     }
     CString kind, name;
+    file = InputPath(file);
     if (!VemSrcGetUnit(file.c_str(), kind, name)) {
-        std::fprintf(stderr, "vemtool: no unit found in %s\n", file.c_str());
+        Error("%s: no unit found", file.c_str());
         return kFailed;
     }
-    std::printf("%s %s\n", kind.GetString(), name.GetString());
+    // A file with bare line feeds reads as one line: the name ends at the first line end.
+    std::fprintf(Out(), "%s %s\n", FirstLine(kind).c_str(), FirstLine(name).c_str());
     return kOk;
 }
 

@@ -13,7 +13,6 @@
 #include <unordered_set>
 #include <vector>
 
-#include "taskfiles.h"
 #include "tool.h"
 
 namespace vemtool {
@@ -542,25 +541,14 @@ std::string HtmlEscape(const std::string& text) {
 
 }  // namespace
 
-int CmdHtml(Args args) {
-    if (args.Help()) {
-        std::puts(
-            "usage: vemtool html FILE -o OUT.html\n\n"
-            "Writes one self-contained page that shows the tree of FILE with the library's node texts\n"
-            "and pictures, a search by path (TASK.VAR) or by address (123, 0x7B, TASK:123), and the\n"
-            "details of the selected node: a variable's layout, a unit's segments as hexadecimal,\n"
-            "its line map and the cross reference of its variables. The page needs no network.");
-        return kOk;
-    }
-    std::string out;
-    const bool hasOut = args.TakeValue("--output", out, "-o");
-    if (!args.UnknownOption().empty()) return Usage(("unknown option " + args.UnknownOption()).c_str());
-    if (!hasOut || out.empty()) return Usage("html needs -o OUT.html");
-    if (args.Rest().size() != 1) return Usage("html takes one node file");
-    const std::string& file = args.Rest()[0];
-    int missing = 0;
-    Tree tree(LoadChecked(file, &missing));
-    if (!tree.get() || (missing > 0 && !PartialAllowed())) return kFailed;
+int CmdHtml(const Options& o) {
+    const std::string out = o.Value("--output");
+    if (out.empty()) return Usage("html needs -o OUT.html");
+    if (out == "-") return Usage("html writes a file: -o OUT.html");
+    if (o.Files().size() != 1) return Usage("html takes one node file");
+    const std::string& file = o.Files()[0];
+    Tree tree(Load(o, file));
+    if (!tree.get()) return kFailed;
 
     const std::size_t slash = file.find_last_of("/\\");
     const std::string title = slash == std::string::npos ? file : file.substr(slash + 1);
@@ -586,7 +574,7 @@ int CmdHtml(Args args) {
         }
     }
     if (!written) {
-        std::fprintf(stderr, "vemtool: cannot write %s\n", out.c_str());
+        Error("cannot write %s", out.c_str());
         return kFailed;
     }
     std::printf("%s: %zu nodes, %zu bytes\n", out.c_str(), Subtree(tree.get()).size(), page.size());

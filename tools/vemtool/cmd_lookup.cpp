@@ -21,9 +21,9 @@ bool ParseNumber(const std::string& text, u32& value) {
 
 const char* SegmentRole(int kind) { return kind == 1 ? "data" : kind == 2 ? "code" : "segment"; }
 
-void PrintHit(const tVemAddressHit& hit) {
-    std::printf("%-10s 0x%04X  seg %u+0x%04X  %s", VemGetName(hit.Task).GetString(), hit.Address, hit.Segment,
-                hit.SegmentOffset, hit.Name);
+void PrintHit(const tVemAddressHit& hit, bool dec) {
+    std::printf(dec ? "%-10s %6u  seg %u+%u  %s" : "%-10s 0x%04X  seg %u+0x%04X  %s", VemGetName(hit.Task).GetString(),
+                hit.Address, hit.Segment, hit.SegmentOffset, hit.Name);
     if (hit.Size) std::printf("  byte %u of %u", hit.ByteOffset, hit.Size);
     if (std::string(hit.Path) != hit.Name) std::printf("  (path %s)", hit.Path);
     if (hit.Covering > 1) std::printf("  [%u variables cover it]", hit.Covering);
@@ -31,10 +31,10 @@ void PrintHit(const tVemAddressHit& hit) {
 }
 
 // The variable at each place, in every task of the index or in the one of --task.
-int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::string& taskName) {
+int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::string& taskName, bool dec) {
     tVemAddressIndex* index = VemAddrIndexNew(root);
     if (!index) {
-        std::fprintf(stderr, "vemtool: the file holds no compiled task\n");
+        Error("the file holds no compiled task");
         return kFailed;
     }
     int first = 0;
@@ -42,7 +42,7 @@ int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::st
     if (!taskName.empty()) {
         first = VemAddrIndexFindTask(index, taskName.c_str());
         if (first < 0) {
-            std::fprintf(stderr, "vemtool: no compiled task %s\n", taskName.c_str());
+            Error("no compiled task %s", taskName.c_str());
             VemAddrIndexDelete(index);
             return kFailed;
         }
@@ -56,7 +56,7 @@ int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::st
                             segment > 0xFFFF || offset > 0xFFFF
                       : !ParseNumber(place, address)) {
             VemAddrIndexDelete(index);
-            return Usage(("--at takes an address or SEG:OFFSET, not " + place).c_str());
+            return Usage("--at takes an address or SEG:OFFSET, not " + place);
         }
         bool any = false;
         std::string where;
@@ -65,11 +65,12 @@ int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::st
             const int found = bySegment ? VemAddrLookupSegment(index, t, static_cast<u16>(segment), static_cast<u16>(offset), &hit)
                                         : VemAddrLookup(index, t, address, &hit);
             if (found == kVemAddrFound) {
-                PrintHit(hit);
+                PrintHit(hit, dec);
                 any = true;
             } else if (hit.Segment != 0xFFFF && where.empty()) {
                 char text[160];
-                std::snprintf(text, sizeof text, " (%s, seg %u+0x%04X, %s of %s)", VemGetName(hit.Task).GetString(),
+                std::snprintf(text, sizeof text, dec ? " (%s, seg %u+%u, %s of %s)" : " (%s, seg %u+0x%04X, %s of %s)",
+                              VemGetName(hit.Task).GetString(),
                               hit.Segment, hit.SegmentOffset, SegmentRole(hit.UnitSegment),
                               hit.Unit ? VemGetName(hit.Unit).GetString() : "no unit");
                 where = text;
@@ -92,14 +93,14 @@ const char* CodeFailure(int failure) {
 }
 
 // The statement at UNIT:OFFSET, the unit by name, path or code segment number.
-int Pc(CVemBaseNode* root, const std::string& place, const std::string& taskName) {
+int Pc(CVemBaseNode* root, const std::string& place, const std::string& taskName, bool dec) {
     const auto colon = place.rfind(':');
     u32 offset = 0;
     if (colon == std::string::npos || colon == 0 || !ParseNumber(place.substr(colon + 1), offset)) {
-        return Usage(("--pc takes UNIT:OFFSET, not " + place).c_str());
+        return Usage("--pc takes UNIT:OFFSET, not " + place);
     }
     if (VemGetNodeType(root) != kVemExeNode) {
-        std::fprintf(stderr, "vemtool: the file is not a compiled resource\n");
+        Error("the file is not a compiled resource");
         return kFailed;
     }
     const std::string unit = place.substr(0, colon);
@@ -109,7 +110,7 @@ int Pc(CVemBaseNode* root, const std::string& place, const std::string& taskName
             if (VemGetName(t).CompareNoCase(taskName.c_str()) == 0) task = t;
         }
         if (!task) {
-            std::fprintf(stderr, "vemtool: no compiled task %s\n", taskName.c_str());
+            Error("no compiled task %s", taskName.c_str());
             return kFailed;
         }
     }
@@ -121,13 +122,13 @@ int Pc(CVemBaseNode* root, const std::string& place, const std::string& taskName
                           : VemCodeLookup(index, unit.c_str(), offset, &hit);
     int result = kOk;
     if (found) {
-        std::printf("%s+0x%04X  line %u  %s %s  (statement at 0x%04X", hit.UnitPath, offset, hit.AwlLine, hit.TypeText,
-                    hit.Operand, hit.UcodeOffset);
-        if (hit.CodeLength) std::printf(", code 0x%04X bytes", hit.CodeLength);
+        std::printf(dec ? "%s+%u  line %u  %s %s  (statement at %u" : "%s+0x%04X  line %u  %s %s  (statement at 0x%04X",
+                    hit.UnitPath, offset, hit.AwlLine, hit.TypeText, hit.Operand, hit.UcodeOffset);
+        if (hit.CodeLength) std::printf(dec ? ", code %u bytes" : ", code 0x%04X bytes", hit.CodeLength);
         std::printf(")\n");
     } else {
         std::fprintf(stderr, "vemtool: %s: %s", place.c_str(), CodeFailure(hit.Failure));
-        if (hit.Failure == kVemCodeBeyond) std::fprintf(stderr, " (0x%04X bytes)", hit.CodeLength);
+        if (hit.Failure == kVemCodeBeyond) std::fprintf(stderr, dec ? " (%u bytes)" : " (0x%04X bytes)", hit.CodeLength);
         std::fprintf(stderr, "\n");
         result = kFailed;
     }
@@ -137,31 +138,10 @@ int Pc(CVemBaseNode* root, const std::string& place, const std::string& taskName
 
 }  // namespace
 
-int QueryLookup(Args& args) {
-    const std::vector<std::string> places = args.TakeAll("--at");
-    std::string pc, task;
-    const bool code = args.TakeValue("--pc", pc);
-    if (places.empty() && !code) return -1;
-    args.TakeValue("--task", task);
-    if (!args.UnknownOption().empty()) return Usage(("unknown option or missing value " + args.UnknownOption()).c_str());
-    if (!places.empty() && code) return Usage("query takes --at or --pc, not both");
-    if (args.Rest().size() != 1) return Usage("query takes one node file");
-    Tree tree(LoadOrReport(args.Rest()[0]));
-    if (!tree.get()) return kFailed;
-    return code ? Pc(tree.get(), pc, task) : At(tree.get(), places, task);
+int QueryLookup(const Options& o, CVemBaseNode* root) {
+    const std::string task = o.Value("--task");
+    const bool dec = o.Has("--dec");
+    return o.Has("--pc") ? Pc(root, o.Value("--pc"), task, dec) : At(root, o.Values("--at"), task, dec);
 }
-
-}  // namespace vemtool
-
-namespace vemtool {
-
-const char kQueryLookupHelp[] =
-    "\n"
-    "       vemtool query FILE --at ADDRESS|SEG:OFFSET [--at ...] [--task NAME]\n"
-    "       vemtool query FILE --pc UNIT:OFFSET [--task NAME]\n\n"
-    "--at   the innermost variable at an absolute address of a task's segments (0x6C or 108), or at\n"
-    "       an offset of a segment; in every compiled task, or in the one of --task\n"
-    "--pc   the statement whose code covers the offset of a unit, the unit by name, source path or\n"
-    "       code segment number (a unit of \"Global - Resource\", or of the task of --task)";
 
 }  // namespace vemtool

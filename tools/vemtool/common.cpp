@@ -1,68 +1,103 @@
-#include <cstdio>
+#include <cerrno>
+#include <chrono>
+#include <cstdarg>
+#include <cstring>
 
-#include "taskfiles.h"
 #include "tool.h"
 
 namespace vemtool {
 
-bool Args::Help() const {
-    for (const std::string& a : args_) {
-        if (a == "--help" || a == "-h") return true;
-    }
-    return false;
+namespace {
+
+std::FILE* gOut = stdout;
+std::string gOutName = "standard output";
+
+double Now() {
+    using namespace std::chrono;
+    return duration<double>(steady_clock::now().time_since_epoch()).count();
 }
 
-bool Args::TakeValue(const std::string& name, std::string& value, const std::string& shortName) {
-    for (std::size_t i = 0; i < args_.size(); ++i) {
-        if (args_[i] != name && (shortName.empty() || args_[i] != shortName)) continue;
-        if (i + 1 >= args_.size()) {
-            value.clear();
-            args_.erase(args_.begin() + static_cast<long>(i));
-            return false;
-        }
-        value = args_[i + 1];
-        args_.erase(args_.begin() + static_cast<long>(i), args_.begin() + static_cast<long>(i) + 2);
-        return true;
-    }
-    return false;
+// A write error of one stream, said once; true if the stream is whole.
+bool Flushed(std::FILE* f, const std::string& name) {
+    const bool failed = std::fflush(f) != 0 || std::ferror(f);
+    if (failed) Error("cannot write %s: %s", name.c_str(), std::strerror(errno ? errno : EIO));
+    return !failed;
 }
 
-bool Args::TakeFlag(const std::string& name) {
-    for (std::size_t i = 0; i < args_.size(); ++i) {
-        if (args_[i] == name) {
-            args_.erase(args_.begin() + static_cast<long>(i));
-            return true;
-        }
-    }
-    return false;
+}  // namespace
+
+Run& State() {
+    static Run run;
+    return run;
 }
 
-std::vector<std::string> Args::TakeAll(const std::string& name) {
-    std::vector<std::string> values;
-    std::string v;
-    while (TakeValue(name, v)) values.push_back(v);
-    return values;
+std::string Options::Value(const std::string& name, const std::string& otherwise) const {
+    const auto it = values_.find(name);
+    return it == values_.end() || it->second.empty() ? otherwise : it->second.back();
 }
 
-std::string Args::UnknownOption() const {
-    for (const std::string& a : args_) {
-        if (a.size() > 1 && a[0] == '-') return a;
-    }
-    return std::string();
+const std::vector<std::string>& Options::Values(const std::string& name) const {
+    static const std::vector<std::string> kNone;
+    const auto it = values_.find(name);
+    return it == values_.end() ? kNone : it->second;
 }
 
-int Usage(const char* text) {
-    std::fprintf(stderr, "vemtool: %s (see --help)\n", text);
+void Error(const char* format, ...) {
+    std::fputs("vemtool: ", stderr);
+    va_list args;
+    va_start(args, format);
+    std::vfprintf(stderr, format, args);
+    va_end(args);
+    std::fputc('\n', stderr);
+}
+
+int Usage(const std::string& text) {
+    Error("%s (see vemtool help %s)", text.c_str(), State().command.c_str());
     return kUsage;
 }
 
-CVemBaseNode* LoadOrReport(const std::string& file) {
-    tVemLoadReport report;
-    int missing = 0;
-    CVemBaseNode* root = LoadReportingTasks(file, report, missing);
-    if (!root) std::fprintf(stderr, "vemtool: cannot load %s: %s\n", file.c_str(), report.Message);
-    if (root && missing > 0 && !PartialAllowed()) VemDeleteNode(root);  // not a whole result; sets null
-    return root;
+std::FILE* Out() { return gOut; }
+
+bool OpenOutput(const std::string& path) {
+    if (path.empty() || path == "-") return true;
+    std::FILE* f = std::fopen(path.c_str(), "wb");
+    if (!f) {
+        Error("cannot write %s: %s", path.c_str(), std::strerror(errno));
+        return false;
+    }
+    gOut = f;
+    gOutName = path;
+    return true;
+}
+
+int FinishOutput(int result) {
+    bool whole = true;
+    if (gOut != stdout) {
+        whole = Flushed(gOut, gOutName);
+        if (std::fclose(gOut) != 0 && whole) {
+            Error("cannot write %s: %s", gOutName.c_str(), std::strerror(errno));
+            whole = false;
+        }
+        gOut = stdout;
+    }
+    whole = Flushed(stdout, "standard output") && whole;
+    return whole || result == kUsage ? result : kFailed;
+}
+
+Progress::Progress(const char* what, std::size_t total) : what_(what), total_(total), start_(Now()) {}
+
+Progress::~Progress() {
+    if (shown_) std::fprintf(stderr, "\r\033[K");
+}
+
+void Progress::Step(std::size_t done) {
+    if (!State().progress || total_ == 0) return;
+    const double now = Now();
+    if (now - start_ < 1.0 || now - last_ < 0.2) return;
+    last_ = now;
+    shown_ = true;
+    std::fprintf(stderr, "\rvemtool: %s %3zu%%", what_, done * 100 / total_);
+    std::fflush(stderr);
 }
 
 std::vector<CVemBaseNode*> Children(CVemBaseNode* node) {
@@ -91,6 +126,30 @@ std::vector<CEVemBaseNode*> CodeNodes(CVemBaseNode* exe) {
     if (!list) return out;
     for (POSITION pos = list->GetHeadPosition(); pos;) out.push_back(static_cast<CEVemBaseNode*>(list->GetNext(pos)));
     return out;
+}
+
+bool AbsoluteAddress(CVemBaseNode* task, u16 segment, u16 offset, u32& address) {
+    const CDWordArray* table = task ? task->GetAbsOffsets() : nullptr;
+    if (!table || segment >= table->GetSize()) return false;
+    address = table->GetAt(segment) + offset;
+    return true;
+}
+
+bool AbsoluteAddress(CVemBaseNode* node, u32& address) {
+    CVemBaseNode* task = node;
+    while (task && VemGetNodeType(task) != kVemTuiTaskNode) task = VemGetParentNode(task);
+    if (!task) return false;
+    const u32 type = VemGetNodeType(node);
+    const bool unit = type == kVemProgramNode || type == kVemFbNode || type == kVemFunctionNode || type == kVemTuiTaskNode;
+    if (unit) return AbsoluteAddress(task, VemGetDataSegment(node), 0, address);
+    // Members of an expanded structure element count from the element (see Resolve).
+    u16 offset = static_cast<u16>(VemGetOffset(node));
+    for (CVemBaseNode* at = VemGetParentNode(node); at && VemGetParentNode(at); at = VemGetParentNode(at)) {
+        if (VemGetNodeType(at) == kVemStructNode && VemGetNodeType(VemGetParentNode(at)) == kVemArrayNode) {
+            offset = static_cast<u16>(offset + VemGetOffset(at));
+        }
+    }
+    return AbsoluteAddress(task, VemGetParentSegment(node), offset, address);
 }
 
 }  // namespace vemtool

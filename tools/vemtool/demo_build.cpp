@@ -67,7 +67,7 @@ u16 AddSegment(CSegmentTable* table, u16 length, u8 kind) {
 struct Stmt {
     tEVemNodeType type;
     u16 line;
-    const char* operand;
+    std::string operand;  // owned: the texts of generated operands are made per statement
 };
 
 CEVemBaseNode* CodeNode(const std::string& name, const std::string& path, tEVemPouType kind,
@@ -81,7 +81,7 @@ CEVemBaseNode* CodeNode(const std::string& name, const std::string& path, tEVemP
     for (const Stmt& s : statements) {
         CEVemBaseNode* node = EVemAddNewStmtNode(code, s.type);
         EVemSetAwlPosition(node, s.line, 2);
-        if (s.operand) EVemSetName(node, s.operand);
+        if (!s.operand.empty()) EVemSetName(node, s.operand.c_str());
         if (s.type == kEVemLdVariableStmtNode || s.type == kEVemStVariableStmtNode) {
             EVemSetAddressMode(node, kEVemNearAddress);
         }
@@ -100,28 +100,21 @@ void AddCode(CVemBaseNode* task, CEVemBaseNode* code) {
 std::vector<Stmt> ProgramStatements(int units) {
     std::vector<Stmt> s = {
         {kEVemLdVariableStmtNode, 3, "Running"},  {kEVemLdVariableStmtNode, 4, "Count"},
-        {kEVemAddConstStmtNode, 5, nullptr},      {kEVemStVariableStmtNode, 6, "Count"},
+        {kEVemAddConstStmtNode, 5, {}},      {kEVemStVariableStmtNode, 6, "Count"},
         {kEVemLdVariableStmtNode, 7, "Count"},    {kEVemGtVarStmtNode, 8, "LineSpeed"},
         {kEVemStVariableStmtNode, 9, "Running"},
     };
     u16 line = 10;
     for (int k = 0; k < units; ++k) {
-        const std::string deb = "Deb" + std::to_string(k);
-        static std::vector<std::string> names;  // operand texts live as long as the program
-        names.push_back(deb);
-        names.push_back(deb + ".IN");
-        names.push_back(deb + ".Q");
-        const char* inst = names[names.size() - 3].c_str();
-        const char* in = names[names.size() - 2].c_str();
-        const char* q = names[names.size() - 1].c_str();
-        s.push_back({kEVemInputInoutParamListStmtNode, line, nullptr});
+        const std::string inst = "Deb" + std::to_string(k);
+        s.push_back({kEVemInputInoutParamListStmtNode, line, {}});
         s.push_back({kEVemLdVariableStmtNode, line, "Running"});
-        s.push_back({kEVemStVariableStmtNode, line, in});
+        s.push_back({kEVemStVariableStmtNode, line, inst + ".IN"});
         s.push_back({kEVemCalFbStmtNode, line, inst});
-        s.push_back({kEVemOutputParamListStmtNode, static_cast<u16>(line + 1), nullptr});
-        s.push_back({kEVemLdVariableStmtNode, static_cast<u16>(line + 1), q});
+        s.push_back({kEVemOutputParamListStmtNode, static_cast<u16>(line + 1), {}});
+        s.push_back({kEVemLdVariableStmtNode, static_cast<u16>(line + 1), inst + ".Q"});
         s.push_back({kEVemStVariableStmtNode, static_cast<u16>(line + 1), "Running"});
-        s.push_back({kEVemEndParamListStmtNode, static_cast<u16>(line + 1), nullptr});
+        s.push_back({kEVemEndParamListStmtNode, static_cast<u16>(line + 1), {}});
         line = static_cast<u16>(line + 2);
     }
     s.push_back({kEVemLdIndexedVarStmtNode, line, "Speeds"});
@@ -234,6 +227,13 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global) {
     VemAddChildTail(recipe, Scalar("Target", 12, kCbeTypeInt, 2, "INT"));
     VemAddChildTail(recipe, Scalar("Tolerance", 14, kCbeTypeReal, 4, "REAL"));
     VemAddChildTail(task, recipe);
+    // Arrays of the global task stay unexpanded: a debugger places their elements by the rules.
+    CVemBaseNode* matrix = ArrayOf("Matrix", layout.Take(24), 0, 2, 2, Scalar("", 0, kCbeTypeInt, 2, "INT"));
+    VemSetDimensions(matrix, 2);
+    VemSetDimRange4Index(VemGetRange(matrix), 1, tVemDimRange{1, 4, 1});
+    VemSetSize(matrix, 24);
+    VemAddChildTail(task, matrix);
+    VemAddChildTail(task, ArrayOf("Shelves", layout.Take(12), 1, 3, 4, StationType()));
     const u16 code = AddSegment(table, 16, kIpSegCode);
     const u16 data = AddSegment(table, layout.Length(), kIpSegData);
     const u16 scaleCode = AddSegment(table, 20, kIpSegCode);
@@ -248,7 +248,7 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global) {
     AddCode(task, CodeNode("GLOBAL", "C:\\PLANT\\GLOBAL.st", kEVemPouProg,
                            {{kEVemLdVariableStmtNode, 2, "EmergencyStop"}, {kEVemStVariableStmtNode, 3, "LineSpeed"}}));
     AddCode(task, CodeNode("Scale", kDemoScalePath, kEVemPouFunction,
-                           {{kEVemLdVariableStmtNode, 2, "LineSpeed"}, {kEVemMulConstStmtNode, 3, nullptr}}));
+                           {{kEVemLdVariableStmtNode, 2, "LineSpeed"}, {kEVemMulConstStmtNode, 3, {}}}));
     return task;
 }
 
@@ -281,7 +281,10 @@ CVemBaseNode* BuildDemo(const DemoShape& shape) {
     VemAddChildTail(exe, global);
     for (int t = 0; t < shape.tasks; ++t) VemRegisterTask(container, DemoTaskName(t).c_str());
     CVemBaseNode* globalTask = GlobalTask(global);
-    for (int t = 0; t < shape.tasks; ++t) Task(container, shape, t);
+    for (int t = 0; t < shape.tasks; ++t) {
+        Task(container, shape, t);
+        if (shape.onTask) shape.onTask(t);
+    }
 
     VemComputeProgramNumbers(exe, 0);
     VemAddFilteredEvemNodes(exe, globalTask);
@@ -309,10 +312,11 @@ CVemBaseNode* BuildDemo(const DemoShape& shape) {
     return exe;
 }
 
-int WriteDemo(CVemBaseNode* exe, const std::string& dir, const std::string& nodeFile) {
+int WriteDemo(CVemBaseNode* exe, const std::string& dir, const std::string& nodeFile, const DemoShape& shape) {
     CVemBaseNode* container = VemFindVemNodeByNameAndType(exe, "TASKS", kVemTaskContainerNode);
     if (!container) return 0;
     CObList* tasks = VemGetChildList(container);
+    int index = 0;
     for (POSITION pos = tasks->GetHeadPosition(); pos;) {
         auto* task = static_cast<CVemBaseNode*>(tasks->GetNext(pos));
         const std::string path = dir + "/" + VemGetName(task).str() + ".tsk";
@@ -324,6 +328,7 @@ int WriteDemo(CVemBaseNode* exe, const std::string& dir, const std::string& node
         file.Close();
         if (!written) return 0;
         VemTaskCompiled(container, VemGetName(task), path.c_str());
+        if (shape.onTask) shape.onTask(shape.tasks + index++);
     }
     return VemWriteNode(exe, nodeFile.c_str());
 }

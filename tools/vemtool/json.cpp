@@ -1,10 +1,24 @@
 #include "json.h"
 
+#include <charconv>
+
 namespace vemtool {
 
+namespace {
+constexpr std::size_t kFlushAt = 1 << 20;  // the text goes out in pieces of about a megabyte
+}
+
+Json::~Json() { Flush(); }
+
+void Json::Flush() {
+    if (!text_.empty()) std::fwrite(text_.data(), 1, text_.size(), out_);
+    text_.clear();
+}
+
 void Json::Indent() {
-    std::fputc('\n', out_);
-    for (std::size_t i = 0; i < first_.size(); ++i) std::fputs("  ", out_);
+    if (compact_) return;
+    text_ += '\n';
+    text_.append(first_.size() * 2, ' ');
 }
 
 void Json::Separate() {
@@ -13,7 +27,7 @@ void Json::Separate() {
         return;
     }
     if (!first_.empty()) {
-        if (!first_.back()) std::fputc(',', out_);
+        if (!first_.back()) text_ += ',';
         first_.back() = false;
         Indent();
     }
@@ -21,7 +35,7 @@ void Json::Separate() {
 
 void Json::Open(char c) {
     Separate();
-    std::fputc(c, out_);
+    text_ += c;
     first_.push_back(true);
 }
 
@@ -29,35 +43,42 @@ void Json::Close(char c) {
     const bool empty = first_.back();
     first_.pop_back();
     if (!empty) Indent();
-    std::fputc(c, out_);
-    if (first_.empty()) std::fputc('\n', out_);
+    text_ += c;
+    if (first_.empty()) {
+        text_ += '\n';
+        Flush();
+    } else if (text_.size() > kFlushAt) {
+        Flush();
+    }
 }
 
 void Json::Key(const char* key) {
     Separate();
     WriteString(key);
-    std::fputs(": ", out_);
+    text_ += compact_ ? ":" : ": ";
     afterKey_ = true;
 }
 
 void Json::Number(long long value) {
     Separate();
-    std::fprintf(out_, "%lld", value);
+    char digits[24];
+    text_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
 void Json::Unsigned(unsigned long long value) {
     Separate();
-    std::fprintf(out_, "%llu", value);
+    char digits[24];
+    text_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
 void Json::Bool(bool value) {
     Separate();
-    std::fputs(value ? "true" : "false", out_);
+    text_ += value ? "true" : "false";
 }
 
 void Json::Null() {
     Separate();
-    std::fputs("null", out_);
+    text_ += "null";
 }
 
 void Json::String(const char* text) {
@@ -66,26 +87,33 @@ void Json::String(const char* text) {
 }
 
 void Json::WriteString(const char* text) {
-    std::fputc('"', out_);
+    static const char kDigits[] = "0123456789abcdef";
+    text_ += '"';
     for (const unsigned char* p = reinterpret_cast<const unsigned char*>(text ? text : ""); *p; ++p) {
         const unsigned c = *p;
         if (c == '"' || c == '\\') {
-            std::fputc('\\', out_);
-            std::fputc(static_cast<int>(c), out_);
+            text_ += '\\';
+            text_ += static_cast<char>(c);
         } else if (c < 0x20 || c >= 0x7F) {
-            std::fprintf(out_, "\\u%04x", c);  // 8-bit texts read as Latin-1
+            text_ += "\\u00";  // 8-bit texts read as Latin-1
+            text_ += kDigits[c >> 4];
+            text_ += kDigits[c & 15];
         } else {
-            std::fputc(static_cast<int>(c), out_);
+            text_ += static_cast<char>(c);
         }
     }
-    std::fputc('"', out_);
+    text_ += '"';
 }
 
 void Json::Hex(const unsigned char* bytes, std::size_t count) {
+    static const char kDigits[] = "0123456789ABCDEF";
     Separate();
-    std::fputc('"', out_);
-    for (std::size_t i = 0; i < count; ++i) std::fprintf(out_, "%02X", bytes[i]);
-    std::fputc('"', out_);
+    text_ += '"';
+    for (std::size_t i = 0; i < count; ++i) {
+        text_ += kDigits[bytes[i] >> 4];
+        text_ += kDigits[bytes[i] & 15];
+    }
+    text_ += '"';
 }
 
 }  // namespace vemtool

@@ -5,11 +5,16 @@
 #include <string>
 #include <vector>
 
+#include "vem32.h"
+
 namespace vemtool {
 
 class Json {
 public:
-    explicit Json(std::FILE* out) : out_(out) {}
+    explicit Json(std::FILE* out, bool compact = false) : out_(out), compact_(compact) {}
+    ~Json();
+    Json(const Json&) = delete;
+    Json& operator=(const Json&) = delete;
     void BeginObject() { Open('{'); }
     void EndObject() { Close('}'); }
     void BeginArray() { Open('['); }
@@ -25,6 +30,7 @@ public:
     // Shorthands for a key and its value.
     void Field(const char* key, long long value) { Key(key), Number(value); }
     void Field(const char* key, const char* text) { Key(key), String(text); }
+    void Field(const char* key, const CString& text) { Key(key), String(text.GetString()); }
 
 private:
     void Open(char c);
@@ -32,9 +38,12 @@ private:
     void Separate();
     void Indent();
     void WriteString(const char* text);
+    void Flush();
     std::FILE* out_;
+    std::string text_;  // written out when a top-level value ends or the text grows large
     std::vector<bool> first_;  // per open level: no element written yet
     bool afterKey_ = false;
+    bool compact_ = false;
 };
 
 }  // namespace vemtool

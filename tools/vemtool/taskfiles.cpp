@@ -8,8 +8,6 @@ namespace vemtool {
 
 namespace {
 
-bool g_partial = false;
-
 const char* ReasonText(int reason) {
     switch (reason) {
         case tVemMissingTask::kNotFound: return "file not found";
@@ -21,29 +19,10 @@ const char* ReasonText(int reason) {
 
 }  // namespace
 
-int TakeTaskFileOptions(std::vector<std::string>& args) {
-    std::vector<std::string> rest;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        if (args[i] == "--task-dir") {
-            if (i + 1 >= args.size()) return Usage("--task-dir takes a directory");
-            VemAddTaskFileDirectory(args[++i].c_str());
-        } else if (args[i] == "--no-search") {
-            VemSetTaskFileSearch(0);
-        } else if (args[i] == "--partial") {
-            g_partial = true;
-        } else {
-            rest.push_back(args[i]);
-        }
-    }
-    args.swap(rest);
-    return kOk;
-}
-
-bool PartialAllowed() { return g_partial; }
-
-CVemBaseNode* LoadReportingTasks(const std::string& file, tVemLoadReport& report, int& missing) {
+CVemBaseNode* LoadReportingTasks(const std::string& path, const std::string& file, tVemLoadReport& report, int& missing,
+                                 bool goingOn) {
     tVemTaskReport tasks{};
-    CVemBaseNode* root = VemLoadNodeTaskReport(file.c_str(), &report, &tasks);
+    CVemBaseNode* root = VemLoadNodeTaskReport(path.c_str(), &report, &tasks);
     missing = tasks.Count;
     for (int i = 0; i < tasks.Count; ++i) {
         const tVemMissingTask& task = tasks.Tasks[i];
@@ -54,7 +33,7 @@ CVemBaseNode* LoadReportingTasks(const std::string& file, tVemLoadReport& report
     }
     if (missing > 0) {
         std::fprintf(stderr, "vemtool: %s: %d task(s) left out, the tree is not whole%s\n", file.c_str(), missing,
-                     g_partial ? " (--partial: going on)" : "; --task-dir DIR says where the files are, --partial goes on without them");
+                     goingOn ? " (going on)" : "; --task-dir DIR says where the files are, --partial goes on without them");
     }
     VemFreeTaskReport(&tasks);
     return root;
