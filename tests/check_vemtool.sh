@@ -293,11 +293,11 @@ fi
 
 # ---- 8. progress on a terminal, -q to keep it quiet
 if command -v script > /dev/null; then
-    script -qec "\"$tool\" export $big/LINE1.vem --json > /dev/null" /dev/null > progress.txt
+    VEMTOOL_PROGRESS_DELAY=0 script -qec "\"$tool\" export $big/LINE1.vem --json > /dev/null" /dev/null > progress.txt
     ok "progress on a terminal" grep -Eq "vemtool: export +[0-9]+%" progress.txt
-    script -qec "\"$tool\" -q export $big/LINE1.vem --json > /dev/null" /dev/null > quiet.txt
+    VEMTOOL_PROGRESS_DELAY=0 script -qec "\"$tool\" -q export $big/LINE1.vem --json > /dev/null" /dev/null > quiet.txt
     ok "no progress with -q" test ! -s quiet.txt
-    "$tool" export $big/LINE1.vem --json 2> stderr.txt > /dev/null
+    VEMTOOL_PROGRESS_DELAY=0 "$tool" export $big/LINE1.vem --json 2> stderr.txt > /dev/null
     ok "no progress when standard error is no terminal" test ! -s stderr.txt
     rm -rf "$big"
 fi
