@@ -1,6 +1,8 @@
 #include "node/basenode.h"
 
 #include "node/nodefile.h"
+#include "node/walk.h"
+#include "vem_limits.h"
 #include "vem_node.h"
 
 VEM_IMPLEMENT_SERIAL(CVemBaseNode, CObject, 5)
@@ -45,7 +47,10 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     }
 }
 
-CVemBaseNode::~CVemBaseNode() { DeleteAllChildren(); }
+CVemBaseNode::~CVemBaseNode() {
+    VemPathMapsForget(this);
+    DeleteAllChildren();
+}
 
 void CVemBaseNode::ApplyTypeRules() {
     m_geometry = &GeometryOf(NodeType);
@@ -102,7 +107,7 @@ void CVemBaseNode::Serialize(CArchive& ar) {
 
 void CVemBaseNode::SerializeChildren(CArchive& ar) {
     if (ar.IsStoring()) {
-        ar << static_cast<u16>(Children.GetCount());
+        VemStoreCount16(ar, static_cast<u64>(Children.GetCount()));
         for (POSITION pos = Children.GetHeadPosition(); pos;) {
             CVemBaseNode* child = ChildAt(pos);
             ar << static_cast<u8>(child->GetNodeType());
@@ -147,7 +152,10 @@ CVemBaseNode* CVemBaseNode::DeleteNode(CVemBaseNode* target) {
     return nullptr;
 }
 
+// A function block reached again through references on one path is not entered again.
 void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
+    const CVemWalkStep step(this, kVemMaxPathMapBytes);
+    if (!step) return;
     const int blank = path.Find(' ');
     if (blank > 0) path = path.Left(blank);
     for (POSITION pos = Children.GetHeadPosition(); pos;) {
@@ -166,6 +174,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work += ".";
                 work += name;
                 work.MakeUpper();
+                if (!VemSpendOnPath(work, map)) return;
                 map->SetAt(work, look);
                 look->BuildNodePath2NodeList(work, map);
                 break;
@@ -187,6 +196,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work += ".";
                 work += look->Name;
                 work.MakeUpper();
+                if (!VemSpendOnPath(work, map)) return;
                 map->SetAt(work, look);
                 break;
         }
@@ -224,6 +234,7 @@ int CVemBaseNode::AddChildSorted(CVemBaseNode* child) {
 CVemByteArray CVemBaseNode::GetContainerFileContents(const char*) { return CVemByteArray(); }
 
 void CVemBaseNode::ExpandArray() {
+    const CVemWalkStep step(this, kVemMaxExpandedNodes);
     for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->ExpandArray();
 }
 
