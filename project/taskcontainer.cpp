@@ -100,9 +100,10 @@ void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
             LastChild = nullptr;
             return;
         }
-        CVemBaseNode* task = VemReadTaskFile(path, ar.Depth());
+        std::unique_ptr<CVemBaseNode> task(VemReadTaskFile(path, ar.Depth()));
         if (!task) return;
-        AddChildTail(task);
+        AddChildTail(task.get());  // the list's own entry may fail for want of memory
+        task.release();
     }
 }
 
