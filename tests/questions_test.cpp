@@ -170,7 +170,7 @@ TEST_F(MappedTask, NodesOfAnotherTreeThatGoLeaveTheMap) {
     EXPECT_EQ(map->GetCount(), 3);
 }
 
-TEST_F(MappedTask, AnExpansionEmptiesTheMap) {
+TEST_F(MappedTask, AfterAnExpansionTheMapHoldsOnlyLiveNodes) {
     CVemBaseNode* array = VemFindVemNodeByNameAndType(task, "ARR", kVemArrayNode);
     VemSetDimRange4Index(VemGetRange(array), 0, {0, 1, 0});
     CVemBaseNode* element = VemCreateCVemVariableNode("E", 0, kCbeTypeInt, 2, 0);
