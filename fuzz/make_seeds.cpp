@@ -124,12 +124,13 @@ void QuestionSeeds() {
         {"mutual", vemquestions::BuildMutualTask()},
         {"chain", vemquestions::BuildChainTask(500)},  // within the longest input; the tests take 10000
     };
-    for (const auto& [name, tree] : trees) {
+    for (auto [name, tree] : trees) {
+        CVemBaseNode* node = tree;
         const std::string file = (g_out / ".work" / (std::string(name) + ".vem")).string();
-        if (!VemWriteNode(tree, file.c_str())) std::abort();
+        if (!VemWriteNode(node, file.c_str())) std::abort();
         Put("questions", name, FileBytes(file));
-        Put("questions", std::string(name) + "-task", vemfuzz::Stored([&](CArchive& ar) { VemWriteObject(tree, ar); }));
-        VemDeleteNode(tree);
+        Put("questions", std::string(name) + "-task", vemfuzz::Stored([&](CArchive& ar) { VemWriteObject(node, ar); }));
+        VemDeleteNode(node);
     }
 }
 
