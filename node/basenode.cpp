@@ -48,6 +48,7 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
 }
 
 CVemBaseNode::~CVemBaseNode() {
+    const CVemDyingScope dying;
     VemPathMapsForget(this);
     DeleteAllChildren();
 }

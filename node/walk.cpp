@@ -21,6 +21,8 @@ CVemWalkStep::Walk* g_walk = nullptr;
 
 std::vector<std::pair<CVemBaseNode*, CMapStringToOb*>> g_maps;
 
+int g_dying = 0;  // nodes whose destruction has begun and not ended
+
 const CVemBaseNode* RootOf(const CVemBaseNode* node) {
     while (node->Parent) node = node->Parent;
     return node;
@@ -85,8 +87,10 @@ void VemPathMapDrop(CVemBaseNode* owner) {
 
 // A map holds nodes of its owner's task and of what is global to the resource above it: all of
 // them below the same root.
+// Only the node that goes first looks: the nodes below it go with it, below the same root, and
+// their parents are already on their way out.
 void VemPathMapsForget(const CVemBaseNode* dying) noexcept {
-    if (g_maps.empty()) return;
+    if (g_maps.empty() || g_dying > 1) return;
     const CVemBaseNode* root = RootOf(dying);
     std::erase_if(g_maps, [root](const auto& kept) {
         if (RootOf(kept.first) != root) return false;
@@ -94,3 +98,7 @@ void VemPathMapsForget(const CVemBaseNode* dying) noexcept {
         return true;
     });
 }
+
+CVemDyingScope::CVemDyingScope() noexcept { ++g_dying; }
+
+CVemDyingScope::~CVemDyingScope() { --g_dying; }

@@ -39,5 +39,12 @@ bool VemSpendOnPath(const CString& path, const CMapStringToOb* map);
 // so that it never holds a pointer that outlives its node.
 void VemPathMapKeep(CVemBaseNode* owner, CMapStringToOb* map);
 void VemPathMapDrop(CVemBaseNode* owner);
-// Called by every node as it goes.
+// Called by every node as it goes, inside a dying scope that lasts while its children go.
 void VemPathMapsForget(const CVemBaseNode* dying) noexcept;
+class CVemDyingScope {
+public:
+    CVemDyingScope() noexcept;
+    ~CVemDyingScope();
+    CVemDyingScope(const CVemDyingScope&) = delete;
+    CVemDyingScope& operator=(const CVemDyingScope&) = delete;
+};

@@ -92,6 +92,7 @@ TEST(Questions, EveryQuestionOnCircularAndDeepTreesStaysBounded) {
         EXPECT_GT(answers.paths, 0);
         EXPECT_LE(answers.paths, 2L * kVemMaxPathMapEntries);
         EXPECT_EQ(answers.storedAgain, 1);
+        EXPECT_EQ(answers.exceptions, 0);
         VemDeleteNode(task);
     }
 }
