@@ -40,6 +40,13 @@ max_len() {
         *) echo 65536 ;;
     esac
 }
+# Seconds that one input may take: the questions harness asks everything of a tree four times.
+unit_timeout() {
+    case $1 in
+        questions) echo 30 ;;
+        *) echo 10 ;;
+    esac
+}
 dict() {
     case $1 in
         hfile_open | hfile_edit) echo $PWD/fuzz/hfile.dict ;;
@@ -65,7 +72,7 @@ for name in "${harnesses[@]}"; do
     if [ -d fuzz/corpus/$name ]; then kept=($PWD/fuzz/corpus/$name); fi
     if ! $build/fuzz/${name}_fuzzer "$corpus" $build/fuzz/seeds/$name "${kept[@]}" -dict="$(dict $name)" \
         -max_len="$(max_len $name)" -max_total_time="$seconds" -runs="$runs" -rss_limit_mb=1024 \
-        -malloc_limit_mb=256 -timeout=10 -print_final_stats=1 -artifact_prefix=$build/findings/$name- \
+        -malloc_limit_mb=256 -timeout="$(unit_timeout $name)" -print_final_stats=1 -artifact_prefix=$build/findings/$name- \
         > "$log" 2>&1; then
         status=1
         echo "!! $name failed; see $log"
