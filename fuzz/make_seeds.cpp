@@ -12,6 +12,7 @@
 #include "demo_build.h"
 #include "fuzz_common.h"
 #include "memory/segtbl.h"
+#include "questions.h"
 #include "seed_shape.h"
 #include "statement/evembase.h"
 
@@ -112,6 +113,27 @@ void NodeSeeds() {
     }
 }
 
+// The questions start from the files of the node harness and from trees whose references lead in
+// circles or far.
+void QuestionSeeds() {
+    for (const auto& entry : fs::directory_iterator(g_out / "node_file")) {
+        Put("questions", entry.path().filename().string(), FileBytes(entry.path()));
+    }
+    const std::pair<const char*, CVemBaseNode*> trees[] = {
+        {"self", vemquestions::BuildSelfReferringTask()},
+        {"mutual", vemquestions::BuildMutualTask()},
+        {"chain", vemquestions::BuildChainTask(60)},  // short enough to run fast; the tests take 10000
+    };
+    for (auto [name, tree] : trees) {
+        CVemBaseNode* node = tree;
+        const std::string file = (g_out / ".work" / (std::string(name) + ".vem")).string();
+        if (!VemWriteNode(node, file.c_str())) std::abort();
+        Put("questions", name, FileBytes(file));
+        Put("questions", std::string(name) + "-task", vemfuzz::Stored([&](CArchive& ar) { VemWriteObject(node, ar); }));
+        VemDeleteNode(node);
+    }
+}
+
 void ArraySeeds() {
     struct Kind {
         int motorola;
@@ -199,6 +221,7 @@ int main(int argc, char** argv) {
     fs::create_directories(g_out / ".work");
     LurSetEvemEnabled(1);
     NodeSeeds();
+    QuestionSeeds();
     ArraySeeds();
     CodeSeeds();
     SourceSeeds();

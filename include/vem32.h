@@ -6,6 +6,7 @@
 #include "vem_dc.h"
 #include "vem_ext.h"
 #include "vem_evem.h"
+#include "vem_limits.h"
 #include "vem_node.h"
 #include "vem_plain.h"
 #include "vem_segtbl.h"

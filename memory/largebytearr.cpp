@@ -93,13 +93,12 @@ u32 CLargeByteArray::Add(u8 value) {
 }
 
 //  Offset  Width  Field
-//  0       2      count: bytes in use, cut to 16 bits
+//  0       2      count: bytes in use; more than 16 bits hold fail the store
 //  2       count  the bytes
 void CLargeByteArray::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
-        u16 count = static_cast<u16>(m_length);
-        ar << count;
-        if (count) ar.Write(m_data, count);
+        VemStoreCount16(ar, m_length);
+        if (m_length) ar.Write(m_data, static_cast<unsigned>(m_length));
         return;
     }
     u16 count = 0;

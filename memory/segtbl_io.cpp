@@ -45,8 +45,8 @@ CVemByteArray* LoadEntry(CArchive& ar) {
 //  2      nextSegmentNo
 void CSegmentTable::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
-        const u16 count = static_cast<u16>(GetSize());
-        ar << count;
+        const int count = GetSize();
+        VemStoreCount16(ar, static_cast<u64>(count));
         for (int i = 0; i < count; ++i) StoreEntry(ar, At(i));
     } else {
         u16 count = 0;

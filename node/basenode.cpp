@@ -2,6 +2,8 @@
 #include "node/layoutepoch.h"
 
 #include "node/nodefile.h"
+#include "node/walk.h"
+#include "vem_limits.h"
 #include "vem_node.h"
 
 VEM_IMPLEMENT_SERIAL(CVemBaseNode, CObject, 5)
@@ -48,6 +50,8 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
 }
 
 CVemBaseNode::~CVemBaseNode() {
+    const CVemDyingScope dying;
+    VemPathMapsForget(this);
     DeleteAllChildren();
     if (m_drawn) ForgetDrawn();
 }
@@ -108,7 +112,7 @@ void CVemBaseNode::Serialize(CArchive& ar) {
 
 void CVemBaseNode::SerializeChildren(CArchive& ar) {
     if (ar.IsStoring()) {
-        ar << static_cast<u16>(Children.GetCount());
+        VemStoreCount16(ar, static_cast<u64>(Children.GetCount()));
         for (POSITION pos = Children.GetHeadPosition(); pos;) {
             CVemBaseNode* child = ChildAt(pos);
             ar << static_cast<u8>(child->GetNodeType());
@@ -154,7 +158,10 @@ CVemBaseNode* CVemBaseNode::DeleteNode(CVemBaseNode* target) {
     return nullptr;
 }
 
+// A function block reached again through references on one path is not entered again.
 void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
+    const CVemWalkStep step(this, kVemMaxPathMapBytes);
+    if (!step) return;
     const int blank = path.Find(' ');
     if (blank > 0) path = path.Left(blank);
     for (POSITION pos = Children.GetHeadPosition(); pos;) {
@@ -173,6 +180,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work += ".";
                 work += name;
                 work.MakeUpper();
+                if (!VemSpendOnPath(work, map)) return;
                 map->SetAt(work, look);
                 look->BuildNodePath2NodeList(work, map);
                 break;
@@ -194,6 +202,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work += ".";
                 work += look->Name;
                 work.MakeUpper();
+                if (!VemSpendOnPath(work, map)) return;
                 map->SetAt(work, look);
                 break;
         }
@@ -234,6 +243,7 @@ int CVemBaseNode::AddChildSorted(CVemBaseNode* child) {
 CVemByteArray CVemBaseNode::GetContainerFileContents(const char*) { return CVemByteArray(); }
 
 void CVemBaseNode::ExpandArray() {
+    const CVemWalkStep step(this, kVemMaxExpandedNodes);
     for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->ExpandArray();
 }
 

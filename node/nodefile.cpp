@@ -53,9 +53,14 @@ void Report(tVemLoadReport& report, int failure, int cause, const CArchive* ar, 
 CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString* message = nullptr) {
     report = tVemLoadReport{};
     CFile file;
-    CFileException openError;
-    if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary, &openError)) {
-        Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage(), message);
+    try {
+        CFileException openError;
+        if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary, &openError)) {
+            Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage(), message);
+            return nullptr;
+        }
+    } catch (const std::bad_alloc&) {  // the names of the file
+        report.Failure = tVemLoadReport::kMemory;
         return nullptr;
     }
     CVemBaseNode* node = nullptr;
@@ -105,11 +110,15 @@ CVemBaseNode* VemLoadNode(const CString& fileName) {
     tVemLoadReport report;
     CString message;
     CVemBaseNode* node = LoadNodeFile(fileName, report, &message);
-    switch (report.Failure) {
-        case tVemLoadReport::kFileException: AfxMessageBox(message); break;
-        case tVemLoadReport::kMemory:
-        case tVemLoadReport::kOther: AfxMessageBox(kVemRebuildMessage); break;
-        default: break;
+    try {
+        switch (report.Failure) {
+            case tVemLoadReport::kFileException: AfxMessageBox(message); break;
+            case tVemLoadReport::kMemory:
+            case tVemLoadReport::kOther: AfxMessageBox(kVemRebuildMessage); break;
+            default: break;
+        }
+    } catch (const std::bad_alloc&) {
+        // the box could not be shown; the load has failed all the same
     }
     return node;
 }

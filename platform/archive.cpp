@@ -427,6 +427,11 @@ CArchive::DepthGuard::DepthGuard(CArchive& ar) : m_ar(ar) {
     }
 }
 
+void VemStoreCount16(CArchive& ar, u64 count) {
+    if (count > 0xFFFF) VemThrowArchive(CArchiveException::genericException, ar.FileName());
+    ar << static_cast<u16>(count);
+}
+
 u16 VemSerializeSchema(CArchive& ar, u16 current) {
     if (ar.IsStoring()) {
         ar << current;

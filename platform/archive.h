@@ -188,6 +188,10 @@ private:
     u32 m_storeCount = 0;
 };
 
+// Stores a count or length in the 16 bits that its record gives it. One that does not fit fails the
+// store with the archive exception (generic cause) instead of going to disk cut.
+VEM_API void VemStoreCount16(CArchive& ar, u64 count);
+
 // Schema word of a record: stores `current`; on load reads the word and raises the archive
 // exception (cause 5) if it is above `current`. Gives the version that the record holds.
 VEM_API u16 VemSerializeSchema(CArchive& ar, u16 current);

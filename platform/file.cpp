@@ -1,4 +1,5 @@
 #include "platform/file.h"
+#include "platform/filefault.h"
 
 // The host's file system is reached here on POSIX hosts and in file_win.cpp on Windows.
 #ifndef _WIN32
@@ -102,7 +103,7 @@ bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error
         if (!(openFlags & modeNoTruncate)) flags |= O_TRUNC;
     }
     const CString host = VemHostPath(fileName);
-    const int fd = ::open(host, flags, 0666);
+    const int fd = VemFileFaultStrikes(VemFileOp::open) ? -1 : ::open(host, flags, 0666);
     if (fd < 0) {
         const int err = errno;
         if (error) *error = CFileException(CFileException::OsErrorToCause(err), err, fileName);
@@ -125,7 +126,7 @@ unsigned CFile::Read(void* buffer, unsigned count) {
     unsigned total = 0;
     auto* out = static_cast<char*>(buffer);
     while (total < count) {
-        const ssize_t n = ::pread(m_fd, out + total, count - total, static_cast<off_t>(m_pos));
+        const ssize_t n = VemFileFaultStrikes(VemFileOp::read) ? -1 : ::pread(m_fd, out + total, count - total, static_cast<off_t>(m_pos));
         if (n < 0) {
             if (errno == EINTR) continue;
             ThrowErrno(m_strFileName);
@@ -142,7 +143,7 @@ void CFile::Write(const void* buffer, unsigned count) {
     unsigned total = 0;
     const auto* in = static_cast<const char*>(buffer);
     while (total < count) {
-        const ssize_t n = ::pwrite(m_fd, in + total, count - total, static_cast<off_t>(m_pos));
+        const ssize_t n = VemFileFaultStrikes(VemFileOp::write) ? -1 : ::pwrite(m_fd, in + total, count - total, static_cast<off_t>(m_pos));
         if (n < 0) {
             if (errno == EINTR) continue;
             ThrowErrno(m_strFileName);
@@ -179,7 +180,7 @@ void CFile::SetLength(u64 newLength) {
 }
 
 void CFile::Flush() {
-    if (m_fd >= 0 && ::fsync(m_fd) != 0 && errno != EINVAL) ThrowErrno(m_strFileName);
+    if (m_fd >= 0 && (VemFileFaultStrikes(VemFileOp::flush) || ::fsync(m_fd) != 0) && errno != EINVAL) ThrowErrno(m_strFileName);
 }
 
 void CFile::Close() {
@@ -187,7 +188,7 @@ void CFile::Close() {
     const int fd = m_fd;
     m_fd = -1;
     m_pos = 0;
-    if (m_closeOnDelete && ::close(fd) != 0) ThrowErrno(m_strFileName);
+    if (m_closeOnDelete && (::close(fd) != 0 || VemFileFaultStrikes(VemFileOp::close))) ThrowErrno(m_strFileName);
 }
 
 void CFile::Abort() {
@@ -237,7 +238,7 @@ void CFile::Remove(const char* fileName) {
 }
 
 void CFile::Rename(const char* oldName, const char* newName) {
-    if (::rename(VemHostPath(oldName), VemHostPath(newName)) != 0) ThrowErrno(oldName);
+    if (VemFileFaultStrikes(VemFileOp::rename) || ::rename(VemHostPath(oldName), VemHostPath(newName)) != 0) ThrowErrno(oldName);
 }
 #endif
 

@@ -121,12 +121,13 @@ void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
             VemNoteMissingTask(lookup.reason, name, path, lookup.tried);
             continue;
         }
-        CVemBaseNode* task = VemReadTaskFile(lookup.path, ar.Depth());
+        std::unique_ptr<CVemBaseNode> task(VemReadTaskFile(lookup.path, ar.Depth()));
         if (!task) {
             VemNoteMissingTask(tVemMissingTask::kNotReadable, name, path, lookup.tried);
             continue;
         }
-        AddChildTail(task);
+        AddChildTail(task.get());  // the list's own entry may fail for want of memory
+        task.release();
         read.emplace_back(name, path);
         stopped = false;
     }

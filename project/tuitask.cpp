@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "node/walk.h"
 #include "project/compiled.h"
 #include "statement/evembase.h"
 #include "statement/evemlist.h"
@@ -20,6 +21,7 @@ CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path)
 }
 
 CVemTuiTaskNode::~CVemTuiTaskNode() {
+    VemPathMapDrop(this);
     delete NodePath2NodeList;
     delete SegmentTable;
     delete TaskDefEntry;
@@ -66,10 +68,15 @@ void CVemTuiTaskNode::Serialize(CArchive& ar) {
 
 // ---- paths and offsets -----------------------------------------------------------------------------
 
+// The map is emptied and filled again in place, so that a pointer that a host took from
+// VemGetNodePath2NodeList stays a map. It is emptied too when any node of the tree goes (walk.h).
 void CVemTuiTaskNode::CreateChildNodePathList() {
-    delete NodePath2NodeList;
-    NodePath2NodeList = nullptr;
-    NodePath2NodeList = new CMapStringToOb(10);
+    if (NodePath2NodeList) {
+        NodePath2NodeList->RemoveAll();
+    } else {
+        NodePath2NodeList = new CMapStringToOb(10);
+    }
+    VemPathMapKeep(this, NodePath2NodeList);
     BuildNodePath2NodeList(Name, NodePath2NodeList);
 }
 

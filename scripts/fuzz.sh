@@ -30,7 +30,7 @@ CC=clang CXX=clang++ cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDeb
     -DVEM_BUILD_TESTS=OFF -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF > /dev/null
 ninja -C $build -j2 > /dev/null
 
-all=(node_file task_file bytearray segtbl code_chain hfile_open hfile_edit inifile)
+all=(node_file task_file bytearray segtbl code_chain hfile_open hfile_edit inifile questions)
 harnesses=("${@:-${all[@]}}")
 
 # Longest input of each harness: whole node files stay small enough to run fast.
@@ -38,6 +38,13 @@ max_len() {
     case $1 in
         hfile_open | hfile_edit | inifile) echo 16384 ;;
         *) echo 65536 ;;
+    esac
+}
+# Seconds that one input may take: the questions harness asks everything of a tree four times.
+unit_timeout() {
+    case $1 in
+        questions) echo 30 ;;
+        *) echo 10 ;;
     esac
 }
 dict() {
@@ -61,9 +68,11 @@ for name in "${harnesses[@]}"; do
     mkdir -p "$corpus"
     log=$build/findings/$name.log
     echo "== $name: up to ${seconds}s, runs $runs"
-    if ! $build/fuzz/${name}_fuzzer "$corpus" $build/fuzz/seeds/$name -dict="$(dict $name)" \
+    kept=()  # the corpus kept in the sources, where the last campaign ended
+    if [ -d fuzz/corpus/$name ]; then kept=($PWD/fuzz/corpus/$name); fi
+    if ! $build/fuzz/${name}_fuzzer "$corpus" $build/fuzz/seeds/$name "${kept[@]}" -dict="$(dict $name)" \
         -max_len="$(max_len $name)" -max_total_time="$seconds" -runs="$runs" -rss_limit_mb=1024 \
-        -malloc_limit_mb=256 -timeout=10 -print_final_stats=1 -artifact_prefix=$build/findings/$name- \
+        -malloc_limit_mb=256 -timeout="$(unit_timeout $name)" -print_final_stats=1 -artifact_prefix=$build/findings/$name- \
         > "$log" 2>&1; then
         status=1
         echo "!! $name failed; see $log"

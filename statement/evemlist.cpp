@@ -19,7 +19,7 @@ void EVemDeleteRootList(CObList& list) {
 
 void EVemSerializeRootList(CArchive& ar, CObList& list) {
     if (ar.IsStoring()) {
-        ar << static_cast<u16>(list.GetCount());
+        VemStoreCount16(ar, static_cast<u64>(list.GetCount()));
         for (POSITION pos = list.GetHeadPosition(); pos;) list.GetNext(pos)->Serialize(ar);
         return;
     }

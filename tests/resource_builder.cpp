@@ -267,13 +267,12 @@ int WriteResource(CVemBaseNode* exe, const std::string& directory, const std::st
     for (POSITION pos = tasks->GetHeadPosition(); pos;) {
         auto* task = static_cast<CVemBaseNode*>(tasks->GetNext(pos));
         const std::string path = directory + "/" + VemGetName(task).str() + ".tsk";
-        CFile file;
-        if (!file.Open(path.c_str(), CFile::modeCreate | CFile::modeWrite | CFile::typeBinary)) return 0;
+        CVemReplaceFile file;  // as a careful compiler does: the old task file stays until the new one is whole
+        if (!file.OpenReplace(path.c_str())) return 0;
         CArchive ar(&file, CArchive::store);
-        const int written = VemWriteObject(task, ar);
+        if (!VemWriteObject(task, ar)) return 0;
         ar.Close();
-        file.Close();
-        if (!written) return 0;
+        file.Commit();
         VemTaskCompiled(container, VemGetName(task), path.c_str());
     }
     return VemWriteNode(exe, nodeFile.c_str());

@@ -113,8 +113,8 @@ int CHFile::FindFirst(i64 start, std::span<const std::string_view> needles, bool
             if (base >= limit) break;
         }
     } catch (const CFileException&) {
-        match = {};
-        return 0;
+        match = {};  // a read that fails is no "not found": an edit must not act on it
+        throw;
     }
     return 1;
 }
@@ -146,7 +146,7 @@ i64 CHFile::ScanPlain(i64 start, std::string_view needle, i64 limit) const {
             if (base >= limit) return -1;
         }
     } catch (const CFileException&) {
-        return -1;
+        throw;  // a read that fails is no "not found"
     }
 }
 

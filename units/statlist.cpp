@@ -109,7 +109,7 @@ CStatList* CStatList::Clone() const {
 // A load stores each entry directly under its line; MaxLine is not restored.
 void CStatList::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
-        ar << static_cast<u16>(GetCount());
+        VemStoreCount16(ar, static_cast<u64>(GetCount()));
         for (POSITION pos = GetStartPosition(); pos;) {
             u16 key;
             CObject* entry;

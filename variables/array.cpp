@@ -7,7 +7,9 @@
 #include <string>
 
 #include "node/layoutepoch.h"
+#include "node/walk.h"
 #include "variables/fieldio.h"
+#include "vem_limits.h"
 #include "vem_node.h"
 #include "vem_plain.h"
 
@@ -234,6 +236,8 @@ u16 CVemArrayNode::PlaceElement(CVemBaseNode* element, u16 cursor, u16 size, u8 
 // Elements that were added before a failure go again, so that the array stays as it was.
 void CVemArrayNode::ExpandArray() {
     if (!ElementNode) return;
+    const CVemWalkStep step(this, kVemMaxExpandedNodes);
+    if (!step) VemThrowInvalidArg();
     u8 alignment = 1;
     u8 byteSize = 1;
     TargetLayout(alignment, byteSize);
@@ -246,6 +250,7 @@ void CVemArrayNode::ExpandArray() {
     CVemBaseNode* const lastBefore = LastChild;
     try {
         do {
+            if (!CVemWalkStep::Spend(1)) VemThrowInvalidArg();
             std::unique_ptr<CVemBaseNode> element(ElementNode->Clone());
             CVemBaseNode::AddChildTail(element.get());
             CVemBaseNode* added = element.release();

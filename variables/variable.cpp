@@ -4,6 +4,7 @@
 #include "node/flags.h"
 #include "node/layoutepoch.h"
 #include "variables/fieldio.h"
+#include "vem_limits.h"
 #include "vem_node.h"
 
 VEM_IMPLEMENT_SERIAL(CVemVariableNode, CVemBaseNode, 5)
@@ -190,8 +191,10 @@ int CVemVariableNode::ShiftOffsets(u32 amount) {
 }
 
 // The offset was relative to the variable's sub segment; the sub segment's start makes it relative
-// to the segment. The caller's table has an entry for every kind that occurs.
+// to the segment. The caller's table has an entry for every kind that occurs; a kind that is no
+// byte, as a file can give it, indexes nothing.
 int CVemVariableNode::ComputeOffsets(const u16* startOffsets) {
+    if (GetSubSegmentKind() >= kVemSegmentKindLimit) return 0;
     SetOffset(static_cast<u16>(GetOffset() + startOffsets[GetSubSegmentKind()]));
     return 1;
 }

@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Line and branch coverage of the library by the test suite, per subsystem, with gcovr (installed
+# from Debian if it is missing). The library is built without optimisation with gcc's --coverage in
+# build-cov; the test program runs once and gcovr sums what it reached, folder by folder.
+#
+#   scripts/coverage.sh            table on standard output
+#   scripts/coverage.sh -m         the same as a Markdown table (for docs/reliability.md)
+#
+# Branches that only an exception can take and branches that the compiler proves unreachable are
+# not counted: gcc makes several of them for every call that may throw.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+markdown=0
+if [ "${1:-}" = -m ]; then markdown=1; fi
+
+if ! command -v gcovr > /dev/null; then
+    apt-get install -y gcovr > /dev/null
+fi
+
+build=$PWD/build-cov
+cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="--coverage -O0" \
+    -DCMAKE_EXE_LINKER_FLAGS=--coverage -DCMAKE_SHARED_LINKER_FLAGS=--coverage \
+    -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF -DCMAKE_CXX_COMPILER_LAUNCHER=ccache > /dev/null
+ninja -C $build -j2 vem32_tests > /dev/null
+find $build -name '*.gcda' -delete
+$build/tests/vem32_tests --gtest_brief=1 > /dev/null 2>&1
+
+json=$build/coverage.json
+gcovr -r . --object-directory $build --exclude-directories '.*CompilerId.*' --filter '(platform|node|memory|variables|units|project|download|statement)/' \
+    --exclude-throw-branches --exclude-unreachable-branches --json-summary-pretty -o $json
+python3 - "$json" $markdown <<'PY'
+import json, sys
+files = json.load(open(sys.argv[1]))["files"]
+markdown = sys.argv[2] == "1"
+order = ["platform", "node", "memory", "variables", "units", "project", "download", "statement"]
+sums = {d: [0, 0, 0, 0] for d in order}
+for f in files:
+    d = f["filename"].split("/")[0]
+    if d in sums:
+        s = sums[d]
+        s[0] += f["line_covered"]; s[1] += f["line_total"]
+        s[2] += f["branch_covered"]; s[3] += f["branch_total"]
+total = [sum(s[i] for s in sums.values()) for i in range(4)]
+pct = lambda a, b: 100.0 * a / b if b else 100.0
+if markdown:
+    print("| Subsystem | Lines | Line coverage | Branches | Branch coverage |")
+    print("|---|---:|---:|---:|---:|")
+for d in order + ["library"]:
+    s = total if d == "library" else sums[d]
+    if markdown:
+        print(f"| {d} | {s[0]}/{s[1]} | {pct(s[0], s[1]):.1f}% | {s[2]}/{s[3]} | {pct(s[2], s[3]):.1f}% |")
+    else:
+        print(f"{d:10} lines {s[0]:6}/{s[1]:<6} {pct(s[0], s[1]):5.1f}%   branches {s[2]:6}/{s[3]:<6} {pct(s[2], s[3]):5.1f}%")
+PY
