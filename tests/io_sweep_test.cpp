@@ -154,7 +154,7 @@ TEST(IoSweep, EveryFailingFileOperationIsReportedAndLeavesOldOrNewFiles) {
 TEST(IoSweep, EveryFailingAllocationOfALoadGivesNullAndLeaksNothing) {
     TempDir dir;
     CVemBaseNode* demo = vemtool::BuildDemo(vemtool::DemoShape{});
-    ASSERT_TRUE(vemtool::WriteDemo(demo, dir.path(), dir.file("demo.vem")));
+    ASSERT_TRUE(vemtool::WriteDemo(demo, dir.path(), dir.file("demo.vem"), vemtool::DemoShape{}));
     VemDeleteNode(demo);
     const CString path = dir.file("demo.vem").c_str();
     for (long k = 0;; ++k) {
