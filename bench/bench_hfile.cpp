@@ -21,7 +21,8 @@ public:
     explicit LargeSource(bool blockAtEnd = false) {
         const char* tmp = std::getenv("TMPDIR");
         path_ = std::string(tmp && *tmp ? tmp : "/tmp") + "/vem32-bench-hfile-" + std::to_string(::getpid()) + ".st";
-        const std::string block = "$BEGIN_ZQ_HEADER\r\nAUTHOR = bench\r\nCHECK = 123\r\nDATE = 2024\r\n$END_ZQ_HEADER\r\n";
+        const std::string block =
+            "$BEGIN_ZQ_HEADER\r\nAUTHOR = bench\r\nCHECK = 123\r\nDATE = 2024\r\n$END_ZQ_HEADER\r\n";
         std::string text = blockAtEnd ? std::string() : block;
         text += "PROGRAM main\r\n";
         const std::size_t bodyEnd = blockAtEnd ? kSourceSize - block.size() : kSourceSize;

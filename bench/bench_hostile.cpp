@@ -58,8 +58,8 @@ std::vector<u8> HostileFile(int which) {
 
 void BM_LoadHostileFile(benchmark::State& state) {
     const char* tmp = std::getenv("TMPDIR");
-    const std::string path = std::string(tmp && *tmp ? tmp : "/tmp") + "/vem32-bench-hostile-" +
-                             std::to_string(::getpid()) + ".vem";
+    const std::string path =
+        std::string(tmp && *tmp ? tmp : "/tmp") + "/vem32-bench-hostile-" + std::to_string(::getpid()) + ".vem";
     const std::vector<u8> bytes = HostileFile(static_cast<int>(state.range(0)));
     std::FILE* f = std::fopen(path.c_str(), "wb");
     std::fwrite(bytes.data(), 1, bytes.size(), f);

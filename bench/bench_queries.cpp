@@ -125,7 +125,8 @@ void BM_LineMaps(benchmark::State& state) {
     }
     std::vector<CString> units;
     CObList* codes = VemGetEvemRootNodeListPtr(resource.root);
-    for (POSITION pos = codes->GetHeadPosition(); pos;) units.push_back(EVemGetPathName(static_cast<CEVemBaseNode*>(codes->GetNext(pos))));
+    for (POSITION pos = codes->GetHeadPosition(); pos;)
+        units.push_back(EVemGetPathName(static_cast<CEVemBaseNode*>(codes->GetNext(pos))));
     long lines = 0;
     for (auto _ : state) {
         lines = 0;
@@ -165,7 +166,8 @@ CVemBaseNode* TargetOfUnit(const LoadedResource& resource, const CString& unit) 
         }
     }
     CVemBaseNode* globals = VemFindVemNodeByNameAndType(resource.root, vembuild::kGlobalName, kVemBaseNode);
-    CVemBaseNode* global = globals ? VemFindVemNodeByNameAndType(globals, vembuild::kGlobalTaskName, kVemTuiTaskNode) : nullptr;
+    CVemBaseNode* global =
+        globals ? VemFindVemNodeByNameAndType(globals, vembuild::kGlobalTaskName, kVemTuiTaskNode) : nullptr;
     return global ? ChildNamed(global, "G1") : nullptr;
 }
 
@@ -240,12 +242,14 @@ void BM_ExpandArray(benchmark::State& state) {
     }
     for (CVemBaseNode* exe : trees) {
         CObList* tasks = VemGetChildList(exe);
-        auto* array = static_cast<CVemBaseNode*>(VemGetChildList(static_cast<CVemBaseNode*>(tasks->GetHead()))->GetHead());
+        auto* array =
+            static_cast<CVemBaseNode*>(VemGetChildList(static_cast<CVemBaseNode*>(tasks->GetHead()))->GetHead());
         if (VemGetChildList(array)->GetCount() != elements) state.SkipWithError("the array did not expand");
         VemDeleteNode(exe);
     }
-    state.counters["ns_per_element"] = benchmark::Counter(
-        static_cast<double>(elements) * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["ns_per_element"] =
+        benchmark::Counter(static_cast<double>(elements) * 1e-9,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 // The same number of elements for each size, about 650,000, so that each run takes the same memory.
 BENCHMARK(BM_ExpandArray)->Arg(1000)->Iterations(650)->UseRealTime()->Unit(benchmark::kMillisecond);
@@ -266,8 +270,9 @@ void BM_ExpandArrayReusedMemory(benchmark::State& state) {
         VemDeleteNode(exe);
         state.ResumeTiming();
     }
-    state.counters["ns_per_element"] = benchmark::Counter(
-        static_cast<double>(elements) * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["ns_per_element"] =
+        benchmark::Counter(static_cast<double>(elements) * 1e-9,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_ExpandArrayReusedMemory)->Arg(1000)->Arg(8000)->Arg(65000)->UseRealTime()->Unit(benchmark::kMillisecond);
 
@@ -285,7 +290,8 @@ void BM_AddChildSorted(benchmark::State& state) {
         state.PauseTiming();
         CVemBaseNode* parent = VemNewNode(kVemBaseNode);
         std::vector<CVemBaseNode*> children;
-        for (const std::string& name : names) children.push_back(VemCreateCVemVariableNode(name.c_str(), 0, kCbeTypeInt, 2, 0));
+        for (const std::string& name : names)
+            children.push_back(VemCreateCVemVariableNode(name.c_str(), 0, kCbeTypeInt, 2, 0));
         state.ResumeTiming();
         for (CVemBaseNode* child : children) VemAddChildSorted(parent, child);
         state.PauseTiming();

@@ -123,14 +123,16 @@ void BM_FloorWriteBytes(benchmark::State& state) {
     for (const std::string& file : resource.files()) contents.push_back(ReadWhole(file));
     const std::string dir = vembench::MakeTempDir("rawwrite");
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < contents.size(); ++i) names.push_back(dir + vembench::Numbered("/f", static_cast<long>(i)));
+    for (std::size_t i = 0; i < contents.size(); ++i)
+        names.push_back(dir + vembench::Numbered("/f", static_cast<long>(i)));
     const std::string temporary = dir + "/f0.tmp";
     for (auto _ : state) {
         for (std::size_t i = 0; i < contents.size(); ++i) {
             const bool nodeFile = i == 0;
             const std::string& name = nodeFile ? temporary : names[i];
             const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-            if (fd < 0 || ::write(fd, contents[i].data(), contents[i].size()) != static_cast<ssize_t>(contents[i].size()) ||
+            if (fd < 0 ||
+                ::write(fd, contents[i].data(), contents[i].size()) != static_cast<ssize_t>(contents[i].size()) ||
                 (nodeFile && ::fsync(fd) != 0)) {
                 state.SkipWithError("cannot write");
             }
@@ -172,8 +174,8 @@ struct TreeRecipe {
 };
 
 void Collect(CVemBaseNode* node, int parent, TreeRecipe& recipe) {
-    TreeRecipe::Node entry{VemGetNodeType(node), VemGetName(node), parent, VemGetOffset(node), VemGetSize(node),
-                           VemGetVariableType(node), {}};
+    TreeRecipe::Node entry{VemGetNodeType(node), VemGetName(node),         parent, VemGetOffset(node),
+                           VemGetSize(node),     VemGetVariableType(node), {}};
     if (CSegmentTable* table = VemGetSegmentTable(node)) {
         for (int s = 0; s < table->GetSize(); ++s) {
             CVemByteArray* array = VemSegTblGetSegment(table, static_cast<u16>(s));
@@ -184,7 +186,8 @@ void Collect(CVemBaseNode* node, int parent, TreeRecipe& recipe) {
     const int self = static_cast<int>(recipe.nodes.size());
     recipe.nodes.push_back(std::move(entry));
     CObList* children = VemGetChildList(node);
-    for (POSITION pos = children->GetHeadPosition(); pos;) Collect(static_cast<CVemBaseNode*>(children->GetNext(pos)), self, recipe);
+    for (POSITION pos = children->GetHeadPosition(); pos;)
+        Collect(static_cast<CVemBaseNode*>(children->GetNext(pos)), self, recipe);
 }
 
 TreeRecipe CollectRecipe(CVemBaseNode* exe) {

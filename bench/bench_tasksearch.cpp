@@ -15,7 +15,8 @@ void BM_LoadMovedTasks(benchmark::State& state) {
     const int mode = static_cast<int>(state.range(0));  // 0 stored names, 1 exact, 2 any case
     const std::string dir = vembench::MakeTempDir("tasksearch");
     for (int i = 0; i < kOtherFiles; ++i) {
-        CFile other((dir + "/" + vembench::Numbered("other", i) + ".dat").c_str(), CFile::modeCreate | CFile::modeWrite);
+        CFile other((dir + "/" + vembench::Numbered("other", i) + ".dat").c_str(),
+                    CFile::modeCreate | CFile::modeWrite);
     }
     CVemBaseNode* root = VemNewNode(kVemResourceNode);
     CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
@@ -31,9 +32,9 @@ void BM_LoadMovedTasks(benchmark::State& state) {
             ar.Close();
         }
         VemDeleteNode(task);
-        const std::string stored = mode == 0 ? dir + "/" + name + ".tsk"
-                                 : mode == 1 ? "C:\\NOWHERE\\" + name + ".tsk"
-                                             : "C:\\NOWHERE\\" + name + ".TSK";
+        const std::string stored = mode == 0   ? dir + "/" + name + ".tsk"
+                                   : mode == 1 ? "C:\\NOWHERE\\" + name + ".tsk"
+                                               : "C:\\NOWHERE\\" + name + ".TSK";
         VemTaskCompiled(container, name.c_str(), stored.c_str());
     }
     const std::string nodeFile = dir + "/r.vem";

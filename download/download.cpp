@@ -13,7 +13,7 @@ VEM_IMPLEMENT_SERIAL(CVemDownloadList, CObArray, 1)
 namespace {
 
 constexpr int kBlockSize = 10;
-constexpr u16 kUnpatched = 0xCDCD;   // stands where a header word is filled in later
+constexpr u16 kUnpatched = 0xCDCD;  // stands where a header word is filled in later
 constexpr u8 kHeaderLength = 8;
 constexpr u16 kNoSegmentNumber = 0xFFFF;
 

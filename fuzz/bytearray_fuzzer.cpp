@@ -41,7 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                          [](CArchive& ar) {
                              CVemByteArray* again = nullptr;
                              VemBaSerialize(again, ar);
-                             std::vector<u8> bytes = vemfuzz::Stored([&](CArchive& out) { VemBaSerialize(again, out); });
+                             std::vector<u8> bytes =
+                                 vemfuzz::Stored([&](CArchive& out) { VemBaSerialize(again, out); });
                              VemBaDeleteByteArray(again);
                              return bytes;
                          });

@@ -25,8 +25,8 @@ fs::path g_out;
 void Put(const char* harness, const std::string& name, const std::vector<u8>& bytes) {
     const fs::path dir = g_out / harness;
     fs::create_directories(dir);
-    std::ofstream(dir / name, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                      static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(dir / name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 void PutText(const char* harness, const std::string& name, const std::string& text) {
@@ -44,7 +44,9 @@ void PutTable(CSegmentTable* table, const std::string& name) {
     Put("segtbl", name, vemfuzz::Stored([&](CArchive& ar) { table->Serialize(ar); }));
     for (u16 i = 0; i < table->GetSize() && i < 8; ++i) {
         CVemByteArray* array = VemSegTblGetSegment(table, i);
-        if (array) Put("bytearray", name + "-" + std::to_string(i), vemfuzz::Stored([&](CArchive& ar) { VemBaSerialize(array, ar); }));
+        if (array)
+            Put("bytearray", name + "-" + std::to_string(i),
+                vemfuzz::Stored([&](CArchive& ar) { VemBaSerialize(array, ar); }));
     }
 }
 
@@ -94,10 +96,12 @@ void PutResource(const std::string& name, Build build, Write write) {
 }
 
 void NodeSeeds() {
-    PutResource("resource", [] { return vembuild::BuildResource(vemfuzz::SeedShape()); },
-                [](CVemBaseNode* exe) { return vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem"); });
-    PutResource("demo", [] { return vemtool::BuildDemo(vemtool::DemoShape{}); },
-                [](CVemBaseNode* exe) { return vemtool::WriteDemo(exe, vemfuzz::kTaskDirectory, "demo.vem"); });
+    PutResource(
+        "resource", [] { return vembuild::BuildResource(vemfuzz::SeedShape()); },
+        [](CVemBaseNode* exe) { return vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem"); });
+    PutResource(
+        "demo", [] { return vemtool::BuildDemo(vemtool::DemoShape{}); },
+        [](CVemBaseNode* exe) { return vemtool::WriteDemo(exe, vemfuzz::kTaskDirectory, "demo.vem"); });
     // Every class alone, as a root with one child, and in object form.
     const int types[] = {1, 2, 3, 4, 5, 6, 10, 11, 12, 13, 14, 15, 16, 17, 18};
     for (const int type : types) {
@@ -108,7 +112,8 @@ void NodeSeeds() {
         const std::string file = (g_out / ".work" / ("class" + std::to_string(type) + ".vem")).string();
         if (!VemWriteNode(root, file.c_str())) std::abort();
         Put("node_file", "class" + std::to_string(type), FileBytes(file));
-        Put("task_file", "class" + std::to_string(type), vemfuzz::Stored([&](CArchive& ar) { VemWriteObject(root, ar); }));
+        Put("task_file", "class" + std::to_string(type),
+            vemfuzz::Stored([&](CArchive& ar) { VemWriteObject(root, ar); }));
         VemDeleteNode(root);
     }
 }
@@ -148,7 +153,8 @@ void ArraySeeds() {
         VemBaAppendWord(array, 0x1234);
         VemBaAppendDword(array, 0xCAFEBABE);
         VemBaAppendString(array, "TEXT", 4);
-        Put("bytearray", "kind" + std::to_string(n++), vemfuzz::Stored([&](CArchive& ar) { VemBaSerialize(array, ar); }));
+        Put("bytearray", "kind" + std::to_string(n++),
+            vemfuzz::Stored([&](CArchive& ar) { VemBaSerialize(array, ar); }));
         VemSegTblAddNewSegment(table, array);
     }
     CVemByteArray* none = nullptr;
@@ -177,7 +183,8 @@ void CodeSeeds() {
 }
 
 void SourceSeeds() {
-    const std::string block = "$BEGIN_ZQ_HEADER\r\nNAME = PUMP\r\nTYPE = FB\r\nVERSION = 3\r\n  continued\r\n$END_ZQ_HEADER\r\n";
+    const std::string block =
+        "$BEGIN_ZQ_HEADER\r\nNAME = PUMP\r\nTYPE = FB\r\nVERSION = 3\r\n  continued\r\n$END_ZQ_HEADER\r\n";
     const std::string body = "FUNCTION_BLOCK PUMP\r\nVAR\r\n  X : INT;\r\nEND_VAR\r\nLD X\r\nEND_FUNCTION_BLOCK\r\n";
     const std::string texts[] = {
         block + body,

@@ -21,7 +21,8 @@ void ReadWith(const std::uint8_t* data, std::size_t size) {
                          [](CArchive& ar) {
                              CVemBaseNode* again = VemReadObject(ar);
                              if (!again) std::abort();
-                             std::vector<u8> bytes = vemfuzz::Stored([&](CArchive& out) { VemWriteObject(again, out); });
+                             std::vector<u8> bytes =
+                                 vemfuzz::Stored([&](CArchive& out) { VemWriteObject(again, out); });
                              VemDeleteNode(again);
                              return bytes;
                          });

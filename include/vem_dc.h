@@ -106,6 +106,6 @@ private:
     void EndPath();
 
     std::string m_body;
-    std::string m_path;  // lines since the last element that was no line
+    std::string m_path;             // lines since the last element that was no line
     std::vector<unsigned> m_icons;  // icons used, each once
 };

@@ -28,10 +28,10 @@ struct tVemMissingTask {
         kSkipped = 4,      // the reading stopped at another entry, or that entry dropped this task
     };
     int Reason;
-    const char* TaskName;       // the key of the entry
-    const char* FileName;       // the file name as stored
+    const char* TaskName;  // the key of the entry
+    const char* FileName;  // the file name as stored
     int TriedCount;
-    const char* const* Tried;   // the names looked at, in order
+    const char* const* Tried;  // the names looked at, in order
 };
 
 // The tasks left out by one load, owned by the library until VemFreeTaskReport.
@@ -89,20 +89,20 @@ VEM_API const CMapStringToString* VemGetTaskFileMap(CVemBaseNode* node);
 struct tVemAddressIndex;
 
 struct tVemAddressHit {
-    CVemBaseNode* Task;   // compiled task whose segments the address lies in
-    CVemBaseNode* Unit;   // unit (or the task) whose data or code segment holds the address, or null
-    int UnitSegment;      // 1 the unit's data segment, 2 its code segment, 0 neither
-    CVemBaseNode* Node;   // innermost variable covering the address; null: no variable there
-    const char* Path;     // its path as VemGetAbsoluteVariableOffset takes it; an array for its elements
-    const char* Name;     // the path down to the innermost part: element indices and members, "TASK1.A[2].M"
-    u32 Address;          // absolute address in the task's block of segments
-    u16 Segment;          // segment holding the address, 0xFFFF if none
-    u16 SegmentOffset;    // offset of the address in that segment
-    u32 Start;            // absolute address of the innermost variable's first unit
-    u32 Size;             // its size
-    u32 ByteOffset;       // Address - Start
-    i32 Element;          // index of the innermost array element (last dimension fastest), or -1
-    u32 Covering;         // variables covering the address, the innermost one included
+    CVemBaseNode* Task;  // compiled task whose segments the address lies in
+    CVemBaseNode* Unit;  // unit (or the task) whose data or code segment holds the address, or null
+    int UnitSegment;     // 1 the unit's data segment, 2 its code segment, 0 neither
+    CVemBaseNode* Node;  // innermost variable covering the address; null: no variable there
+    const char* Path;    // its path as VemGetAbsoluteVariableOffset takes it; an array for its elements
+    const char* Name;    // the path down to the innermost part: element indices and members, "TASK1.A[2].M"
+    u32 Address;         // absolute address in the task's block of segments
+    u16 Segment;         // segment holding the address, 0xFFFF if none
+    u16 SegmentOffset;   // offset of the address in that segment
+    u32 Start;           // absolute address of the innermost variable's first unit
+    u32 Size;            // its size
+    u32 ByteOffset;      // Address - Start
+    i32 Element;         // index of the innermost array element (last dimension fastest), or -1
+    u32 Covering;        // variables covering the address, the innermost one included
 };
 
 // Results of a lookup.
@@ -134,16 +134,16 @@ VEM_API int VemAddrLookupSegment(tVemAddressIndex* index, int task, u16 segment,
 struct tVemCodeIndex;
 
 struct tVemCodeHit {
-    int Failure;                // one of the kVemCode values below; kVemCodeFound on success
-    CEVemBaseNode* CodeNode;    // the unit's code node
-    CEVemBaseNode* Statement;   // the statement whose code covers the offset
-    const char* UnitPath;       // path name of the code node
-    u16 UcodeOffset;            // the statement's code offset
-    u16 AwlLine;                // its source line
-    i32 Type;                   // its tEVemNodeType
-    const char* TypeText;       // the kind's text of the dumps, trailing blanks dropped
-    const char* Operand;        // its name: the operand, or the unit that it calls; may be empty
-    u32 CodeLength;             // length of the unit's code segment, 0 if unknown
+    int Failure;               // one of the kVemCode values below; kVemCodeFound on success
+    CEVemBaseNode* CodeNode;   // the unit's code node
+    CEVemBaseNode* Statement;  // the statement whose code covers the offset
+    const char* UnitPath;      // path name of the code node
+    u16 UcodeOffset;           // the statement's code offset
+    u16 AwlLine;               // its source line
+    i32 Type;                  // its tEVemNodeType
+    const char* TypeText;      // the kind's text of the dumps, trailing blanks dropped
+    const char* Operand;       // its name: the operand, or the unit that it calls; may be empty
+    u32 CodeLength;            // length of the unit's code segment, 0 if unknown
 };
 
 enum : int {
@@ -195,8 +195,8 @@ struct tVemDiffEntry {
     const char* Path;  // path of the variable, path name of the unit, number of the segment, name of the setting
     u16 OldSegment, OldOffset, OldSize;
     u16 NewSegment, NewOffset, NewSize;
-    u32 OldType, NewType;     // tCbeType of a variable
-    const char* OldText;      // type name of a variable, value of a setting, length:checksum of code
+    u32 OldType, NewType;  // tCbeType of a variable
+    const char* OldText;   // type name of a variable, value of a setting, length:checksum of code
     const char* NewText;
 };
 

@@ -16,8 +16,7 @@
 
 // Making, loading and writing nodes.
 VEM_API CVemBaseNode* VemNewNode(tVemNodeType type);
-VEM_API CVemBaseNode* VemCreateCVemVariableNode(CString name, u16 offset, tCbeType type, u16 size,
-                                                tCbeVarScope scope);
+VEM_API CVemBaseNode* VemCreateCVemVariableNode(CString name, u16 offset, tCbeType type, u16 size, tCbeVarScope scope);
 VEM_API CVemBaseNode* VemCreateCVemFbNode(CString name, CString path);
 VEM_API CVemBaseNode* VemCreateCVemFunctionNode(CString name, CString path);
 VEM_API CVemBaseNode* VemLoadNode(const CString& fileName);
@@ -39,8 +38,7 @@ VEM_API int VemDeleteChildNode(CVemBaseNode* root, CVemBaseNode* target);  // 0 
 VEM_API void VemDeleteNode(CVemBaseNode*& node);
 VEM_API CVemBaseNode* VemGetFirstNodeOfType(CVemBaseNode* parent, tVemNodeType type);
 VEM_API CVemBaseNode* VemFindVemNodeByNameAndType(CVemBaseNode* parent, const char* name, tVemNodeType type);
-VEM_API CVemBaseNode* VemFindVemNodeByTypeNameAndType(CVemBaseNode* parent, const char* name,
-                                                      tVemNodeType type);
+VEM_API CVemBaseNode* VemFindVemNodeByTypeNameAndType(CVemBaseNode* parent, const char* name, tVemNodeType type);
 VEM_API CVemBaseNode* VemGetChildNodeByName(CVemBaseNode* node, const char* name);
 VEM_API void CVemNodeDump(CVemBaseNode* node, CFile* file);
 VEM_API int CVemNodeDump(CVemBaseNode* node, const CString& fileName);

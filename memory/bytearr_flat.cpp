@@ -134,7 +134,9 @@ int VemBaPatchString(CVemByteArray* array, u16 offset, const CString& text, int 
     unsigned n = count > 0 ? static_cast<unsigned>(count) : 0;
     if (n > array->GetLength()) n = array->GetLength();
     std::vector<u8> copy(n, 0);
-    if (n) std::memcpy(copy.data(), text.GetString(), std::min<std::size_t>(n, static_cast<std::size_t>(text.GetLength())));
+    if (n)
+        std::memcpy(copy.data(), text.GetString(),
+                    std::min<std::size_t>(n, static_cast<std::size_t>(text.GetLength())));
     return array->PatchString(offset, copy.data(), n);
 }
 

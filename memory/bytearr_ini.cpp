@@ -19,7 +19,9 @@ int HexDigit(char c) {
     return -1;
 }
 
-bool EndsToken(const std::string& v, std::size_t i) { return i == v.size() || v[i] == ' ' || v[i] == '\r' || v[i] == '\n'; }
+bool EndsToken(const std::string& v, std::size_t i) {
+    return i == v.size() || v[i] == ' ' || v[i] == '\r' || v[i] == '\n';
+}
 
 // Adds the tokens of one value as raw bytes; a token of another form ends the value. Gives the
 // number of bytes added.

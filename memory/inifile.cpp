@@ -68,9 +68,9 @@ void IniSection::TakeLine(const std::string& line) {
     std::size_t valueStart = line.find_first_not_of(" =", equals);
     if (valueStart == std::string::npos) valueStart = line.size();
     const std::size_t valueEnd = line.find_first_of("\r\n", valueStart);
-    m_values.try_emplace(std::move(key), line.substr(valueStart, valueEnd == std::string::npos
-                                                                     ? std::string::npos
-                                                                     : valueEnd - valueStart));
+    m_values.try_emplace(
+        std::move(key),
+        line.substr(valueStart, valueEnd == std::string::npos ? std::string::npos : valueEnd - valueStart));
 }
 
 const std::string* IniSection::Find(const std::string& key) const {

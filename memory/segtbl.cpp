@@ -5,8 +5,7 @@ VEM_IMPLEMENT_SERIAL(CSegmentTable, CObArray, 5)
 
 CSegmentTable::CSegmentTable() : CSegmentTable(0) {}
 
-CSegmentTable::CSegmentTable(u16 startSegmentNo)
-    : m_startSegmentNo(startSegmentNo), m_nextSegmentNo(startSegmentNo) {}
+CSegmentTable::CSegmentTable(u16 startSegmentNo) : m_startSegmentNo(startSegmentNo), m_nextSegmentNo(startSegmentNo) {}
 
 CSegmentTable::~CSegmentTable() { DeleteAllArrays(); }
 

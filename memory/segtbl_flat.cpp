@@ -34,6 +34,4 @@ const u8* GetSegmentBytePointer(CSegmentTable* table, u16 number) { return table
 u16 VemDllGetMaxSegmentNo(CSegmentTable* table) { return VemSegTblGetMaxSegmentNo(table); }
 u16 VemDllGetNoOfSegments(CSegmentTable* table) { return VemSegTblGetNoOfSegments(table); }
 CVemByteArray* VemDllGetSegment(CSegmentTable* table, u16 number) { return VemSegTblGetSegment(table, number); }
-const u8* VemDllGetSegmentBytePointer(CSegmentTable* table, u16 number) {
-    return GetSegmentBytePointer(table, number);
-}
+const u8* VemDllGetSegmentBytePointer(CSegmentTable* table, u16 number) { return GetSegmentBytePointer(table, number); }

@@ -61,17 +61,13 @@ void CVemBaseNode::ApplyTypeRules() {
     switch (NodeType) {
         case kVemVariableNode:
         case kVemTaskNode:
-        case kVemConfigNode:
-            HasSymbol = 0;
-            break;
+        case kVemConfigNode: HasSymbol = 0; break;
         case kVemExeNode:
         case kVemProjectNode:
             HasSymbol = 1;
             Expanded = 1;
             break;
-        default:
-            HasSymbol = 1;
-            break;
+        default: HasSymbol = 1; break;
     }
 }
 
@@ -196,8 +192,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work.MakeUpper();
                 look->BuildNodePath2NodeList(work, map);
                 break;
-            case kVemFbInstanceNode:
-                break;
+            case kVemFbInstanceNode: break;
             default:
                 work += ".";
                 work += look->Name;

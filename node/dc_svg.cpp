@@ -76,7 +76,8 @@ std::string IconDefinition(unsigned iconId) {
             int end = x + 1;
             while (end < size.cx && module.GetPixel(VemResourceKind::Icon, iconId, end, y) == color) ++end;
             if (color != kVemNoColor) {
-                Append(paths[color], "M", Number(x), " ", Number(y), "h", Number(end - x), "v1h-", Number(end - x), "z");
+                Append(paths[color], "M", Number(x), " ", Number(y), "h", Number(end - x), "v1h-", Number(end - x),
+                       "z");
             }
             x = end;
         }
@@ -151,9 +152,9 @@ std::string CVemSvgDC::GetDocument(CPoint bottomRight, int margin) const {
     const std::string width = Number(std::max<i64>(i64{bottomRight.x} + margin, 0));
     const std::string height = Number(std::max<i64>(i64{bottomRight.y} + margin, 0));
     std::string out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    Append(out, "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"", width,
-           "\" height=\"", height, "\" viewBox=\"0 0 ", width, " ", height, "\" font-family=\"monospace\" font-size=\"",
-           Number(GetLineHeight() * 3 / 4), "\">\n");
+    Append(out, "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"",
+           width, "\" height=\"", height, "\" viewBox=\"0 0 ", width, " ", height,
+           "\" font-family=\"monospace\" font-size=\"", Number(GetLineHeight() * 3 / 4), "\">\n");
     out += "<defs>\n";
     for (unsigned icon : m_icons) out += IconDefinition(icon);
     out += "</defs>\n";

@@ -6,8 +6,8 @@
 #include <new>
 
 #include "project/tasks.h"
-#include "vem_node.h"
 #include "vem_ext.h"
+#include "vem_node.h"
 #include "vem_plain.h"
 
 const char kVemRebuildMessage[] =
@@ -56,7 +56,8 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
     try {
         CFileException openError;
         if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary, &openError)) {
-            Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage(), message);
+            Report(report, tVemLoadReport::kCannotOpen, openError.m_cause, nullptr, openError.GetErrorMessage(),
+                   message);
             return nullptr;
         }
     } catch (const std::bad_alloc&) {  // the names of the file

@@ -398,9 +398,9 @@ constexpr Drawing kCross{16, 16,
     "................"};
 // clang-format on
 
-constexpr std::array kAllDrawings{&kMinusBox, &kPlusBox, &kLeaf, &kGlobe, &kCube, &kProgram, &kDocument,
-                                  &kFunctionBlock, &kFunction, &kVariable, &kArray, &kStructure, &kFolder,
-                                  &kChip, &kClock, &kRack, &kHourglass, &kGear, &kDisk, &kCheck, &kCross};
+constexpr std::array kAllDrawings{&kMinusBox,      &kPlusBox,  &kLeaf,      &kGlobe, &kCube,      &kProgram, &kDocument,
+                                  &kFunctionBlock, &kFunction, &kVariable,  &kArray, &kStructure, &kFolder,  &kChip,
+                                  &kClock,         &kRack,     &kHourglass, &kGear,  &kDisk,      &kCheck,   &kCross};
 
 constexpr bool AllDrawingsValid() {
     for (const Drawing* drawing : kAllDrawings) {
@@ -451,21 +451,14 @@ constexpr Picture kIcons[] = {
 };
 
 constexpr Picture kBitmaps[] = {
-    {111, {&kDocument}, {}},
-    {112, {&kProgram}, {}},  // program, TUI task
-    {113, {&kHourglass}, {}},
-    {114, {&kFunction}, {}},
-    {115, {&kFunctionBlock}, {}},
-    {116, {&kVariable}, {}},  // variables, POU
-    {125, {&kChip}, {}},      // resource, executable
-    {126, {&kFolder}, {}},    // project
-    {127, {&kClock}, {}},     // task, task container
-    {128, {&kRack}, {}},
-    {133, {&kDisk}, {}},
-    {149, {&kCube}, {}},  // base node, configuration
-    {150, {&kGear}, {}},
-    {152, {&kCheck}, {}},
-    {153, {&kCross}, {}},
+    {111, {&kDocument}, {}},       {112, {&kProgram}, {}},  // program, TUI task
+    {113, {&kHourglass}, {}},      {114, {&kFunction}, {}}, {115, {&kFunctionBlock}, {}},
+    {116, {&kVariable}, {}},                                                      // variables, POU
+    {125, {&kChip}, {}},                                                          // resource, executable
+    {126, {&kFolder}, {}},                                                        // project
+    {127, {&kClock}, {}},                                                         // task, task container
+    {128, {&kRack}, {}},           {133, {&kDisk}, {}},     {149, {&kCube}, {}},  // base node, configuration
+    {150, {&kGear}, {}},           {152, {&kCheck}, {}},    {153, {&kCross}, {}},
     {156, {&kPlusBox, 3, 3}, {}},   // the expand item
     {157, {&kMinusBox, 3, 3}, {}},  // the expanded item
     {158, {&kLeaf, 4, 4}, {}},      // the leaf item

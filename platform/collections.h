@@ -369,24 +369,21 @@ public:
 };
 
 // Map from text to object pointer; it does not own the objects.
-class VEM_API CMapStringToOb : public CObject,
-                               public vem_detail::OrderedMap<CString, CObject*, CStringHash> {
+class VEM_API CMapStringToOb : public CObject, public vem_detail::OrderedMap<CString, CObject*, CStringHash> {
     VEM_DECLARE_SERIAL(CMapStringToOb)
 public:
     explicit CMapStringToOb(int blockSize = 10) { (void)blockSize; }
     void Serialize(CArchive& ar) override;  // count, then key string and object reference
 };
 
-class VEM_API CMapStringToString : public CObject,
-                                   public vem_detail::OrderedMap<CString, CString, CStringHash> {
+class VEM_API CMapStringToString : public CObject, public vem_detail::OrderedMap<CString, CString, CStringHash> {
     VEM_DECLARE_SERIAL(CMapStringToString)
 public:
     explicit CMapStringToString(int blockSize = 10) { (void)blockSize; }
     void Serialize(CArchive& ar) override;  // count, then key and value strings
 };
 
-class VEM_API CMapWordToOb : public CObject,
-                             public vem_detail::OrderedMap<u16, CObject*, vem_detail::WordHash> {
+class VEM_API CMapWordToOb : public CObject, public vem_detail::OrderedMap<u16, CObject*, vem_detail::WordHash> {
     VEM_DECLARE_SERIAL(CMapWordToOb)
 public:
     explicit CMapWordToOb(int blockSize = 10) { (void)blockSize; }

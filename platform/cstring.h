@@ -20,7 +20,7 @@ public:
     CString(const char* text, int length) : CString() {
         if (text && length > 0) Init(text, static_cast<std::size_t>(length));
     }
-    CString(std::string text) : CString() { Init(text.data(), text.size()); }  // NOLINT
+    CString(std::string text) : CString() { Init(text.data(), text.size()); }       // NOLINT
     CString(std::string_view text) : CString() { Init(text.data(), text.size()); }  // NOLINT
     CString(char ch, int repeat);
     // A short text is copied with its word; only a longer one takes a block of its own.
@@ -167,7 +167,9 @@ private:
     const char* Data() const noexcept {
         return IsInline() ? reinterpret_cast<const char*>(&v_) + kInlineChars : reinterpret_cast<const char*>(v_);
     }
-    char* Data() noexcept { return IsInline() ? reinterpret_cast<char*>(&v_) + kInlineChars : reinterpret_cast<char*>(v_); }
+    char* Data() noexcept {
+        return IsInline() ? reinterpret_cast<char*>(&v_) + kInlineChars : reinterpret_cast<char*>(v_);
+    }
     Head* head() const noexcept { return reinterpret_cast<Head*>(v_) - 1; }
     std::size_t Size() const noexcept { return IsInline() ? (v_ & 0xFF) >> 1 : head()->length; }
     std::size_t Capacity() const noexcept { return IsInline() ? kInlineCapacity : head()->capacity; }

@@ -22,7 +22,9 @@ CString CFileException::GetErrorMessage() const {
     switch (m_cause) {
         case fileNotFound: text.Format("%s was not found.", name); break;
         case badPath: text.Format("%s contains an invalid path.", name); break;
-        case tooManyOpenFiles: text.Format("%s could not be opened because there are too many open files.", name); break;
+        case tooManyOpenFiles:
+            text.Format("%s could not be opened because there are too many open files.", name);
+            break;
         case accessDenied: text.Format("Access to %s was denied.", name); break;
         case invalidFile: text.Format("An invalid file handle was associated with %s.", name); break;
         case directoryFull: text.Format("%s could not be created because the directory is full.", name); break;

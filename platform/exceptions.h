@@ -69,10 +69,10 @@ public:
     enum {
         none = 0,
         genericException = 1,
-        readOnly = 2,     // writing to a loading archive
+        readOnly = 2,  // writing to a loading archive
         endOfFile = 3,
-        writeOnly = 4,    // reading from a storing archive
-        badIndex = 5,     // bad object number, wrong version stamp, schema word too new
+        writeOnly = 4,  // reading from a storing archive
+        badIndex = 5,   // bad object number, wrong version stamp, schema word too new
         badClass = 6,
         badSchema = 7,
         bufferFull = 8,

@@ -126,7 +126,9 @@ unsigned CFile::Read(void* buffer, unsigned count) {
     unsigned total = 0;
     auto* out = static_cast<char*>(buffer);
     while (total < count) {
-        const ssize_t n = VemFileFaultStrikes(VemFileOp::read) ? -1 : ::pread(m_fd, out + total, count - total, static_cast<off_t>(m_pos));
+        const ssize_t n = VemFileFaultStrikes(VemFileOp::read)
+                              ? -1
+                              : ::pread(m_fd, out + total, count - total, static_cast<off_t>(m_pos));
         if (n < 0) {
             if (errno == EINTR) continue;
             ThrowErrno(m_strFileName);
@@ -143,7 +145,9 @@ void CFile::Write(const void* buffer, unsigned count) {
     unsigned total = 0;
     const auto* in = static_cast<const char*>(buffer);
     while (total < count) {
-        const ssize_t n = VemFileFaultStrikes(VemFileOp::write) ? -1 : ::pwrite(m_fd, in + total, count - total, static_cast<off_t>(m_pos));
+        const ssize_t n = VemFileFaultStrikes(VemFileOp::write)
+                              ? -1
+                              : ::pwrite(m_fd, in + total, count - total, static_cast<off_t>(m_pos));
         if (n < 0) {
             if (errno == EINTR) continue;
             ThrowErrno(m_strFileName);
@@ -180,7 +184,8 @@ void CFile::SetLength(u64 newLength) {
 }
 
 void CFile::Flush() {
-    if (m_fd >= 0 && (VemFileFaultStrikes(VemFileOp::flush) || ::fsync(m_fd) != 0) && errno != EINVAL) ThrowErrno(m_strFileName);
+    if (m_fd >= 0 && (VemFileFaultStrikes(VemFileOp::flush) || ::fsync(m_fd) != 0) && errno != EINVAL)
+        ThrowErrno(m_strFileName);
 }
 
 void CFile::Close() {
@@ -238,7 +243,8 @@ void CFile::Remove(const char* fileName) {
 }
 
 void CFile::Rename(const char* oldName, const char* newName) {
-    if (VemFileFaultStrikes(VemFileOp::rename) || ::rename(VemHostPath(oldName), VemHostPath(newName)) != 0) ThrowErrno(oldName);
+    if (VemFileFaultStrikes(VemFileOp::rename) || ::rename(VemHostPath(oldName), VemHostPath(newName)) != 0)
+        ThrowErrno(oldName);
 }
 #endif
 

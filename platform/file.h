@@ -62,8 +62,8 @@ public:
     const CString& GetFilePath() const { return m_strFileName; }
 
     static bool GetStatus(const char* fileName, CFileStatus& status);
-    static void Remove(const char* fileName);                       // throws CFileException
-    static void Rename(const char* oldName, const char* newName);   // throws CFileException
+    static void Remove(const char* fileName);                      // throws CFileException
+    static void Rename(const char* oldName, const char* newName);  // throws CFileException
 
 protected:
     int m_fd = -1;

@@ -106,8 +106,8 @@ bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error
     SECURITY_ATTRIBUTES notInherited{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
     // A directory cannot be opened this way: it fails with access denied, as a file opened for
     // bytes should.
-    HANDLE h = CreateFileA(VemHostPath(fileName), access, kShareAll, &notInherited, disposition,
-                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE h = CreateFileA(VemHostPath(fileName), access, kShareAll, &notInherited, disposition, FILE_ATTRIBUTE_NORMAL,
+                           nullptr);
     if (h == INVALID_HANDLE_VALUE) {
         if (error) *error = ErrorOf(GetLastError(), fileName);
         return false;
@@ -180,8 +180,7 @@ void CFile::SetLength(u64 newLength) {
     if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
     FILE_END_OF_FILE_INFO end{};
     end.EndOfFile.QuadPart = static_cast<LONGLONG>(newLength);
-    if (!SetFileInformationByHandle(HandleOf(m_fd), FileEndOfFileInfo, &end, sizeof end))
-        ThrowLastError(m_strFileName);
+    if (!SetFileInformationByHandle(HandleOf(m_fd), FileEndOfFileInfo, &end, sizeof end)) ThrowLastError(m_strFileName);
 }
 
 // A handle opened for reading has nothing to flush, and Windows refuses to flush it.
@@ -278,8 +277,10 @@ bool CVemReplaceFile::OpenReplace(const char* targetName) {
             CloseHandle(h);
             if (n > 0 && n < sizeof buffer) {
                 std::string resolved(buffer, n);
-                if (resolved.rfind("\\\\?\\UNC\\", 0) == 0) resolved.replace(0, 8, "\\\\");
-                else if (resolved.rfind("\\\\?\\", 0) == 0) resolved.erase(0, 4);
+                if (resolved.rfind("\\\\?\\UNC\\", 0) == 0)
+                    resolved.replace(0, 8, "\\\\");
+                else if (resolved.rfind("\\\\?\\", 0) == 0)
+                    resolved.erase(0, 4);
                 m_target = CString(resolved);
             }
         }

@@ -34,8 +34,8 @@ namespace {
 
 // The innermost part inside an element of an array without element nodes. origin is the absolute
 // address of the layout's position 0.
-void Descend(const vemlayout::Layout& layout, u32 item, u32 origin, u32 address, std::string& name,
-             tVemAddressHit& hit, int depth) {
+void Descend(const vemlayout::Layout& layout, u32 item, u32 origin, u32 address, std::string& name, tVemAddressHit& hit,
+             int depth) {
     const vemlayout::Item& it = layout.items[item];
     if (it.array == kNone || depth > vemlayout::kMaxDepth) return;
     const vemlayout::ArrayLayout& array = layout.arrays[it.array];
@@ -54,7 +54,7 @@ void Descend(const vemlayout::Layout& layout, u32 item, u32 origin, u32 address,
     if (!inner.At(address - elementOrigin, piece) || piece.item == kNone) return;
     const vemlayout::Item& part = inner.items[piece.item];
     hit.Covering += piece.covering - 1;  // the element itself is counted
-    if (part.order != 0) {  // a part of the prototype, not the prototype itself
+    if (part.order != 0) {               // a part of the prototype, not the prototype itself
         name += inner.Str(part.name);
         hit.Node = part.node;
         hit.Start = elementOrigin + part.start;

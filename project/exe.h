@@ -81,8 +81,8 @@ public:
     CString DatacontFilesProjectName;
     CDWordArray AbsOffsets;
     tVemDeviceSettings DeviceSettings = DefaultDeviceSettings();
-    CObList EvemRootNodeList{10};        // owns its code nodes
-    CStringList FilteredNodeNames{10};   // upper-case paths of the code nodes taken over; not stored
+    CObList EvemRootNodeList{10};       // owns its code nodes
+    CStringList FilteredNodeNames{10};  // upper-case paths of the code nodes taken over; not stored
 
 private:
     void SerializeDeviceSettings(CArchive& ar);

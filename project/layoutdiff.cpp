@@ -35,18 +35,36 @@ struct Setting {
     bool layout;  // a difference changes how the target lays out its memory
 };
 
-#define VEM_SETTING(field, layout) {#field, [](const tVemDeviceSettings& s) -> u64 { return s.field; }, layout}
+#define VEM_SETTING(field, layout)                                                 \
+    {                                                                              \
+#field, [](const tVemDeviceSettings& s) -> u64 { return s.field; }, layout \
+    }
 const Setting kSettings[] = {
-    VEM_SETTING(DeviceWord1, false), VEM_SETTING(DeviceWord2, false),
+    VEM_SETTING(DeviceWord1, false),
+    VEM_SETTING(DeviceWord2, false),
     {"MotorolaFormat", [](const tVemDeviceSettings& s) -> u64 { return s.MotorolaFormat != 0; }, true},
-    VEM_SETTING(ResourceGlobalSegTable, false), VEM_SETTING(OnlineLinking, false),
-    VEM_SETTING(IncrementalDownload, false), VEM_SETTING(OneSegTableAtOnlineLinking, false),
-    VEM_SETTING(OnlineEditor, false), VEM_SETTING(TaskDownload, false), VEM_SETTING(TaskStart, false),
-    VEM_SETTING(MaxWatchEntries, false), VEM_SETTING(DeviceByte1, false), VEM_SETTING(DeviceByte2, false),
-    VEM_SETTING(DeviceByte3, false), VEM_SETTING(DeviceByte4, false), VEM_SETTING(DeviceByte5, false),
-    VEM_SETTING(DeviceByte6, false), VEM_SETTING(IpType, true), VEM_SETTING(DeviceWord3, false),
-    VEM_SETTING(DeviceByte7, false), VEM_SETTING(Alignment, true), VEM_SETTING(ByteSize, true),
-    VEM_SETTING(DeviceLong1, false), VEM_SETTING(DeviceByte9, false), VEM_SETTING(DeviceLong2, false),
+    VEM_SETTING(ResourceGlobalSegTable, false),
+    VEM_SETTING(OnlineLinking, false),
+    VEM_SETTING(IncrementalDownload, false),
+    VEM_SETTING(OneSegTableAtOnlineLinking, false),
+    VEM_SETTING(OnlineEditor, false),
+    VEM_SETTING(TaskDownload, false),
+    VEM_SETTING(TaskStart, false),
+    VEM_SETTING(MaxWatchEntries, false),
+    VEM_SETTING(DeviceByte1, false),
+    VEM_SETTING(DeviceByte2, false),
+    VEM_SETTING(DeviceByte3, false),
+    VEM_SETTING(DeviceByte4, false),
+    VEM_SETTING(DeviceByte5, false),
+    VEM_SETTING(DeviceByte6, false),
+    VEM_SETTING(IpType, true),
+    VEM_SETTING(DeviceWord3, false),
+    VEM_SETTING(DeviceByte7, false),
+    VEM_SETTING(Alignment, true),
+    VEM_SETTING(ByteSize, true),
+    VEM_SETTING(DeviceLong1, false),
+    VEM_SETTING(DeviceByte9, false),
+    VEM_SETTING(DeviceLong2, false),
     {"DeviceLong3[0]", [](const tVemDeviceSettings& s) -> u64 { return s.DeviceLong3[0]; }, false},
     {"DeviceLong3[1]", [](const tVemDeviceSettings& s) -> u64 { return s.DeviceLong3[1]; }, false},
 };
@@ -250,8 +268,8 @@ void tVemLayoutDiff::Compare(CVemBaseNode* a, CVemBaseNode* b) {
     }
     if (!sameResource) {
         incompatible.insert(incompatible.begin(), "different resources " + a->Name.str() + " and " + b->Name.str());
-        reason = "different resources " + a->Name.str() + " and " + b->Name.str() +
-                 "; compared: the device settings" + (compared.empty() ? "" : " and the tasks " + compared);
+        reason = "different resources " + a->Name.str() + " and " + b->Name.str() + "; compared: the device settings" +
+                 (compared.empty() ? "" : " and the tasks " + compared);
         verdict = kVemDiffIncompatible;
         return;
     }
@@ -260,8 +278,8 @@ void tVemLayoutDiff::Compare(CVemBaseNode* a, CVemBaseNode* b) {
         for (std::size_t i = 0; i < incompatible.size(); ++i) reason += (i ? "; " : "") + incompatible[i];
     } else if (reinit) {
         verdict = kVemDiffReinit;
-        reason = std::to_string(reinit) + (reinit == 1 ? " variable moved, resized or retyped"
-                                                       : " variables moved, resized or retyped");
+        reason = std::to_string(reinit) +
+                 (reinit == 1 ? " variable moved, resized or retyped" : " variables moved, resized or retyped");
     } else if (!entries.empty()) {
         verdict = kVemDiffCompatible;
         reason = "every surviving variable keeps its place";
@@ -273,7 +291,8 @@ void tVemLayoutDiff::Compare(CVemBaseNode* a, CVemBaseNode* b) {
 extern "C" {
 
 tVemLayoutDiff* VemDiffNew(CVemBaseNode* oldExe, CVemBaseNode* newExe) {
-    if (!oldExe || !newExe || oldExe->GetNodeType() != kVemExeNode || newExe->GetNodeType() != kVemExeNode) return nullptr;
+    if (!oldExe || !newExe || oldExe->GetNodeType() != kVemExeNode || newExe->GetNodeType() != kVemExeNode)
+        return nullptr;
     auto diff = std::make_unique<tVemLayoutDiff>();
     diff->Compare(oldExe, newExe);
     return diff.release();
@@ -298,9 +317,9 @@ int VemDiffCount(tVemLayoutDiff* diff) { return diff ? static_cast<int>(diff->en
 int VemDiffGetEntry(tVemLayoutDiff* diff, int index, tVemDiffEntry* entry) {
     if (!diff || !entry || index < 0 || static_cast<std::size_t>(index) >= diff->entries.size()) return 0;
     const Entry& e = diff->entries[static_cast<std::size_t>(index)];
-    *entry = tVemDiffEntry{e.kind,      e.changes,   e.task.c_str(), e.path.c_str(), e.oldSegment,
-                           e.oldOffset, e.oldSize,   e.newSegment,   e.newOffset,    e.newSize,
-                           e.oldType,   e.newType,   e.oldText.c_str(), e.newText.c_str()};
+    *entry = tVemDiffEntry{e.kind,      e.changes, e.task.c_str(),    e.path.c_str(),   e.oldSegment,
+                           e.oldOffset, e.oldSize, e.newSegment,      e.newOffset,      e.newSize,
+                           e.oldType,   e.newType, e.oldText.c_str(), e.newText.c_str()};
     return 1;
 }
 

@@ -10,9 +10,9 @@
 
 // Where a stored task file name leads on this host.
 struct VemTaskFileLookup {
-    CString path;               // the name that opens as a plain file; empty if there is none
-    int reason = 0;             // tVemMissingTask::kNotFound or kNotReadable while `path` is empty
-    std::vector<CString> tried; // host names looked at, in order
+    CString path;                // the name that opens as a plain file; empty if there is none
+    int reason = 0;              // tVemMissingTask::kNotFound or kNotReadable while `path` is empty
+    std::vector<CString> tried;  // host names looked at, in order
 };
 
 // Looks up the task files of one container. It keeps the directories it has listed, so that the

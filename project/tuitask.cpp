@@ -14,8 +14,7 @@ VEM_IMPLEMENT_SERIAL(CVemTuiTaskNode, CVemProgramNode, 5)
 
 CVemTuiTaskNode::CVemTuiTaskNode() : CVemTuiTaskNode(CString(), CString()) {}
 
-CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path)
-    : CVemProgramNode(name, path, CString()) {
+CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path) : CVemProgramNode(name, path, CString()) {
     NodeType = kVemTuiTaskNode;
     SegmentTable = new CSegmentTable(0);  // last, so that nothing is left behind if it fails
 }
@@ -93,9 +92,7 @@ u32 CVemTuiTaskNode::GetAbsoluteVariableOffset(CString path) {
         case kVemProgramNode:
         case kVemFbNode:
         case kVemFunctionNode:
-        case kVemTuiTaskNode:
-            segment = node->GetDataSegment();
-            break;
+        case kVemTuiTaskNode: segment = node->GetDataSegment(); break;
         default:
             offset = node->GetOffset();
             segment = node->GetParentSegment();

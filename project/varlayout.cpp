@@ -9,8 +9,8 @@
 
 #include "variables/array.h"
 #include "variables/struct.h"
-#include "vem_segtbl.h"
 #include "vem_bytearray.h"
+#include "vem_segtbl.h"
 
 namespace vemlayout {
 
@@ -136,15 +136,11 @@ public:
                     if (item != kNone) Walk(look, std::string(L.Str(text.first), text.second), depth + 1);
                     break;
                 }
-                case kVemTuiTaskNode:
-                    Walk(look, Upper(prefix + look->Name.str()), depth + 1);
-                    break;
+                case kVemTuiTaskNode: Walk(look, Upper(prefix + look->Name.str()), depth + 1); break;
                 case kVemFbInstanceNode:  // an instance that holds its data itself: only its own place
                     Add(look, Text(prefix, look->Name).first, kSelf, Frame{}, true, -1);
                     break;
-                default:
-                    AddVariable(look, Text(prefix, look->Name), kSelf, Frame{}, false, 0, -1, depth);
-                    break;
+                default: AddVariable(look, Text(prefix, look->Name), kSelf, Frame{}, false, 0, -1, depth); break;
             }
         }
     }
@@ -255,7 +251,8 @@ private:
         layout.stride = c2 - c1;
         u64 fit = 0;
         if (c0 + layout.size <= 0x10000) fit = 1;
-        if (fit && layout.stride && c1 + layout.size <= 0x10000) fit += 1 + (0x10000 - c1 - layout.size) / layout.stride;
+        if (fit && layout.stride && c1 + layout.size <= 0x10000)
+            fit += 1 + (0x10000 - c1 - layout.size) / layout.stride;
         layout.count = static_cast<u32>(std::min<u64>(count, fit));
         if (layout.count == 0 || base < 0 || base + 0x10000 > 0xFFFFFFFFll) return;
         layout.first = static_cast<u32>(base + c0);

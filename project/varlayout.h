@@ -25,7 +25,7 @@ struct Item {
     i32 element = -1;   // index of an expanded element in its array
     u16 segment = 0xFFFF;
     u16 offset = 0;
-    bool top = false;   // a variable of its own, not a part of an array element
+    bool top = false;  // a variable of its own, not a part of an array element
 };
 
 // A stretch of addresses with the same innermost variable.
@@ -86,7 +86,7 @@ struct SegmentSpan {
 
 struct TaskLayout {
     CVemBaseNode* task = nullptr;
-    std::string name;                   // upper case
+    std::string name;  // upper case
     Layout vars;
     std::vector<SegmentSpan> segments;  // by start
     std::vector<u32> abs;               // the task's table of absolute offsets

@@ -94,7 +94,7 @@ struct tVemCodeIndex {
     std::vector<Unit> units;
     std::unordered_map<std::string, u32, NoCaseHash, NoCaseEqual> byName;  // path, name and file name
     std::unordered_map<std::string, u32> lengths;  // upper-case path of every unit -> code length, +1
-    std::string arena;  // operand names, each ended by a zero
+    std::string arena;                             // operand names, each ended by a zero
 
     void Build();
     int Find(std::string_view unit, u32 offset, tVemCodeHit* hit);
@@ -116,7 +116,8 @@ void tVemCodeIndex::Build() {
                 const u32 length = code ? VemBaGetLength(code) + 1 : 0;
                 if (!path.empty()) lengths.emplace(path, length);
                 if (depth < vemlayout::kMaxDepth) {
-                    for (POSITION pos = node->Children.GetHeadPosition(); pos;) stack.emplace_back(node->ChildAt(pos), depth + 1);
+                    for (POSITION pos = node->Children.GetHeadPosition(); pos;)
+                        stack.emplace_back(node->ChildAt(pos), depth + 1);
                 }
             }
         }
@@ -148,7 +149,8 @@ void tVemCodeIndex::Build() {
             const CString name = statement->GetName();
             unit.offsets.push_back(placed[i].first);
             unit.answers.push_back(Answer{statement, static_cast<u32>(arena.size()), statement->NodeType,
-                                          statement->GetAwlLine(), static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset});
+                                          statement->GetAwlLine(),
+                                          static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset});
             arena.append(name.GetString(), static_cast<std::size_t>(name.GetLength()));
             arena.push_back('\0');
         }
@@ -156,8 +158,7 @@ void tVemCodeIndex::Build() {
         if (auto it = lengths.find(upperPath); it != lengths.end() && it->second) unit.codeLength = it->second - 1;
         const u32 number = static_cast<u32>(units.size());
         units.push_back(std::move(unit));
-        for (const std::string& key : {units.back().path, code->GetName().str(),
-                                       FileStem(units.back().path)}) {
+        for (const std::string& key : {units.back().path, code->GetName().str(), FileStem(units.back().path)}) {
             if (!key.empty()) byName.emplace(key, number);
         }
     }

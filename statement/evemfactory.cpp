@@ -29,7 +29,8 @@ CEVemBaseNode* MakeReplace(tEVemNodeType type, const CString&) { return new CEVe
 CEVemBaseNode* EVemMakeNode(i32 type, const CString& name) {
     switch (type) {
 #define EVEM_NODE_TYPE(Value, Name, Class) \
-    case Value: return Make##Class(Name, name);
+    case Value:                            \
+        return Make##Class(Name, name);
 #include "vem_evem_types.def"
 #undef EVEM_NODE_TYPE
         default: return nullptr;
@@ -57,7 +58,8 @@ const CRuntimeClass* ClassOfReplace() { return RUNTIME_CLASS(CEVemStdStringRepla
 const CRuntimeClass* ClassOfKind(i32 type) {
     switch (type) {
 #define EVEM_NODE_TYPE(Value, Name, Class) \
-    case Value: return ClassOf##Class();
+    case Value:                            \
+        return ClassOf##Class();
 #include "vem_evem_types.def"
 #undef EVEM_NODE_TYPE
         default: return nullptr;

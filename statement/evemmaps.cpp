@@ -63,8 +63,7 @@ void ForEachMappedStatement(CEVemBaseNode* first, Enter enter) {
             case kEVemStVariableStmtNode:
                 if (inInput) continue;
                 break;
-            default:
-                break;
+            default: break;
         }
         if (line != 0) enter(statement, LineKey(line));
     }
@@ -86,8 +85,7 @@ CEVemBaseNode* FindUnit(CVemBaseNode* exe, const CString& pathName) {
 }
 
 template <typename Map>
-int FillLineMap(CVemBaseNode* exe, const CString& pathName, Map* map,
-                int (CEVemBaseNode::*fill)(CString, Map*)) {
+int FillLineMap(CVemBaseNode* exe, const CString& pathName, Map* map, int (CEVemBaseNode::*fill)(CString, Map*)) {
     if (!EVemIsEnabled()) return 0;
     if (!IsExecutable(exe)) {
         AfxMessageBox(kNotExeMessage, MB_OK);

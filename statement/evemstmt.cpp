@@ -10,9 +10,7 @@ constexpr i32 kFirstStatementType = 6;
 
 }  // namespace
 
-bool EVemIsStatement(const CEVemBaseNode* node) {
-    return node && node->IsKindOf(RUNTIME_CLASS(CEVemBaseStmtNode));
-}
+bool EVemIsStatement(const CEVemBaseNode* node) { return node && node->IsKindOf(RUNTIME_CLASS(CEVemBaseStmtNode)); }
 
 CEVemBaseStmtNode* EVemMakeChainStatement(u16 type) {
     std::unique_ptr<CEVemBaseNode> node(EVemMakeNode(type, CString()));

@@ -38,12 +38,17 @@ CVemBaseNode* Element(tCbeType type, u16 size) { return VemCreateCVemVariableNod
 std::vector<int> Each(CVemBaseNode* array, int (*value)(CVemBaseNode*)) {
     std::vector<int> values;
     CObList* list = VemGetChildList(array);
-    for (POSITION pos = list->GetHeadPosition(); pos;) values.push_back(value(static_cast<CVemBaseNode*>(list->GetNext(pos))));
+    for (POSITION pos = list->GetHeadPosition(); pos;)
+        values.push_back(value(static_cast<CVemBaseNode*>(list->GetNext(pos))));
     return values;
 }
 
-std::vector<int> Offsets(CVemBaseNode* array) { return Each(array, [](CVemBaseNode* n) { return int{VemGetOffset(n)}; }); }
-std::vector<int> Sizes(CVemBaseNode* array) { return Each(array, [](CVemBaseNode* n) { return int{VemGetSize(n)}; }); }
+std::vector<int> Offsets(CVemBaseNode* array) {
+    return Each(array, [](CVemBaseNode* n) { return int{VemGetOffset(n)}; });
+}
+std::vector<int> Sizes(CVemBaseNode* array) {
+    return Each(array, [](CVemBaseNode* n) { return int{VemGetSize(n)}; });
+}
 
 std::vector<int> ExpandedOffsets(u8 alignment, u8 byteSize, u16 offset, CVemBaseNode* element, tVemDimRange range) {
     NodePtr exe = Target(alignment, byteSize);
@@ -67,14 +72,15 @@ TEST_F(ArrayLayout, ElementOffsetsFollowAlignmentAndUnitSize) {
         std::vector<int> offsets;
     };
     const Case cases[] = {
-        {2, 1, 10, kCbeTypeInt, 2, {1, 3, 0}, {10, 12, 14}},   {2, 1, 10, kCbeTypeByte, 1, {1, 3, 0}, {10, 11, 12}},
-        {2, 1, 10, kCbeTypeUser, 3, {1, 3, 0}, {10, 14, 18}},  {4, 1, 0, kCbeTypeWString, 6, {0, 2, 0}, {0, 6, 12}},
-        {4, 1, 0, kCbeTypeDint, 6, {0, 2, 0}, {0, 8, 16}},     {1, 2, 0, kCbeTypeBool, 1, {0, 3, 0}, {0, 2, 4, 6}},
-        {1, 4, 0, kCbeTypeInt, 2, {0, 2, 0}, {0, 4, 8}},       {1, 3, 0, kCbeTypeBool, 1, {0, 2, 0}, {0, 1, 2}},
-        {0, 1, 10, kCbeTypeUser, 3, {0, 1, 0}, {10, 13}},      {1, 1, 65534, kCbeTypeInt, 2, {0, 2, 0}, {65534, 0, 2}},
+        {2, 1, 10, kCbeTypeInt, 2, {1, 3, 0}, {10, 12, 14}},  {2, 1, 10, kCbeTypeByte, 1, {1, 3, 0}, {10, 11, 12}},
+        {2, 1, 10, kCbeTypeUser, 3, {1, 3, 0}, {10, 14, 18}}, {4, 1, 0, kCbeTypeWString, 6, {0, 2, 0}, {0, 6, 12}},
+        {4, 1, 0, kCbeTypeDint, 6, {0, 2, 0}, {0, 8, 16}},    {1, 2, 0, kCbeTypeBool, 1, {0, 3, 0}, {0, 2, 4, 6}},
+        {1, 4, 0, kCbeTypeInt, 2, {0, 2, 0}, {0, 4, 8}},      {1, 3, 0, kCbeTypeBool, 1, {0, 2, 0}, {0, 1, 2}},
+        {0, 1, 10, kCbeTypeUser, 3, {0, 1, 0}, {10, 13}},     {1, 1, 65534, kCbeTypeInt, 2, {0, 2, 0}, {65534, 0, 2}},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << int{c.alignment} << " " << int{c.byteSize} << " " << c.type << " " << c.size);
+        SCOPED_TRACE(testing::Message() << int{c.alignment} << " " << int{c.byteSize} << " " << c.type << " "
+                                        << c.size);
         EXPECT_EQ(ExpandedOffsets(c.alignment, c.byteSize, c.offset, Element(c.type, c.size), c.range), c.offsets);
     }
 }

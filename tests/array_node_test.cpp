@@ -174,15 +174,18 @@ TEST_F(ArrayNode, RecordOfAnExpandedArray) {
     VemAddChildTail(&array, IntElement());
     VemExpandArray(&array);
     const std::vector<u8> tail = Bytes()
-                                     .u16_(1).u32_(0xFFFFFFFF)  // low bounds: -1
-                                     .u16_(1).u32_(2)           // high bounds: 2
-                                     .u16_(1).u32_(0xFFFFFFFF)  // current indices, back at -1
-                                     .u8_(1)                    // DimSize
-                                     .u8_(0xFF)                 // ArrayCode, low 8 bits
-                                     .u16_(0x0102)              // ElementSizeOfType
-                                     .u8_(1)                    // Dimensions
-                                     .u16_(0x0304)              // HeaderLength
-                                     .u16_(0)                   // no prototype
+                                     .u16_(1)
+                                     .u32_(0xFFFFFFFF)  // low bounds: -1
+                                     .u16_(1)
+                                     .u32_(2)  // high bounds: 2
+                                     .u16_(1)
+                                     .u32_(0xFFFFFFFF)  // current indices, back at -1
+                                     .u8_(1)            // DimSize
+                                     .u8_(0xFF)         // ArrayCode, low 8 bits
+                                     .u16_(0x0102)      // ElementSizeOfType
+                                     .u8_(1)            // Dimensions
+                                     .u16_(0x0304)      // HeaderLength
+                                     .u16_(0)           // no prototype
                                      .v;
     const std::vector<u8> record = StoreRecord(&array);
     EXPECT_EQ(Tail(record, tail.size()), tail);

@@ -30,14 +30,10 @@ struct Target {
 };
 
 const Target kTargets[] = {
-    {0, 1, 1, {8, 10, 12}, {30, 31, 32}, {41, 45, 49}, 85},
-    {1, 1, 2, {8, 10, 12}, {30, 31, 32}, {41, 46, 50}, 86},
-    {0, 1, 4, {8, 10, 12}, {30, 31, 32}, {41, 45, 49}, 86},
-    {1, 2, 2, {8, 10, 12}, {30, 32, 34}, {41, 46, 50}, 90},
-    {0, 2, 4, {8, 10, 12}, {30, 32, 34}, {41, 45, 49}, 90},
-    {1, 4, 1, {8, 12, 16}, {30, 34, 38}, {41, 45, 49}, 100},
-    {0, 4, 2, {8, 12, 16}, {30, 34, 38}, {41, 46, 50}, 100},
-    {1, 4, 4, {8, 12, 16}, {30, 34, 38}, {41, 45, 49}, 100},
+    {0, 1, 1, {8, 10, 12}, {30, 31, 32}, {41, 45, 49}, 85},  {1, 1, 2, {8, 10, 12}, {30, 31, 32}, {41, 46, 50}, 86},
+    {0, 1, 4, {8, 10, 12}, {30, 31, 32}, {41, 45, 49}, 86},  {1, 2, 2, {8, 10, 12}, {30, 32, 34}, {41, 46, 50}, 90},
+    {0, 2, 4, {8, 10, 12}, {30, 32, 34}, {41, 45, 49}, 90},  {1, 4, 1, {8, 12, 16}, {30, 34, 38}, {41, 45, 49}, 100},
+    {0, 4, 2, {8, 12, 16}, {30, 34, 38}, {41, 46, 50}, 100}, {1, 4, 4, {8, 12, 16}, {30, 34, 38}, {41, 45, 49}, 100},
 };
 
 CVemBaseNode* Var(const char* name, u16 offset, tCbeType type, u16 size) {
@@ -90,8 +86,8 @@ CVemBaseNode* KnownLayout(const Target& t, bool expand) {
     VemAddChildTail(task, Array("BOOLS", 30, 0, 2, Var("", 0, kCbeTypeBool, 1)));
     VemAddChildTail(task, Array("DINTS", 41, -1, 1, Var("", 0, kCbeTypeDint, 4)));
     VemAddChildTail(task, Struct("S", 60, 6, {Var("M0", 0, kCbeTypeInt, 2), Var("M1", 2, kCbeTypeDint, 4)}));
-    VemAddChildTail(task, Array("SA", 70, 0, 1,
-                                Struct("", 0, 4, {Var("M0", 0, kCbeTypeInt, 2), Var("M1", 2, kCbeTypeInt, 2)})));
+    VemAddChildTail(
+        task, Array("SA", 70, 0, 1, Struct("", 0, 4, {Var("M0", 0, kCbeTypeInt, 2), Var("M1", 2, kCbeTypeInt, 2)})));
     CVemBaseNode* strings = Array("STRS", 80, 0, 1, Var("", 0, kCbeTypeString, 5));
     VemSetArrayElementSizeOfType(strings, 5);
     VemAddChildTail(task, strings);
@@ -258,7 +254,7 @@ TEST(AddressIndex, EveryPathOfABuiltResourceMapsBack) {
         Tree loaded(VemLoadNode(dir.file("res1.vem").c_str()));
         ASSERT_NE(loaded.node, nullptr);
         Index index(loaded.node);
-        EXPECT_EQ(VemAddrIndexTaskCount(index.index), 4);  // GLOBAL and three tasks
+        EXPECT_EQ(VemAddrIndexTaskCount(index.index), 4);          // GLOBAL and three tasks
         EXPECT_EQ(VemAddrIndexFindTask(index.index, "task2"), 1);  // the tasks of "TASKS" come first
         ExpectPathsMapBack(index.index, {});
     }
@@ -414,10 +410,14 @@ TEST(CodeIndex, OffsetToStatement) {
         const char* operand;
     };
     const Row rows[] = {
-        {"C:\\PRJ\\FB0.st", 0, 1, kVemCodeFound, 10, "V0"}, {"c:\\prj\\fb0.ST", 3, 1, kVemCodeFound, 10, "V0"},
-        {"FB0", 4, 1, kVemCodeFound, 11, "V1"},             {"fb0", 9, 1, kVemCodeFound, 12, "V2"},
-        {"task1", 19, 1, kVemCodeFound, 12, "V2"},          {"GFUN", 8, 1, kVemCodeFound, 12, "V2"},
-        {"TASK1", 20, 0, kVemCodeBeyond, 0, ""},             {"NOSUCH", 0, 0, kVemCodeNoUnit, 0, ""},
+        {"C:\\PRJ\\FB0.st", 0, 1, kVemCodeFound, 10, "V0"},
+        {"c:\\prj\\fb0.ST", 3, 1, kVemCodeFound, 10, "V0"},
+        {"FB0", 4, 1, kVemCodeFound, 11, "V1"},
+        {"fb0", 9, 1, kVemCodeFound, 12, "V2"},
+        {"task1", 19, 1, kVemCodeFound, 12, "V2"},
+        {"GFUN", 8, 1, kVemCodeFound, 12, "V2"},
+        {"TASK1", 20, 0, kVemCodeBeyond, 0, ""},
+        {"NOSUCH", 0, 0, kVemCodeNoUnit, 0, ""},
     };
     for (const Row& row : rows) {
         tVemCodeHit hit{};
@@ -541,8 +541,8 @@ TEST(LayoutDiff, WhatChangedAndTheVerdict) {
         "3 TASK1 TASK1.V1 1 >",
         "3 TASK1 TASK1.V2 2 >",
         "1 TASK1 TASK1.NEW 0 >",
-        "6 TASK1 C:\\PRJ\\FB0.st 0 20:" + std::to_string(VemBaComputeCheckSum(oldCode, 0)) + ">20:" +
-            std::to_string(VemBaComputeCheckSum(VemSegTblGetSegment(table, 3), 0)),
+        "6 TASK1 C:\\PRJ\\FB0.st 0 20:" + std::to_string(VemBaComputeCheckSum(oldCode, 0)) +
+            ">20:" + std::to_string(VemBaComputeCheckSum(VemSegTblGetSegment(table, 3), 0)),
         "3 TASK2 TASK2.S0.M1 4 >",
         "2 TASK2 TASK2.V7 0 >",
     };

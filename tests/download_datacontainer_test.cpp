@@ -134,8 +134,8 @@ TEST(DataContainer, StoredFormIsAMapOfObjects) {
     ASSERT_EQ(container.AddFile((WindowsForm(dir.path()) + "\\a.txt").c_str(), "K1", 0x11223344), 1);
     container.SetCheckSum("K1", 0xA1B2C3D4);
     Bytes want;
-    want.u16_(1);     // count
-    want.str("K1");   // key
+    want.u16_(1);    // count
+    want.str("K1");  // key
     DataObjectRecord(want, 0x11223344, "a.txt", 0xA1B2C3D4);
     EXPECT_EQ(Stored(container), want.v);
 }

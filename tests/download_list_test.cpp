@@ -45,7 +45,9 @@ int AddEntry(CVemDownloadList& list, tDownloadListEntry e, int& isNew) {
     return list.AddNextEntry(e, isNew, first, second);
 }
 
-int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) { return AddEntry(list, Entry(name), isNew); }
+int AddWithoutSegments(CVemDownloadList& list, const char* name, int& isNew) {
+    return AddEntry(list, Entry(name), isNew);
+}
 
 void AddEntries(CVemDownloadList& list, int count) {
     int isNew = 0;
@@ -68,8 +70,8 @@ Bytes& EntryObject(Bytes& b, unsigned classNumber, const std::string& tail, cons
     } else {
         b.u16_(0x8000 | classNumber);
     }
-    b.u16_(0).str(tail).str(name);     // schema word, TailPathName, Name
-    b.u32_(0x01020304).u32_(0x05060708);  // Value1, Value2
+    b.u16_(0).str(tail).str(name);          // schema word, TailPathName, Name
+    b.u32_(0x01020304).u32_(0x05060708);    // Value1, Value2
     b.u16_(index).u16_(3).u16_(4).u16_(9);  // Index, SecondSegment, FirstSegment, Value3
     return b;
 }
@@ -223,10 +225,10 @@ TEST(DownloadList, OneEntryMakesOneSegmentOf56BytesInEitherByteOrder) {
         ASSERT_EQ(table.GetNoOfSegments(), 1);
         Bytes want;
         if (motorola) {
-            want.raw({0x00, 0x38});              // Size 56, high byte first
-            want.u8_(22).u8_(8);                 // kind, header length
-            want.raw({0x00, 0x00, 0x00, 0x01});  // Next Seg, Num
-            want.raw({0xCD, 0xCD, 0x01, 0x02});  // constant word, SecondSegment
+            want.raw({0x00, 0x38});                                      // Size 56, high byte first
+            want.u8_(22).u8_(8);                                         // kind, header length
+            want.raw({0x00, 0x00, 0x00, 0x01});                          // Next Seg, Num
+            want.raw({0xCD, 0xCD, 0x01, 0x02});                          // constant word, SecondSegment
             want.raw({0x55, 0x66, 0x77, 0x88, 0x11, 0x22, 0x33, 0x44});  // Value2, Value1
         } else {
             want.u16_(56);          // Size, with the header
@@ -279,7 +281,7 @@ TEST(DownloadList, A64000ByteSegmentHolds1334Entries) {
         EXPECT_EQ(WordLE(first, 4), 2);      // Next Seg: the second's number
         EXPECT_EQ(WordLE(first, 6), 1334);
         EXPECT_EQ(WordLE(second, 0), 56);
-        EXPECT_EQ(second[2], 23);            // a continuation
+        EXPECT_EQ(second[2], 23);  // a continuation
         EXPECT_EQ(second[3], 8);
         EXPECT_EQ(WordLE(second, 4), 0);
         EXPECT_EQ(WordLE(second, 6), 1);
@@ -297,12 +299,12 @@ TEST(DownloadList, StoredFormByteForByte) {
     list.GetEntryByIndex(1)->TailPathName = "D\\FILE1";
     list.PathName = "D";
     Bytes want;
-    want.u16_(2);    // entries: count
-    want.u16_(0);    // element 0: null
+    want.u16_(2);  // entries: count
+    want.u16_(0);  // element 0: null
     EntryObject(want, 0, "D\\FILE1", "A", 1);
-    want.u16_(0);    // schema word
+    want.u16_(0);       // schema word
     Double(want, 1.0);  // LastIndex
-    want.str("D");   // PathName
+    want.str("D");      // PathName
     EXPECT_EQ(Stored(list), want.v);
 }
 

@@ -74,8 +74,7 @@ TEST_F(EVemTest, LineMapsSkipTheParameterTransfersOfACall) {
                                     {kEVemLdVariableStmtNode, 18, 18, "c"},
                                     {kEVemStVariableStmtNode, 18, 20, "d"},
                                 });
-    EXPECT_EQ(OffsetMap(exe.get(), kPath),
-              (Lines{"10=0", "11=2", "12=6", "13=8", "15=12", "16=14", "17=16", "18=20"}));
+    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"10=0", "11=2", "12=6", "13=8", "15=12", "16=14", "17=16", "18=20"}));
 
     CMapStringToOb statements;
     ASSERT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), kPath, &statements), 1);

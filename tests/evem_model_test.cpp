@@ -16,24 +16,38 @@ struct KindRange {
 };
 
 const char* ExpectedClass(int type) {
-    static const std::vector<int> constRows = {7,  14, 17, 20, 23, 26, 29, 32, 35,  39,  42,  45,  48,  51,  54,  57,
-                                               60, 63, 66, 70, 73, 76, 79, 82, 85,  88,  91,  94,  97,  100, 103, 106,
-                                               109, 143, 144, 145, 146, 151, 152, 153, 154, 161, 163, 166, 171};
+    static const std::vector<int> constRows = {
+        7,  14, 17, 20, 23, 26, 29,  32,  35,  39,  42,  45,  48,  51,  54,  57,  60,  63,  66,  70,  73,  76, 79,
+        82, 85, 88, 91, 94, 97, 100, 103, 106, 109, 143, 144, 145, 146, 151, 152, 153, 154, 161, 163, 166, 171};
     static const KindRange ranges[] = {
-        {3, 3, "CEVemPouCodeNode"},          {8, 8, "CEVemOpOnVarStmtNode"},
-        {9, 9, "CEVemArrayOperatorStmtNode"}, {10, 10, "CEVemOpOnVarStmtNode"},
-        {11, 11, "CEVemArrayOperatorStmtNode"}, {12, 13, "CEVemOpOnVarStmtNode"},
-        {38, 38, "CEVemBaseStmtNode"},       {69, 69, "CEVemBaseStmtNode"},
-        {112, 115, "CEVemConvStmtNode"},     {116, 119, "CEVemJumpLabelStmtNode"},
-        {120, 123, "CEVemCalStmtNode"},      {124, 126, "CEVemBaseStmtNode"},
-        {127, 130, "CEVemReferenceStmtNode"}, {132, 141, "CEVemBaseStmtNode"},
-        {142, 142, "CEVemOpOnTypeStmtNode"}, {147, 150, "CEVemOpOnVarStmtNode"},
-        {155, 158, "CEVemOpOnVarStmtNode"},  {159, 159, "CEVemBaseStmtNode"},
-        {160, 160, "CEVemOpOnVarStmtNode"},  {162, 162, "CEVemOpOnVarStmtNode"},
-        {164, 164, "CEVemStdStringMidDelNode"}, {165, 165, "CEVemOpOnVarStmtNode"},
-        {167, 167, "CEVemStdStringInsertNode"}, {168, 168, "CEVemStdStringMidDelNode"},
-        {169, 169, "CEVemStdStringReplaceNode"}, {170, 170, "CEVemOpOnVarStmtNode"},
-        {172, 175, "CEVemBaseStmtNode"},     {176, 177, "CEVemCalStmtNode"},
+        {3, 3, "CEVemPouCodeNode"},
+        {8, 8, "CEVemOpOnVarStmtNode"},
+        {9, 9, "CEVemArrayOperatorStmtNode"},
+        {10, 10, "CEVemOpOnVarStmtNode"},
+        {11, 11, "CEVemArrayOperatorStmtNode"},
+        {12, 13, "CEVemOpOnVarStmtNode"},
+        {38, 38, "CEVemBaseStmtNode"},
+        {69, 69, "CEVemBaseStmtNode"},
+        {112, 115, "CEVemConvStmtNode"},
+        {116, 119, "CEVemJumpLabelStmtNode"},
+        {120, 123, "CEVemCalStmtNode"},
+        {124, 126, "CEVemBaseStmtNode"},
+        {127, 130, "CEVemReferenceStmtNode"},
+        {132, 141, "CEVemBaseStmtNode"},
+        {142, 142, "CEVemOpOnTypeStmtNode"},
+        {147, 150, "CEVemOpOnVarStmtNode"},
+        {155, 158, "CEVemOpOnVarStmtNode"},
+        {159, 159, "CEVemBaseStmtNode"},
+        {160, 160, "CEVemOpOnVarStmtNode"},
+        {162, 162, "CEVemOpOnVarStmtNode"},
+        {164, 164, "CEVemStdStringMidDelNode"},
+        {165, 165, "CEVemOpOnVarStmtNode"},
+        {167, 167, "CEVemStdStringInsertNode"},
+        {168, 168, "CEVemStdStringMidDelNode"},
+        {169, 169, "CEVemStdStringReplaceNode"},
+        {170, 170, "CEVemOpOnVarStmtNode"},
+        {172, 175, "CEVemBaseStmtNode"},
+        {176, 177, "CEVemCalStmtNode"},
         {178, 186, "CEVemArrayOperatorStmtNode"},
     };
     for (int row : constRows)
@@ -256,7 +270,7 @@ TEST_F(EVemTest, StringStatementsOwnTheirParameters) {
         EVemSetStdStringLParamStmtNode(replace.get(), EVemCreateNode(kEVemLdConstStmtNode, ""));
         EVemSetStdStringIn2ParamStmtNode(insert.get(), EVemCreateNode(kEVemLdVariableStmtNode, ""));
         EVemSetStdStringIn2ParamStmtNode(replace.get(), EVemCreateNode(kEVemLdVariableStmtNode, ""));
-        EXPECT_EQ(EVemGetStdStringIn2ParamStmtNode(mid.get()), nullptr);  // MID has no second input
+        EXPECT_EQ(EVemGetStdStringIn2ParamStmtNode(mid.get()), nullptr);   // MID has no second input
         EXPECT_EQ(EVemGetStdStringLParamStmtNode(insert.get()), nullptr);  // INSERT has no L
         EXPECT_NE(EVemGetStdStringLParamStmtNode(replace.get()), nullptr);
         EXPECT_NE(EVemGetStdStringIn2ParamStmtNode(insert.get()), nullptr);

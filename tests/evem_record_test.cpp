@@ -176,10 +176,16 @@ TEST_F(EVemTest, LabelRecordHoldsNameTypeNameOffsetAndNumber) {
     EVemSetUcodeOffset(label.get(), 0x40);
     const std::vector<u8> record = StoreRecord(label.get());
     EXPECT_EQ(record, (Bytes()
-                           .u16_(3).u16_(120)               // base record
-                           .u16_(3).u16_(9).u16_(0x40)      // statement part
-                           .u16_(3).str("Inst").str("FB")   // label part: schema, Name, TypeName
-                           .u16_(0x102).u16_(3)             // Offset, LabelNum
+                           .u16_(3)
+                           .u16_(120)  // base record
+                           .u16_(3)
+                           .u16_(9)
+                           .u16_(0x40)  // statement part
+                           .u16_(3)
+                           .str("Inst")
+                           .str("FB")  // label part: schema, Name, TypeName
+                           .u16_(0x102)
+                           .u16_(3)  // Offset, LabelNum
                            .v));
     NodePtr loaded = LoadRecord(record, kEVemCalFbStmtNode);
     EXPECT_EQ(EVemGetName(loaded.get()), "Inst");
@@ -334,8 +340,8 @@ TEST_F(EVemTest, UnknownStatementKindInARecordRaisesTheUserException) {
 
 TEST_F(EVemTest, TruncatedRecordsRaiseTheArchiveExceptionAndLeaveNothing) {
     const long live = CEVemBaseNode::LiveCount();
-    for (const std::vector<u8>& whole : {ListRecord({ExampleCodeNodeRecord(), ExampleCodeNodeRecord()}),
-                                        ListRecord({OlderNestedCodeNode()})}) {
+    for (const std::vector<u8>& whole :
+         {ListRecord({ExampleCodeNodeRecord(), ExampleCodeNodeRecord()}), ListRecord({OlderNestedCodeNode()})}) {
         for (std::size_t length = 0; length < whole.size(); ++length) {
             const std::vector<u8> cut(whole.begin(), whole.begin() + static_cast<long>(length));
             vemtest::AllocationWatch watch;

@@ -53,8 +53,8 @@ void AddStatements(CVemBaseNode* exe) {
                                    {kEVemCalFbStmtNode, 21, 0x44, "FBI0"},
                                    {kEVemCalFunStmtNode, 22, 0x48, "GFUN"},
                                    {kEVemStVariableStmtNode, 23, 0x4C, "S0.M1"}});
-    Append(CodeNode(exe, kTask2), {{kEVemLdVariableStmtNode, 20, 0x40, "S0.M1"},
-                                   {kEVemCalcFbStmtNode, 24, 0x44, "FBI0"}});
+    Append(CodeNode(exe, kTask2),
+           {{kEVemLdVariableStmtNode, 20, 0x40, "S0.M1"}, {kEVemCalcFbStmtNode, 24, 0x44, "FBI0"}});
     Append(CodeNode(exe, kFb0), {{kEVemLdVariableStmtNode, 30, 0x40, "X"},
                                  {kEVemAddVarStmtNode, 31, 0x44, "X"},
                                  {kEVemStVariableStmtNode, 32, 0x48, "X"},

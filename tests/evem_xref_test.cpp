@@ -135,7 +135,8 @@ TEST_F(EVemTest, CheckOpOnVarWantsAVariableOperandOfExactlyThatName) {
     EXPECT_EQ(EVemCheckOpOnVar(named(kEVemStdModVarStmtNode, "Arr").get(), nullptr, "Arr", kEVemCrRead), 1);
     // The indexed forms of Shl to Expt are variable statements, but no reads.
     for (int kind = 178; kind <= 185; ++kind)
-        EXPECT_EQ(EVemCheckOpOnVar(named(static_cast<tEVemNodeType>(kind), "Arr").get(), nullptr, "Arr", kEVemCrRead), 0);
+        EXPECT_EQ(EVemCheckOpOnVar(named(static_cast<tEVemNodeType>(kind), "Arr").get(), nullptr, "Arr", kEVemCrRead),
+                  0);
     // A call reads and writes by its kind, but it has no variable operand.
     EXPECT_EQ(EVemCheckOpOnVar(Create(kEVemCalFbStmtNode, "Count").get(), nullptr, "Count", kEVemCrRead), 0);
     // These checks do not ask the switch.
@@ -228,7 +229,9 @@ TEST_F(EVemTest, QueryFindsReadsAndWritesByTheMask) {
         EXPECT_EQ(q.Run(unit, count, mask), 1);
         return q.Hits();
     };
-    auto at = [p](int line, int kind) { return std::string(p) + ":" + std::to_string(line) + ":" + std::to_string(kind); };
+    auto at = [p](int line, int kind) {
+        return std::string(p) + ":" + std::to_string(line) + ":" + std::to_string(kind);
+    };
     EXPECT_EQ(hits(0), Hits{});
     EXPECT_EQ(hits(1), (Hits{at(3, 1), at(5, 1), at(8, 1)}));
     EXPECT_EQ(hits(2), (Hits{at(4, 2), at(9, 2)}));
@@ -355,6 +358,6 @@ TEST_F(EVemTest, QueryFindsCallsOfUnitsInAnyUnit) {
         EXPECT_EQ(q.Run(unit, inst, 4), 1);
         EXPECT_EQ(q.Run(unit, fun, 7), 1);
     }
-    EXPECT_EQ(q.Hits(), (Hits{"C:\\PRJ\\T1.POU:3:4", "C:\\PRJ\\T1.POU:5:4", "C:\\PRJ\\OTHER.POU:8:4",
-                              "C:\\PRJ\\OTHER.POU:9:4"}));
+    EXPECT_EQ(q.Hits(),
+              (Hits{"C:\\PRJ\\T1.POU:3:4", "C:\\PRJ\\T1.POU:5:4", "C:\\PRJ\\OTHER.POU:8:4", "C:\\PRJ\\OTHER.POU:9:4"}));
 }

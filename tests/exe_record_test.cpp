@@ -21,16 +21,16 @@ using ExeRecord = compiledtest::SettingsTest;
 
 // An empty segment table as it stands in a record.
 const std::vector<u8> kEmptyTable = Bytes()
-                                        .u16_(0)       // no entries
-                                        .u16_(0)       // version
-                                        .u16_(1)       // numbers given out: byte array version
-                                        .u16_(0)       //   no bytes
-                                        .u8_(0)        //   little-endian
-                                        .u8_(1)        //   ByteSize
-                                        .u8_(0)        // name of the unit, empty
-                                        .u16_(0)       // number of segments
-                                        .u16_(0)       // start number
-                                        .u16_(0)       // next number
+                                        .u16_(0)  // no entries
+                                        .u16_(0)  // version
+                                        .u16_(1)  // numbers given out: byte array version
+                                        .u16_(0)  //   no bytes
+                                        .u8_(0)   //   little-endian
+                                        .u8_(1)   //   ByteSize
+                                        .u8_(0)   // name of the unit, empty
+                                        .u16_(0)  // number of segments
+                                        .u16_(0)  // start number
+                                        .u16_(0)  // next number
                                         .v;
 
 tVemDeviceSettings DistinctSettings() {
@@ -67,34 +67,34 @@ tVemDeviceSettings DistinctSettings() {
 }
 
 const std::vector<u8> kDistinctSettingsBytes = Bytes()
-                                                   .u32_(0xCDCDCDCD)  // marker
-                                                   .u16_(0x0102)      // DeviceWord1
-                                                   .u16_(0x0304)      // DeviceWord2
-                                                   .u16_(1)           // MotorolaFormat
-                                                   .u16_(2)           // ResourceGlobalSegTable, low 16 bits
-                                                   .u16_(3)           // OnlineLinking
-                                                   .u16_(0)           // IncrementalDownload
-                                                   .u16_(1)           // OneSegTableAtOnlineLinking
-                                                   .u16_(0xFFFF)      // OnlineEditor
-                                                   .u16_(1)           // TaskDownload
-                                                   .u16_(0)           // TaskStart
-                                                   .u16_(0x0506)      // MaxWatchEntries
-                                                   .u8_(0x11)         // DeviceByte1
-                                                   .u8_(0x12)         // DeviceByte2
-                                                   .u8_(0x13)         // DeviceByte3
-                                                   .u8_(0x14)         // DeviceByte4
-                                                   .u8_(0x15)         // DeviceByte5
-                                                   .u8_(0x16)         // DeviceByte6
-                                                   .u8_(0x17)         // IpType
-                                                   .u16_(0x0809)      // DeviceWord3
-                                                   .u8_(0x18)         // DeviceByte7
-                                                   .u8_(4)            // Alignment
-                                                   .u8_(2)            // ByteSize
-                                                   .u32_(0x0A0B0C0D)  // DeviceLong1
-                                                   .u8_(0x19)         // DeviceByte9
-                                                   .u32_(0x1A1B1C1D)  // DeviceLong2
-                                                   .u32_(0x21222324)  // DeviceLong3, first word
-                                                   .u32_(0x31323334)  // DeviceLong3, second word
+                                                   .u32_(0xCDCDCDCD)             // marker
+                                                   .u16_(0x0102)                 // DeviceWord1
+                                                   .u16_(0x0304)                 // DeviceWord2
+                                                   .u16_(1)                      // MotorolaFormat
+                                                   .u16_(2)                      // ResourceGlobalSegTable, low 16 bits
+                                                   .u16_(3)                      // OnlineLinking
+                                                   .u16_(0)                      // IncrementalDownload
+                                                   .u16_(1)                      // OneSegTableAtOnlineLinking
+                                                   .u16_(0xFFFF)                 // OnlineEditor
+                                                   .u16_(1)                      // TaskDownload
+                                                   .u16_(0)                      // TaskStart
+                                                   .u16_(0x0506)                 // MaxWatchEntries
+                                                   .u8_(0x11)                    // DeviceByte1
+                                                   .u8_(0x12)                    // DeviceByte2
+                                                   .u8_(0x13)                    // DeviceByte3
+                                                   .u8_(0x14)                    // DeviceByte4
+                                                   .u8_(0x15)                    // DeviceByte5
+                                                   .u8_(0x16)                    // DeviceByte6
+                                                   .u8_(0x17)                    // IpType
+                                                   .u16_(0x0809)                 // DeviceWord3
+                                                   .u8_(0x18)                    // DeviceByte7
+                                                   .u8_(4)                       // Alignment
+                                                   .u8_(2)                       // ByteSize
+                                                   .u32_(0x0A0B0C0D)             // DeviceLong1
+                                                   .u8_(0x19)                    // DeviceByte9
+                                                   .u32_(0x1A1B1C1D)             // DeviceLong2
+                                                   .u32_(0x21222324)             // DeviceLong3, first word
+                                                   .u32_(0x31323334)             // DeviceLong3, second word
                                                    .raw(std::vector<u8>(74, 0))  // reserved, written as zeros
                                                    .v;
 
@@ -269,9 +269,9 @@ TEST_F(ExeRecord, VersionZeroLoadsWithTheOldRowsDropped) {
         VemBaSerialize(array, ar);
         VemBaDeleteByteArray(array);
     });
-    const std::vector<u8> old = Concat({resource, Bytes().u16_(0).v, kEmptyTable, kEmptyTable, downloadList, buffer,
-                                        Bytes().u16_(0).u16_(1).v, buffer, Bytes().u16_(0).v, kDistinctSettingsBytes,
-                                        kFilesTail});
+    const std::vector<u8> old =
+        Concat({resource, Bytes().u16_(0).v, kEmptyTable, kEmptyTable, downloadList, buffer, Bytes().u16_(0).u16_(1).v,
+                buffer, Bytes().u16_(0).v, kDistinctSettingsBytes, kFilesTail});
     NodePtr loaded = MakeNode(kVemExeNode);
     EXPECT_EQ(LoadRecord(loaded.get(), old), 0u);
     EXPECT_EQ(VemGetTaskDefSegment(loaded.get()), nullptr);

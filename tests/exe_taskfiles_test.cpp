@@ -102,7 +102,8 @@ TEST_F(ExeTaskFiles, EveryTruncatedTaskFileFailsTheLoad) {
     MessageCapture messages;
     vemtest::AllocationWatch watch;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
-        vemtest::WriteFileBytes(TaskFile("T2"), std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(length)));
+        vemtest::WriteFileBytes(TaskFile("T2"),
+                                std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(length)));
         ASSERT_EQ(VemLoadNode(NodeFile().c_str()), nullptr) << length;
     }
     EXPECT_EQ(watch.Live(), 0);

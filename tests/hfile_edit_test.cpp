@@ -77,9 +77,8 @@ TEST_F(HFileEdit, SetValueWithoutBlockPutsOneInFront) {
 
 TEST_F(HFileEdit, SetValueRefusals) {
     for (const std::string& text : {""s, "TYPE t : INT; END_TYPE\r\n"s}) {
-        const std::string after = Edited(text, [](CHFile& f) {
-            EXPECT_EQ(CauseOf([&] { f.SetValue("CHECK", "1"); }), CFileException::badSeek);
-        });
+        const std::string after = Edited(
+            text, [](CHFile& f) { EXPECT_EQ(CauseOf([&] { f.SetValue("CHECK", "1"); }), CFileException::badSeek); });
         EXPECT_EQ(after, text);
     }
     // A begin marker alone gives no place for a new key.
@@ -98,7 +97,8 @@ TEST_F(HFileEdit, SetValueOnKeyAcrossBlockBorders) {
         SCOPED_TRACE(offset);
         const std::string text = LargeSource(BlockWithLineAt(offset, "CHECK = 123"));
         const std::size_t at = offset + 8;
-        EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetValue("CHECK", "77777777"); }) == Spliced(text, at, 3, "77777777"));
+        EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetValue("CHECK", "77777777"); }) ==
+                    Spliced(text, at, 3, "77777777"));
         EXPECT_TRUE(Edited(text, [](CHFile& f) { f.SetValue("CHECK", "7"); }) == Spliced(text, at, 3, "7"));
     }
 }
@@ -136,10 +136,10 @@ TEST_F(HFileEdit, ReplaceTextOnlyTheFirstMatchAndRefusals) {
               "A x B TOK C\r\n");
     const std::string text = LargeSource(kBlock);
     EXPECT_TRUE(Edited(text, [](CHFile& f) {
-        f.Seek(100, CFile::begin);
-        EXPECT_EQ(f.ReplaceText("absent text", "x"), 0);
-        EXPECT_EQ(f.GetPosition(), 0u);
-    }) == text);
+                    f.Seek(100, CFile::begin);
+                    EXPECT_EQ(f.ReplaceText("absent text", "x"), 0);
+                    EXPECT_EQ(f.GetPosition(), 0u);
+                }) == text);
     EXPECT_EQ(Opened(text)->ReplaceText("CHECK", "x"), 0);  // a file open for reading only
 }
 
@@ -179,7 +179,8 @@ TEST_F(HFileEdit, WriteReplacesLargeBody) {
     for (std::size_t size : {std::size_t{300000}, std::size_t{600000}, std::size_t{0}}) {
         SCOPED_TRACE(size);
         const std::string body = Filler(size, 3);
-        const std::string after = Edited(text, [&](CHFile& f) { f.Write(body.data(), static_cast<unsigned>(body.size())); });
+        const std::string after =
+            Edited(text, [&](CHFile& f) { f.Write(body.data(), static_cast<unsigned>(body.size())); });
         EXPECT_TRUE(after == kBlock + body);
     }
 }
@@ -232,7 +233,8 @@ TEST_F(HFileEdit, MemoryShortageLeavesFileWhole) {
     const Edit edits[] = {
         {"SetValue", [](CHFile& f) { return f.SetValue("CHECK", "123456"); }, Spliced(text, 26, 1, "123456")},
         {"NewKey", [](CHFile& f) { return f.SetValue("NEW", "2"); }, Spliced(text, text.find(kEnd), 0, "NEW = 2\r\n")},
-        {"ReplaceText", [](CHFile& f) { return f.ReplaceText("v100 ", "w"); }, Spliced(text, text.find("v100 "), 5, "w")},
+        {"ReplaceText", [](CHFile& f) { return f.ReplaceText("v100 ", "w"); },
+         Spliced(text, text.find("v100 "), 5, "w")},
         {"SetUnitName", [](CHFile& f) { return f.SetUnitName("longer_name"); },
          Spliced(text, text.find("f : INT"), 1, "LONGER_NAME")},
     };

@@ -41,7 +41,7 @@ TEST_F(HFileKeys, ValuesOfKeys) {
         {"", "KEY", ""},
         {Block({"A = 1"}) + "CHECK = 9\r\n" + kBody, "CHECK", ""},  // behind the end marker
         {kBegin + "CHECK = 9\r\n" + kBody, "CHECK", ""},            // a header without an end
-        {kBegin + "CHECK = 9", "CHECK", ""},                          // the value's line has no end
+        {kBegin + "CHECK = 9", "CHECK", ""},                        // the value's line has no end
     };
     for (const Case& c : cases) EXPECT_EQ(ValueIn(c.Text, c.Key), c.Value) << c.Text << " " << c.Key;
 }
@@ -106,7 +106,8 @@ TEST_F(HFileKeys, LineStartSeenAcrossBorders) {
     for (std::size_t offset = 1970; offset < 1990; ++offset) {
         SCOPED_TRACE(offset);
         const std::string line = "NOTE = x" + std::string(offset - kBegin.size() - 8, 'y');
-        const std::string text = kBegin + line + "CHECK = 1" + std::string(200, 'z') + "\r\nCHECK = 2\r\n" + kEnd + kBody;
+        const std::string text =
+            kBegin + line + "CHECK = 1" + std::string(200, 'z') + "\r\nCHECK = 2\r\n" + kEnd + kBody;
         EXPECT_EQ(ValueIn(text, "CHECK"), "2");
     }
 }

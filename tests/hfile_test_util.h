@@ -26,8 +26,8 @@ inline std::string Block(std::initializer_list<std::string> lines) {
 inline std::string Filler(std::size_t size, unsigned seed) {
     std::string text;
     for (unsigned i = seed; text.size() < size; ++i) {
-        text += std::string(i % 7, ' ') + "v" + std::to_string(i) + " := v" + std::to_string(i * 31 % 977) +
-                " + " + std::to_string(i % 13) + ";\r\n";
+        text += std::string(i % 7, ' ') + "v" + std::to_string(i) + " := v" + std::to_string(i * 31 % 977) + " + " +
+                std::to_string(i % 13) + ";\r\n";
     }
     text.resize(size);
     return text;

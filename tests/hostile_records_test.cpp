@@ -164,10 +164,9 @@ TEST_P(HostileRecords, EveryFailedAllocationLeavesNothing) {
     EXPECT_FALSE(messages.texts().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Golden, HostileRecords, ::testing::ValuesIn(kRecords),
-                         [](const auto& info) {
-                             std::string name = info.param.name;
-                             for (char& c : name)
-                                 if (c == ' ') c = '_';
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Golden, HostileRecords, ::testing::ValuesIn(kRecords), [](const auto& info) {
+    std::string name = info.param.name;
+    for (char& c : name)
+        if (c == ' ') c = '_';
+    return name;
+});

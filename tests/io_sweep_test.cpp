@@ -104,7 +104,7 @@ const Write kWrites[] = {
 }  // namespace
 
 TEST(IoSweep, EveryFailingFileOperationIsReportedAndLeavesOldOrNewFiles) {
-    const VemFileOp ops[] = {VemFileOp::open, VemFileOp::read, VemFileOp::write,
+    const VemFileOp ops[] = {VemFileOp::open,  VemFileOp::read,   VemFileOp::write,
                              VemFileOp::flush, VemFileOp::rename, VemFileOp::close};
     for (const Write& write : kWrites) {
         SCOPED_TRACE(write.what);

@@ -38,8 +38,9 @@ TEST(MemoryByteArray, RawAppendPadsFromTheAlignment) {
         {4, {1, 2, 3, 4, 5}, {0xAA, 0xBB}, {1, 2, 3, 4, 5, 0, 0, 0, 0xAA, 0xBB}},  // grain 2, padding 3
         {2, {9}, {1, 2, 3, 4}, {9, 0, 1, 2, 3, 4}},                                // grain 2, padding 1
         // length 13, four bytes: padding 8 - 1 = 7, so the value starts at 20
-        {8, {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5}, {0xA1, 0xA2, 0xA3, 0xA4},
-         {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 0, 0, 0, 0, 0, 0, 0, 0xA1, 0xA2, 0xA3, 0xA4}},
+        {8, {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5}, {0xA1, 0xA2, 0xA3, 0xA4}, {1, 2, 3, 4, 5,    6,    7,    8,
+                                                                                1, 2, 3, 4, 5,    0,    0,    0,
+                                                                                0, 0, 0, 0, 0xA1, 0xA2, 0xA3, 0xA4}},
         {8, {1}, {2}, {1, 2}},  // a single byte below the alignment has grain 1: no padding
         {4, {1}, {}, {1}},      // nothing to append, nothing padded
     };
@@ -47,7 +48,8 @@ TEST(MemoryByteArray, RawAppendPadsFromTheAlignment) {
         SCOPED_TRACE(testing::Message() << c.alignment << " " << c.first.size());
         Array a(0, c.alignment, 1);
         AppendRaw(a, c.first);
-        EXPECT_EQ(VemBaAppend(a, c.second.empty() ? nullptr : c.second.data(), static_cast<unsigned>(c.second.size())), 1);
+        EXPECT_EQ(VemBaAppend(a, c.second.empty() ? nullptr : c.second.data(), static_cast<unsigned>(c.second.size())),
+                  1);
         EXPECT_EQ(a.bytes(), c.want);
     }
     Array a(0, 8, 1);  // the same for single bytes appended as values
@@ -167,9 +169,9 @@ TEST(MemoryByteArray, OffsetReadsADoubleWordFromByteSizeFour) {
 
 TEST(MemoryByteArray, StringsHaveAFixedLength) {
     Array a(0, 1, 1);
-    VemBaAppendString(a, "AB", 0);      // with its terminator
-    VemBaAppendString(a, "CDEF", 3);    // cut, so no terminator
-    VemBaAppendStringRaw(a, "G", 3);    // padded with zeros
+    VemBaAppendString(a, "AB", 0);    // with its terminator
+    VemBaAppendString(a, "CDEF", 3);  // cut, so no terminator
+    VemBaAppendStringRaw(a, "G", 3);  // padded with zeros
     EXPECT_EQ(a.bytes(), (ByteVec{'A', 'B', 0, 'C', 'D', 'E', 'G', 0, 0}));
 }
 

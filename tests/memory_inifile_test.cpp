@@ -43,8 +43,8 @@ TEST(MemoryIniFile, ReadsTheKeyThenNumberedKeysUntilTheCount) {
 TEST(MemoryIniFile, MissingFileOrCountGivesZero) {
     Array a(0, 1, 1);
     EXPECT_EQ(VemBaReadIniFile(a, "/nonexistent/dir/bytes.ini", "Seg", "Data"), 0);
-    EXPECT_EQ(ReadIni("[Seg]\nData=01\n").result, 0);               // no count key
-    EXPECT_EQ(ReadIni("[Seg]\nDataBytes=\nData=01\n").result, 0);   // empty count
+    EXPECT_EQ(ReadIni("[Seg]\nData=01\n").result, 0);                // no count key
+    EXPECT_EQ(ReadIni("[Seg]\nDataBytes=\nData=01\n").result, 0);    // empty count
     EXPECT_EQ(ReadIni("[Seg]\nDataBytes=-1\nData=01\n").result, 0);  // negative count
     EXPECT_EQ(ReadIni("[Other]\nDataBytes=1\n[Seg]\nData=01\n").result, 0);
 }

@@ -117,8 +117,8 @@ TEST(MemoryFract, ValuesFillWholeUnitsOfSix) {
     VemBaAppendWord(a, 0x1234);
     VemBaAppendOffset(a, 0x5678);
     VemBaAppendDword(a, 0x11223344);
-    EXPECT_EQ(a.bytes(), (ByteVec{0x12, 0, 0, 0, 0, 0, 0x34, 0x12, 0, 0, 0, 0, 0x78, 0x56, 0, 0, 0, 0,
-                                  0x11, 0, 0, 0x44, 0x33, 0x22}));
+    EXPECT_EQ(a.bytes(), (ByteVec{0x12, 0,    0, 0, 0, 0, 0x34, 0x12, 0, 0,    0,    0,
+                                  0x78, 0x56, 0, 0, 0, 0, 0x11, 0,    0, 0x44, 0x33, 0x22}));
     u8 byte = 0;
     u16 word = 0;
     u32 dword = 0;
@@ -158,8 +158,8 @@ TEST(MemoryFract, PatchesCountUnits) {
     VemBaPatchByte(a, 0, 0x12);  // the rest of the unit stays
     VemBaPatchOffset(a, 1, 0x1234);
     VemBaPatchDword(a, 2, 0x11223344);
-    EXPECT_EQ(a.bytes(), (ByteVec{0x12, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0x34, 0x12, 0xEE, 0xEE, 0xEE, 0xEE, 0x11,
-                                  0, 0, 0x44, 0x33, 0x22}));
+    EXPECT_EQ(a.bytes(), (ByteVec{0x12, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0x34, 0x12, 0xEE, 0xEE, 0xEE, 0xEE, 0x11, 0, 0,
+                                  0x44, 0x33, 0x22}));
     const u8 raw[2] = {1, 2};
     VemBaPatch(a, 1, raw, 2);
     VemBaPatchString(a, 2, CString("Z"), 1);

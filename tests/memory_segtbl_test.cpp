@@ -1,7 +1,7 @@
 // The segment table: numbering, ownership, header patches, the chained checksum, stored form, dump.
+#include "alloc_hook.h"
 #include "memory/layouts.h"
 #include "memory/segtbl.h"
-#include "alloc_hook.h"
 #include "memory_test_util.h"
 
 using memtest::ByteVec;
@@ -270,8 +270,8 @@ TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
 
 TEST(MemorySegTbl, AnUnknownEntryTagIsAnEmptyNumber) {
     Bytes b;
-    b.u16_(2).u8_(7).u8_(0);                                  // two entries of no array
-    b.u16_(0).u16_(1).u16_(0).u8_(0).u8_(1);                  // version, empty usedNumbers
+    b.u16_(2).u8_(7).u8_(0);                  // two entries of no array
+    b.u16_(0).u16_(1).u16_(0).u8_(0).u8_(1);  // version, empty usedNumbers
     b.str("").u16_(0).u16_(0).u16_(2);
     CSegmentTable back;
     Load(b.v, [&](CArchive& ar) { back.Serialize(ar); });

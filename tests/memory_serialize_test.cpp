@@ -25,12 +25,12 @@ CVemByteArray* SerializeIn(const ByteVec& bytes) {
 // The example array: little-endian, ByteSize 1, bytes AA BB.
 ByteVec ExampleBytes() {
     Bytes b;
-    b.u8_(3).u8_(1);      // tag 3 (little-endian), ByteSize 1
-    b.u16_(1);            // object version
-    b.u16_(2);            // count
+    b.u8_(3).u8_(1);  // tag 3 (little-endian), ByteSize 1
+    b.u16_(1);        // object version
+    b.u16_(2);        // count
     b.u8_(0xAA).u8_(0xBB);
-    b.u8_(0);             // not big-endian
-    b.u8_(1);             // ByteSize
+    b.u8_(0);  // not big-endian
+    b.u8_(1);  // ByteSize
     return b.v;
 }
 
@@ -62,9 +62,9 @@ TEST(MemorySerialize, EveryClassComesBackAsItWent) {
     VemBaAppendWord(big, 0x1234);
     const ByteVec bigBytes = SerializeOut(big);
     Bytes expected;
-    expected.u8_(2).u8_(4);                          // tag 2 (big-endian), ByteSize 4
+    expected.u8_(2).u8_(4);                            // tag 2 (big-endian), ByteSize 4
     expected.u16_(1).u16_(4).raw({0, 0, 0x12, 0x34});  // version, count, bytes
-    expected.u8_(1).u8_(4);                          // big-endian, ByteSize
+    expected.u8_(1).u8_(4);                            // big-endian, ByteSize
     EXPECT_EQ(bigBytes, expected.v);
     CVemByteArray* loaded = SerializeIn(bigBytes);
     ASSERT_NE(dynamic_cast<CMotorolaByteArray*>(loaded), nullptr);

@@ -53,8 +53,8 @@ TEST(NodeDefaults, NodeTypeDecidesSymbolAndExpansion) {
         int hasSymbol;
         int expanded;
     };
-    for (const Case& c : {Case{2, 1, 0, 1}, Case{11, 0, 0, 0}, Case{14, 1, 0, 1}, Case{12, 0, 1, 1},
-                          Case{15, 0, 1, 1}, Case{1, 0, 1, 0}, Case{3, 1, 1, 1}}) {
+    for (const Case& c : {Case{2, 1, 0, 1}, Case{11, 0, 0, 0}, Case{14, 1, 0, 1}, Case{12, 0, 1, 1}, Case{15, 0, 1, 1},
+                          Case{1, 0, 1, 0}, Case{3, 1, 1, 1}}) {
         CVemBaseNode n(c.type, "n", c.expandedArg);
         EXPECT_EQ(n.HasSymbol, c.hasSymbol) << c.type;
         EXPECT_EQ(n.Expanded, c.expanded) << c.type;

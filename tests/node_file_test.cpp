@@ -1,7 +1,7 @@
 // Node files: the frame, the base record, load failures.
+#include <filesystem>
 #include "node/basenode.h"
 #include "node/nodefile.h"
-#include <filesystem>
 
 #include "alloc_hook.h"
 #include "memory_test_util.h"
@@ -17,16 +17,16 @@ namespace {
 // Root of type 1 named R, expanded, no children: the first 40 bytes of the frame.
 std::vector<u8> EmptyRootFile() {
     Bytes b;
-    b.u16_(1);                                          // node type word of the root
+    b.u16_(1);  // node type word of the root
     for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
-    b.u8_(0);                                           // end of the stamp
-    b.u16_(0);                                          // schema word of the base record
-    b.u8_(1);                                           // node type
-    b.u8_(1);                                           // expanded
-    b.str("R");                                         // name
-    b.u32_(0);                                          // serial
-    b.u8_(0);                                           // extra text, empty
-    b.u16_(0);                                          // child count
+    b.u8_(0);    // end of the stamp
+    b.u16_(0);   // schema word of the base record
+    b.u8_(1);    // node type
+    b.u8_(1);    // expanded
+    b.str("R");  // name
+    b.u32_(0);   // serial
+    b.u8_(0);    // extra text, empty
+    b.u16_(0);   // child count
     return b.v;
 }
 
@@ -130,13 +130,13 @@ TEST(NodeFile, BrokenFilesGiveNullWithoutMessageOrLeak) {
         return bytes;
     };
     const std::vector<std::vector<u8>> broken = {
-        {},                                               // empty
+        {},                                                // empty
         std::vector<u8>(good.begin(), good.begin() + 10),  // stamp cut short
-        patched(2 + 23, '4'),                             // last stamp digit
-        patched(2 + 24, 'x'),                             // 25th byte not zero
-        patched(27, 1),                                   // schema word one too high
-        patched(0, 7),                                    // a type without a class
-        patched(27 + 2 + 1 + 1 + 5 + 4 + 1 + 2, 0),       // first child's type byte
+        patched(2 + 23, '4'),                              // last stamp digit
+        patched(2 + 24, 'x'),                              // 25th byte not zero
+        patched(27, 1),                                    // schema word one too high
+        patched(0, 7),                                     // a type without a class
+        patched(27 + 2 + 1 + 1 + 5 + 4 + 1 + 2, 0),        // first child's type byte
     };
     for (std::size_t i = 0; i < broken.size(); ++i) {
         vemtest::AllocationWatch watch;
@@ -145,8 +145,7 @@ TEST(NodeFile, BrokenFilesGiveNullWithoutMessageOrLeak) {
     }
     for (std::size_t cut = 0; cut < good.size(); ++cut) {
         vemtest::AllocationWatch watch;
-        EXPECT_EQ(LoadBytes(dir, std::vector<u8>(good.begin(), good.begin() + static_cast<long>(cut))), nullptr)
-            << cut;
+        EXPECT_EQ(LoadBytes(dir, std::vector<u8>(good.begin(), good.begin() + static_cast<long>(cut))), nullptr) << cut;
         EXPECT_EQ(watch.Live(), 0) << cut;
     }
     EXPECT_EQ(VemLoadNode(dir.file("does-not-exist.vem").c_str()), nullptr);
@@ -269,8 +268,7 @@ TEST(NodeFile, WriteGoesThroughALinkAndKeepsThePermissions) {
     VemSetName(root, "New");
     ASSERT_EQ(VemWriteNode(root, link.c_str()), 1);
     EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(fs::status(real).permissions(),
-              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    EXPECT_EQ(fs::status(real).permissions(), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
     CVemBaseNode* loaded = VemLoadNode(real.c_str());
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(VemGetName(loaded), "New");

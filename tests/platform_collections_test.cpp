@@ -100,8 +100,8 @@ TEST(Maps, StoreLoadStoreGivesTheSameBytes) {
 TEST(Lists, InsertAroundPositionsAndNullPositions) {
     CStringList list;
     list.AddTail("b");
-    list.InsertBefore(nullptr, "a");      // null: at the head
-    list.InsertAfter(nullptr, "d");       // null: at the tail
+    list.InsertBefore(nullptr, "a");  // null: at the head
+    list.InsertAfter(nullptr, "d");   // null: at the tail
     POSITION b = list.Find("b");
     list.InsertAfter(b, "c");
     std::string joined;
@@ -216,7 +216,10 @@ TEST(Strings, ShortAndLongTextsFollowTheStandardString) {
                 break;
             }
         }
-        if (model.size() > 200) { s = s.Left(7); model.resize(7); }
+        if (model.size() > 200) {
+            s = s.Left(7);
+            model.resize(7);
+        }
         ASSERT_EQ(s.view(), model) << "step " << step;
         ASSERT_EQ(std::strlen(s.GetString()), model.size());
     }

@@ -138,8 +138,8 @@ TEST(ProjectNodes, ResourceRecordByteForByte) {
     ASSERT_EQ(VemWriteNode(res, dir.file("r.vem").c_str()), 1);
     Bytes want = Frame(13);
     BaseRecord(want, 13, 1, "R");
-    want.u16_(0);    // schema word of the resource record
-    want.str("C");   // ConfigName
+    want.u16_(0);   // schema word of the resource record
+    want.str("C");  // ConfigName
     EXPECT_EQ(ReadFileBytes(dir.file("r.vem")), want.v);
     VemDeleteNode(res);
 }

@@ -77,7 +77,7 @@ TEST(TaskContainer, CountsRegisteredAndCompiledTasks) {
     EXPECT_EQ(Counts(tasks), std::make_pair(2, 1));
     VemRegisterTask(tasks, "T1");  // takes the compile result back
     EXPECT_EQ(Counts(tasks), std::make_pair(2, 0));
-    VemTaskCompiled(tasks, "T3", "t3.tsk");  // never registered: the entry is made
+    VemTaskCompiled(tasks, "T3", "t3.tsk");     // never registered: the entry is made
     VemTaskCompiled(tasks, "t3", "other.tsk");  // keys keep their case
     EXPECT_EQ(Counts(tasks), std::make_pair(4, 2));
 
@@ -100,11 +100,11 @@ TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
 
     Bytes want = vemtest::Frame(17);
     want.u16_(0).u8_(17).u8_(1).str("TASKS").u32_(0).u8_(0);  // base record: schema .. extra text
-    want.u16_(0);     // child count: never any
-    want.u16_(0);     // schema word of the container record
-    want.u16_(1);     // TaskList: count
-    want.str("T1");   // key
-    want.str("");     // value: not compiled
+    want.u16_(0);                                             // child count: never any
+    want.u16_(0);                                             // schema word of the container record
+    want.u16_(1);                                             // TaskList: count
+    want.str("T1");                                           // key
+    want.str("");                                             // value: not compiled
     EXPECT_EQ(ReadFileBytes(dir.file("c.vem")), want.v);
     VemDeleteNode(tasks);
 
@@ -221,7 +221,8 @@ TEST(TaskContainer, DumpListsTheTasks) {
     TempDir dir;
     CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
     ASSERT_EQ(CVemNodeDump(tasks, CString(dir.file("empty.txt").c_str())), 1);
-    EXPECT_EQ(ReadFileText(dir.file("empty.txt")), "*TUITASKNODE: TASKS\n\n========================================  \n");
+    EXPECT_EQ(ReadFileText(dir.file("empty.txt")),
+              "*TUITASKNODE: TASKS\n\n========================================  \n");
     VemRegisterTask(tasks, "T1");
     VemTaskCompiled(tasks, "T2", "t2.tsk");
     VemAddChildTail(tasks, NewNode(kVemBaseNode, "x"));

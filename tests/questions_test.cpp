@@ -51,7 +51,8 @@ TEST(Questions, ReferencesInACircleEndTheWalk) {
     };
     const Case cases[] = {
         {"self", &vemquestions::BuildSelfReferringTask, {"TASK.I ", "TASK.I.I "}},
-        {"mutual", &vemquestions::BuildMutualTask,
+        {"mutual",
+         &vemquestions::BuildMutualTask,
          {"TASK.A ", "TASK.A.B ", "TASK.A.B.A ", "TASK.B ", "TASK.B.A ", "TASK.B.A.B "}},
     };
     for (const Case& c : cases) {
@@ -72,9 +73,9 @@ TEST(Questions, ReferencesInACircleEndTheWalk) {
 // bound instead of holding every path of ten thousand references.
 TEST(Questions, EveryQuestionOnCircularAndDeepTreesStaysBounded) {
     TempDir dir;
-    const std::function<CVemBaseNode*()> builds[] = {
-        &vemquestions::BuildSelfReferringTask, &vemquestions::BuildMutualTask,
-        [] { return vemquestions::BuildChainTask(10000); }};
+    const std::function<CVemBaseNode*()> builds[] = {&vemquestions::BuildSelfReferringTask,
+                                                     &vemquestions::BuildMutualTask,
+                                                     [] { return vemquestions::BuildChainTask(10000); }};
     for (const auto& build : builds) {
         CVemBaseNode* task = ThroughFile(dir, build(), "tree.vem");
         ASSERT_NE(task, nullptr);
@@ -101,7 +102,8 @@ TEST(Questions, AChainOfReferencesIsFollowedToTheNestingBound) {
     CVemBaseNode* task = vemquestions::BuildChainTask(kVemMaxNesting + 50);
     VemCreateChildNodePathList(task);
     std::size_t deepest = 0;
-    for (const std::string& key : Keys(task)) deepest = std::max<std::size_t>(deepest, std::count(key.begin(), key.end(), '.'));
+    for (const std::string& key : Keys(task))
+        deepest = std::max<std::size_t>(deepest, std::count(key.begin(), key.end(), '.'));
     EXPECT_EQ(deepest, kVemMaxNesting);
     VemDeleteNode(task);
 }
@@ -136,7 +138,8 @@ struct MappedTask : ::testing::Test {
         task = VemNewNode(kVemTuiTaskNode);
         VemSetName(task, "TASK");
         VemAddChildTail(root, task);
-        for (const char* name : {"A", "B"}) VemAddChildTail(task, VemCreateCVemVariableNode(name, 0, kCbeTypeInt, 2, 0));
+        for (const char* name : {"A", "B"})
+            VemAddChildTail(task, VemCreateCVemVariableNode(name, 0, kCbeTypeInt, 2, 0));
         CVemBaseNode* array = VemNewNode(kVemArrayNode);
         VemSetName(array, "ARR");
         VemAddChildTail(task, array);

@@ -9,10 +9,10 @@ namespace vemtest {
 
 namespace {
 
-constexpr tVemNodeType kClasses[] = {kVemBaseNode,      kVemVariableNode,  kVemProgramNode,     kVemFbNode,
-                                     kVemFunctionNode,  kVemArrayNode,     kVemStructNode,      kVemTaskNode,
-                                     kVemExeNode,       kVemResourceNode,  kVemConfigNode,      kVemProjectNode,
-                                     kVemTuiTaskNode,   kVemTaskContainerNode, kVemFbInstanceNode};
+constexpr tVemNodeType kClasses[] = {kVemBaseNode,     kVemVariableNode,      kVemProgramNode,   kVemFbNode,
+                                     kVemFunctionNode, kVemArrayNode,         kVemStructNode,    kVemTaskNode,
+                                     kVemExeNode,      kVemResourceNode,      kVemConfigNode,    kVemProjectNode,
+                                     kVemTuiTaskNode,  kVemTaskContainerNode, kVemFbInstanceNode};
 
 CVemByteArray* RandomArray(Random& r) {
     // One draw a statement: the order in which a call's arguments are worked out differs by host.

@@ -61,8 +61,8 @@ CVemBaseNode* IntStruct(const ResourceShape& shape, int index) {
     VemSetSize(s, static_cast<u16>(kIntSize * shape.membersPerStruct));
     VemSetSubSegmentKind(s, kIpSegData);
     for (int m = 0; m < shape.membersPerStruct; ++m) {
-        VemAddChildTail(s, VemCreateCVemVariableNode(Numbered("M", m).c_str(),
-                                                     static_cast<u16>(kIntSize * m), kCbeTypeInt, kIntSize, 0));
+        VemAddChildTail(s, VemCreateCVemVariableNode(Numbered("M", m).c_str(), static_cast<u16>(kIntSize * m),
+                                                     kCbeTypeInt, kIntSize, 0));
     }
     return s;
 }
@@ -135,7 +135,8 @@ CVemBaseNode* CompiledTask(CVemBaseNode* container, const ResourceShape& shape, 
     CVemBaseNode* task = Named(kVemTuiTaskNode, TaskName(index));
     VemSetPathName(task, TaskPath(index).c_str());
     VemAddChildTail(container, task);  // below the executable node before its arrays expand
-    for (int i = 0; i < shape.variablesPerTask; ++i) VemAddChildTail(task, IntVariable(Numbered("V", i), VariableOffset(i)));
+    for (int i = 0; i < shape.variablesPerTask; ++i)
+        VemAddChildTail(task, IntVariable(Numbered("V", i), VariableOffset(i)));
     for (int j = 0; j < shape.arraysPerTask; ++j) VemAddChildTail(task, IntArray(shape, j));
     for (int j = 0; j < shape.structsPerTask; ++j) VemAddChildTail(task, IntStruct(shape, j));
     AddTaskSegments(task, shape, TaskDataLength(shape));
@@ -154,7 +155,8 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global, const ResourceShape& shape) {
     VemSetPathName(task, "C:\\PRJ\\GLOBAL.st");
     VemSetGlobal(task, 1);
     VemAddChildTail(global, task);
-    for (int i = 0; i < shape.globalVariables; ++i) VemAddChildTail(task, IntVariable(Numbered("G", i), VariableOffset(i)));
+    for (int i = 0; i < shape.globalVariables; ++i)
+        VemAddChildTail(task, IntVariable(Numbered("G", i), VariableOffset(i)));
     const u16 dataLength = static_cast<u16>(kDataHeader + kIntSize * shape.globalVariables);
     AddTaskSegments(task, shape, dataLength);
     const u16 functionCode = AddSegment(VemGetSegmentTable(task), shape, CodeLength(shape));
@@ -205,7 +207,8 @@ void FillResourceTables(CVemBaseNode* exe, CVemBaseNode* container, const Resour
 void CountBelow(CVemBaseNode* node, long& count) {
     ++count;
     CObList* children = VemGetChildList(node);
-    for (POSITION pos = children->GetHeadPosition(); pos;) CountBelow(static_cast<CVemBaseNode*>(children->GetNext(pos)), count);
+    for (POSITION pos = children->GetHeadPosition(); pos;)
+        CountBelow(static_cast<CVemBaseNode*>(children->GetNext(pos)), count);
 }
 
 }  // namespace
@@ -255,7 +258,8 @@ CVemBaseNode* BuildResource(const ResourceShape& shape) {
     VemComputeProgramNumbers(exe, 0);
     VemAddFilteredEvemNodes(exe, globalTask);
     CObList* tasks = VemGetChildList(container);
-    for (POSITION pos = tasks->GetHeadPosition(); pos;) VemAddFilteredEvemNodes(exe, static_cast<CVemBaseNode*>(tasks->GetNext(pos)));
+    for (POSITION pos = tasks->GetHeadPosition(); pos;)
+        VemAddFilteredEvemNodes(exe, static_cast<CVemBaseNode*>(tasks->GetNext(pos)));
     FillResourceTables(exe, container, shape);
     return exe;
 }

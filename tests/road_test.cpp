@@ -85,7 +85,8 @@ TEST_F(Road, CompilerSideBeforeWriting) {
 
     // Code 20 (8 + 4 * 3), data 4 + 8 * 2 + 4 * 2 + 2 * 2 = 32, two blocks of code 20 and data 6.
     const std::vector<u32> expected = {0, 0, 20, 52, 72, 78, 98, 104};
-    for (int i = 0; i < static_cast<int>(expected.size()); ++i) EXPECT_EQ(VemGetAbsOffset(Task(exe, 0), i), expected[i]) << i;
+    for (int i = 0; i < static_cast<int>(expected.size()); ++i)
+        EXPECT_EQ(VemGetAbsOffset(Task(exe, 0), i), expected[i]) << i;
     EXPECT_THROW(VemGetAbsOffset(Task(exe, 0), static_cast<int>(expected.size())), CInvalidArgException);
 
     CVemBaseNode* array = Child(Task(exe, 0), "A0", kVemArrayNode);

@@ -110,7 +110,8 @@ TEST_F(TaskSearch, AMovedResourceLoadsWholeAndStoresTheSameBytes) {
         fs::remove_all(made.path());
         const std::vector<u8> nodeBytes = vemtest::ReadFileBytes(moved.file(nodeName));
 
-        for (const auto& [cwd, file] : {std::pair{fs::path("/"), moved.file(nodeName)}, {fs::path(moved.path()), nodeName},
+        for (const auto& [cwd, file] : {std::pair{fs::path("/"), moved.file(nodeName)},
+                                        {fs::path(moved.path()), nodeName},
                                         {fs::path(elsewhere.path()), moved.file(nodeName)}}) {
             SCOPED_TRACE(cwd.string());
             WorkingDirectory in(cwd);
@@ -143,14 +144,14 @@ TEST_F(TaskSearch, TheFirstPlaceInOrderWins) {
     };
     const std::string abs = dir_.file("abs/T.tsk");
     const std::vector<Row> rows = {
-        {"C:\\X\\T.tsk", {"n/T.tsk", "n/t.TSK", "s1/T.tsk"}, "n/T.tsk"},  // exact beats any case
-        {"C:\\X\\T.tsk", {"n/t.TSK", "s1/T.tsk"}, "n/t.TSK"},             // node's directory first
-        {"C:\\X\\T.tsk", {"n/a.tsk", "s1/T.TSK", "s2/T.tsk"}, "s1/T.TSK"}, // then the path in order
+        {"C:\\X\\T.tsk", {"n/T.tsk", "n/t.TSK", "s1/T.tsk"}, "n/T.tsk"},    // exact beats any case
+        {"C:\\X\\T.tsk", {"n/t.TSK", "s1/T.tsk"}, "n/t.TSK"},               // node's directory first
+        {"C:\\X\\T.tsk", {"n/a.tsk", "s1/T.TSK", "s2/T.tsk"}, "s1/T.TSK"},  // then the path in order
         {"C:\\X\\T.tsk", {"s2/t.tsk"}, "s2/t.tsk"},
-        {"/X/Y/T.tsk", {"n/T.tsk"}, "n/T.tsk"},                           // slashes as well
+        {"/X/Y/T.tsk", {"n/T.tsk"}, "n/T.tsk"},  // slashes as well
         {"..\\T.tsk", {"n/T.tsk"}, "n/T.tsk"},
-        {abs.c_str(), {"abs/T.tsk", "n/T.tsk"}, "abs/T.tsk"},            // a name that opens is used
-        {"C:\\X\\T.tsk", {"n/T.tsk"}, nullptr, 0},                       // the literal rule
+        {abs.c_str(), {"abs/T.tsk", "n/T.tsk"}, "abs/T.tsk"},  // a name that opens is used
+        {"C:\\X\\T.tsk", {"n/T.tsk"}, nullptr, 0},             // the literal rule
         {"C:\\X\\T.tsk", {"n/T.tsk.old", "s1/TT.tsk"}, nullptr},
     };
     // Missing, empty and null entries, and a file named as a directory, are passed over.
@@ -166,7 +167,8 @@ TEST_F(TaskSearch, TheFirstPlaceInOrderWins) {
         VemSetTaskFileSearch(row.search);
         Loaded loaded(node);
         ASSERT_NE(loaded.root, nullptr);
-        EXPECT_EQ(ChildNames(loaded.Tasks()), row.expected ? std::vector<std::string>{row.expected} : std::vector<std::string>{});
+        EXPECT_EQ(ChildNames(loaded.Tasks()),
+                  row.expected ? std::vector<std::string>{row.expected} : std::vector<std::string>{});
         EXPECT_EQ(loaded.report.Count, row.expected ? 0 : 1);
         EXPECT_EQ(VemGetTaskFileMap(loaded.Tasks())->GetCount(), 1);
         CString stored;

@@ -11,9 +11,7 @@ const unsigned kIconNumbers[] = {102, 113, 115, 116, 117, 118, 119, 121, 122, 12
 const unsigned kBitmapNumbers[] = {111, 112, 113, 114, 115, 116, 125, 126, 127,
                                    128, 133, 149, 150, 152, 153, 156, 157, 158};
 
-const CVemResourceModule& Library() {
-    return *static_cast<const CVemResourceModule*>(GetResourceHandleVemDll());
-}
+const CVemResourceModule& Library() { return *static_cast<const CVemResourceModule*>(GetResourceHandleVemDll()); }
 
 bool SamePixels(const CBitmap& a, const CBitmap& b) {
     if (a.Width() != b.Width() || a.Height() != b.Height()) return false;

@@ -13,7 +13,11 @@ namespace {
 bool ValidUtf8(const std::string& s) {
     for (std::size_t i = 0; i < s.size();) {
         const auto lead = static_cast<unsigned char>(s[i]);
-        const std::size_t length = lead < 0x80 ? 1 : (lead >> 5) == 6 ? 2 : (lead >> 4) == 14 ? 3 : (lead >> 3) == 30 ? 4 : 0;
+        const std::size_t length = lead < 0x80         ? 1
+                                   : (lead >> 5) == 6  ? 2
+                                   : (lead >> 4) == 14 ? 3
+                                   : (lead >> 3) == 30 ? 4
+                                                       : 0;
         if (length == 0 || i + length > s.size()) return false;
         for (std::size_t k = 1; k < length; ++k) {
             if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return false;
@@ -225,7 +229,8 @@ TEST_F(ResourceTree, SvgFileIsWellFormedAndShowsEveryShownText) {
     EXPECT_EQ(xml.texts, expected);
     EXPECT_EQ(Count(doc, "Speed"), 0u);  // below the collapsed instance
 
-    const std::string size = "width=\"" + std::to_string(bottom.x + 8) + "\" height=\"" + std::to_string(bottom.y + 8) + "\"";
+    const std::string size =
+        "width=\"" + std::to_string(bottom.x + 8) + "\" height=\"" + std::to_string(bottom.y + 8) + "\"";
     EXPECT_NE(doc.find(size), std::string::npos);
 }
 

@@ -48,32 +48,32 @@ void FillUnit(CVemBaseNode* unit) {
 
 std::vector<u8> FunctionFile() {
     Bytes b = vemtest::Frame(5);  // 0 node type word of the root, 2 stamp, 26 end of the stamp
-    b.u16_(0);                 // 27 schema word of the base record
-    b.u8_(5);                  // 29 node type
-    b.u8_(1);                  // 30 Expanded
-    b.str("F");                // 31 name
-    b.u32_(0);                 // 33 Serial
-    b.u8_(0);                  // 37 ExtraText
-    b.u16_(0);                 // 38 child count
-    b.u16_(1);                 // 40 statement list: count
-    b.u16_(4).u16_(0);         // 42   line, 44 entry version
-    b.u16_(4);                 // 46   AwlLine
-    b.u32_(0xFFFFFFFF);        // 48   CodeLine
-    b.u16_(2).u16_(3);         // 52   AEType, 54 OperandType
-    b.u8_(3).u8_(1);           // 56 PflArray: tag 3, ByteSize 1
-    b.u16_(1).u16_(2);         // 58   version, 60 count
-    b.u8_(0xAA).u8_(0xBB);     // 62   bytes
-    b.u8_(0).u8_(1);           // 64   not big-endian, 65 ByteSize
-    b.u16_(7).u16_(8).u16_(9); // 66 CodeSegNr, 68 DataSegNr, 70 IniDataSegNr
-    b.u16_(1).u16_(2).u16_(3); // 72 CrSize, 74 SizeCrStack, 76 ElemCrStack
-    b.str("C");                // 78 CodeFileName
-    b.u32_(0x11223344);        // 80 Checksum
-    b.u32_(0x55667788);        // 84 Date
-    b.u16_(0x0A0B);            // 88 DataSegLength
-    b.u32_(0x01020304);        // 90 StartOffset
-    b.str("P");                // 94 Path
-    b.u16_(0x0506);            // 96 ProgramNr
-    b.u16_(0);                 // 98 Reserved of the function
+    b.u16_(0);                    // 27 schema word of the base record
+    b.u8_(5);                     // 29 node type
+    b.u8_(1);                     // 30 Expanded
+    b.str("F");                   // 31 name
+    b.u32_(0);                    // 33 Serial
+    b.u8_(0);                     // 37 ExtraText
+    b.u16_(0);                    // 38 child count
+    b.u16_(1);                    // 40 statement list: count
+    b.u16_(4).u16_(0);            // 42   line, 44 entry version
+    b.u16_(4);                    // 46   AwlLine
+    b.u32_(0xFFFFFFFF);           // 48   CodeLine
+    b.u16_(2).u16_(3);            // 52   AEType, 54 OperandType
+    b.u8_(3).u8_(1);              // 56 PflArray: tag 3, ByteSize 1
+    b.u16_(1).u16_(2);            // 58   version, 60 count
+    b.u8_(0xAA).u8_(0xBB);        // 62   bytes
+    b.u8_(0).u8_(1);              // 64   not big-endian, 65 ByteSize
+    b.u16_(7).u16_(8).u16_(9);    // 66 CodeSegNr, 68 DataSegNr, 70 IniDataSegNr
+    b.u16_(1).u16_(2).u16_(3);    // 72 CrSize, 74 SizeCrStack, 76 ElemCrStack
+    b.str("C");                   // 78 CodeFileName
+    b.u32_(0x11223344);           // 80 Checksum
+    b.u32_(0x55667788);           // 84 Date
+    b.u16_(0x0A0B);               // 88 DataSegLength
+    b.u32_(0x01020304);           // 90 StartOffset
+    b.str("P");                   // 94 Path
+    b.u16_(0x0506);               // 96 ProgramNr
+    b.u16_(0);                    // 98 Reserved of the function
     return b.v;
 }
 

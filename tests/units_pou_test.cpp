@@ -290,9 +290,9 @@ TEST(UnitsPou, PathOfAUnitByCodeSegment) {
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 7), "deep.poe");  // through the child block
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 2), "in.poe");
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 9), "first.poe");  // first in list order
-    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 1), "");            // its own number is not compared
-    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 8), "");            // programs are skipped
-    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(deep, 7), "");           // a function is not searched
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 1), "");           // its own number is not compared
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(top, 8), "");           // programs are skipped
+    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(deep, 7), "");          // a function is not searched
     VemDeleteNode(top);
 }
 
@@ -322,7 +322,7 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     CVemBaseNode* clone = VemClone(source);
     auto* c = static_cast<CVemProgramNode*>(clone);
     ASSERT_EQ(clone->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(Written(clone), Written(source));  // every stored field, the list and the children
+    EXPECT_EQ(Written(clone), Written(source));       // every stored field, the list and the children
     EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);  // not copied
     ASSERT_NE(c->StatList, nullptr);
     EXPECT_NE(c->StatList, p->StatList);

@@ -12,8 +12,7 @@ using vemtest::WriteFileText;
 namespace {
 
 // Sets the file's modification time to a local date and time.
-void SetLocalModificationTime(const std::string& path, int year, int month, int day, int hour, int minute,
-                              int second) {
+void SetLocalModificationTime(const std::string& path, int year, int month, int day, int hour, int minute, int second) {
     std::tm local{};
     local.tm_year = year - 1900;
     local.tm_mon = month - 1;
@@ -47,12 +46,12 @@ TEST(UnitsSource, DateIsPackedFromTheLocalModificationTime) {
     CVemBaseNode* program = VemNewNode(kVemProgramNode);
     VemSetDate(program, path.c_str());
     const u32 date = VemGetDate(program);
-    EXPECT_EQ(date >> 25, 44u);          // year - 1980
-    EXPECT_EQ(date >> 21 & 0xF, 2u);     // month
-    EXPECT_EQ(date >> 16 & 0x1F, 29u);   // day
-    EXPECT_EQ(date >> 11 & 0x1F, 13u);   // hour
-    EXPECT_EQ(date >> 5 & 0x3F, 7u);     // minute
-    EXPECT_EQ(date & 0x1F, 15u);         // seconds / 2
+    EXPECT_EQ(date >> 25, 44u);         // year - 1980
+    EXPECT_EQ(date >> 21 & 0xF, 2u);    // month
+    EXPECT_EQ(date >> 16 & 0x1F, 29u);  // day
+    EXPECT_EQ(date >> 11 & 0x1F, 13u);  // hour
+    EXPECT_EQ(date >> 5 & 0x3F, 7u);    // minute
+    EXPECT_EQ(date & 0x1F, 15u);        // seconds / 2
     EXPECT_EQ(date, 0x585D68EFu);
     // A file that cannot be opened leaves the date as it was.
     VemSetDate(program, dir.file("missing.poe").c_str());

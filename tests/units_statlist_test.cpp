@@ -133,8 +133,18 @@ TEST(UnitsStatList, LoadFailures) {
 TEST(UnitsStatList, ALineTwiceInAFileKeepsTheLaterEntry) {
     const std::vector<u8> twice = Bytes()
                                       .u16_(2)
-                                      .u16_(4).u16_(0).u16_(4).u32_(1).u16_(0).u16_(0)
-                                      .u16_(4).u16_(0).u16_(4).u32_(2).u16_(0).u16_(0)
+                                      .u16_(4)
+                                      .u16_(0)
+                                      .u16_(4)
+                                      .u32_(1)
+                                      .u16_(0)
+                                      .u16_(0)
+                                      .u16_(4)
+                                      .u16_(0)
+                                      .u16_(4)
+                                      .u32_(2)
+                                      .u16_(0)
+                                      .u16_(0)
                                       .v;
     CStatList list;
     Load(list, twice);

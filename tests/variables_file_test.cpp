@@ -26,32 +26,32 @@ Bytes& LeafBaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::str
 // Root R of type 1, expanded, with the variable V: INT at offset 4, size 2, all else default.
 std::vector<u8> RootWithVariableFile() {
     Bytes b = Frame(1);
-    b.u16_(0);    // 27 schema word of the base record
-    b.u8_(1).u8_(1);  // 29 node type, 30 Expanded
-    b.str("R");   // 31 name
-    b.u32_(0);    // 33 Serial
-    b.u8_(0);     // 37 ExtraText
-    b.u16_(1);    // 38 child count
-    b.u8_(2);     // 40 type byte of the child
-    b.u16_(0);    // 41 child: schema word of the base record
-    b.u8_(2).u8_(0);  // 43 child: node type, 44 Expanded
-    b.str("V");   // 45 child: name
-    b.u32_(0);    // 47 child: Serial
-    b.u8_(0);     // 51 child: ExtraText
-    b.u16_(0);    // 52 child: child count
-    b.u16_(3);    // 54 schema word of the variable record
-    b.u16_(4);    // 56 Offset
-    b.u16_(2);    // 58 Size
-    b.u16_(0xFFFF);  // 60 ParentSegment
+    b.u16_(0);               // 27 schema word of the base record
+    b.u8_(1).u8_(1);         // 29 node type, 30 Expanded
+    b.str("R");              // 31 name
+    b.u32_(0);               // 33 Serial
+    b.u8_(0);                // 37 ExtraText
+    b.u16_(1);               // 38 child count
+    b.u8_(2);                // 40 type byte of the child
+    b.u16_(0);               // 41 child: schema word of the base record
+    b.u8_(2).u8_(0);         // 43 child: node type, 44 Expanded
+    b.str("V");              // 45 child: name
+    b.u32_(0);               // 47 child: Serial
+    b.u8_(0);                // 51 child: ExtraText
+    b.u16_(0);               // 52 child: child count
+    b.u16_(3);               // 54 schema word of the variable record
+    b.u16_(4);               // 56 Offset
+    b.u16_(2);               // 58 Size
+    b.u16_(0xFFFF);          // 60 ParentSegment
     b.u8_(9).u8_(0).u8_(0);  // 62 VariableType, 63 Reference, 64 NetVar
-    b.u16_(0);    // 65 ProgramNr
-    b.u8_(0).u8_(0);  // 67 TypeName, empty; 68 Scope
-    b.u8_(1).u8_(0);  // 69 CanBeWatched, 70 VarInOut
-    b.u8_(0);     // 71 InstanceText, empty
-    b.u16_(0);    // 72 SubSegmentKind
-    b.u8_(0);     // 74 PiLocation, empty
-    b.u16_(0).u16_(0);  // 75 DclPositionA, 77 DclPositionB
-    b.u32_(0);    // 79 VarQualifier
+    b.u16_(0);               // 65 ProgramNr
+    b.u8_(0).u8_(0);         // 67 TypeName, empty; 68 Scope
+    b.u8_(1).u8_(0);         // 69 CanBeWatched, 70 VarInOut
+    b.u8_(0);                // 71 InstanceText, empty
+    b.u16_(0);               // 72 SubSegmentKind
+    b.u8_(0);                // 74 PiLocation, empty
+    b.u16_(0).u16_(0);       // 75 DclPositionA, 77 DclPositionB
+    b.u32_(0);               // 79 VarQualifier
     return b.v;
 }
 
@@ -59,19 +59,19 @@ std::vector<u8> RootWithVariableFile() {
 Bytes VariableFileOfSchema(unsigned schema) {
     Bytes b = Frame(2);
     LeafBaseRecord(b, 2, 0, "OLD");
-    b.u16_(schema);  // schema word
-    b.u16_(0x0102);  // Offset
-    b.u16_(0x0304);  // Size
-    b.u16_(0x0506);  // ParentSegment
-    b.u8_(10).u8_(1).u8_(1);  // VariableType DINT, Reference, NetVar
-    b.u16_(7);       // ProgramNr
-    b.str("MYTYPE");  // TypeName
-    b.u8_(4);        // Scope
-    b.u8_(0).u8_(1);  // CanBeWatched, VarInOut
-    b.str("INST");   // InstanceText
+    b.u16_(schema);              // schema word
+    b.u16_(0x0102);              // Offset
+    b.u16_(0x0304);              // Size
+    b.u16_(0x0506);              // ParentSegment
+    b.u8_(10).u8_(1).u8_(1);     // VariableType DINT, Reference, NetVar
+    b.u16_(7);                   // ProgramNr
+    b.str("MYTYPE");             // TypeName
+    b.u8_(4);                    // Scope
+    b.u8_(0).u8_(1);             // CanBeWatched, VarInOut
+    b.str("INST");               // InstanceText
     if (schema >= 1) b.u16_(2);  // SubSegmentKind
     if (schema >= 2) {
-        b.str("%IX1.0");  // PiLocation
+        b.str("%IX1.0");          // PiLocation
         b.u16_(0x21).u16_(0x22);  // DclPositionA, DclPositionB
     }
     if (schema >= 3) b.u32_(0xCAFEBABE);  // VarQualifier
@@ -200,7 +200,7 @@ TEST(VariablesFile, OlderRecordsLoadWithTheDefaultsOfTheLaterFields) {
 TEST(VariablesFile, RecordsAreWrittenBackAsVersionThree) {
     TempDir dir;
     Bytes rewritten = VariableFileOfSchema(0);
-    rewritten.v[42] = 3;  // schema word: behind the frame (27 bytes) and the base record (15 bytes)
+    rewritten.v[42] = 3;        // schema word: behind the frame (27 bytes) and the base record (15 bytes)
     rewritten.u16_(0).u8_(0);   // SubSegmentKind, PiLocation empty
     rewritten.u16_(0).u16_(0);  // DclPositionA, DclPositionB
     rewritten.u32_(0);          // VarQualifier

@@ -37,9 +37,8 @@ TEST(VariablesNode, NewVariableHoldsItsArgumentsAndDefaults) {
 
 TEST(VariablesNode, NodeTypeFollowsTheDataType) {
     const std::pair<tCbeType, tVemNodeType> cases[] = {
-        {kCbeTypeArray, kVemArrayNode},      {kCbeTypeStruct, kVemStructNode},
-        {kCbeTypeFbInstance, kVemFbInstanceNode}, {kCbeTypeBool, kVemVariableNode},
-        {kCbeTypeUndef, kVemVariableNode},   {kCbeTypeArrayOfStruct, kVemVariableNode},
+        {kCbeTypeArray, kVemArrayNode},   {kCbeTypeStruct, kVemStructNode},  {kCbeTypeFbInstance, kVemFbInstanceNode},
+        {kCbeTypeBool, kVemVariableNode}, {kCbeTypeUndef, kVemVariableNode}, {kCbeTypeArrayOfStruct, kVemVariableNode},
     };
     for (const auto& [type, nodeType] : cases) {
         CVemBaseNode* v = NewVariable("V", 0, type, 0);

@@ -224,8 +224,8 @@ TEST(VariablesInstance, FindsItsFunctionBlockBelowGlobalResourceTwoLevelsUp) {
     CVemBaseNode* instance = NewInstance("A", "T");
     CVemBaseNode* task = With(NewTask("T1"), {With(VemNewNode(kVemProgramNode), {instance})});
     CVemBaseNode* fb = NewFb("A : T");
-    CVemBaseNode* global = With(NewBase("Global - Resource"), {With(NewTask("G1"), {NewFb("B : T")}),
-                                                               With(NewTask("G2"), {fb, NewFb("A : T")})});
+    CVemBaseNode* global = With(NewBase("Global - Resource"),
+                                {With(NewTask("G1"), {NewFb("B : T")}), With(NewTask("G2"), {fb, NewFb("A : T")})});
     CVemBaseNode* resource = With(NewBase("RES"), {With(NewBase("TASKS"), {task}), global});
     EXPECT_EQ(VemGetReferenceNode(instance), fb);
 

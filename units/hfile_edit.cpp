@@ -138,8 +138,7 @@ void CHFile::AddKey(std::string_view key, std::string_view value) {
 void CHFile::ReplaceValueLine(i64 position, std::string_view value) {
     const i64 oldLength = LineLength(position);
     if (oldLength < 0) Fail(CFileException::genericException);
-    if (!ResizeRange(position, oldLength, static_cast<i64>(value.size())))
-        Fail(CFileException::genericException);
+    if (!ResizeRange(position, oldLength, static_cast<i64>(value.size()))) Fail(CFileException::genericException);
     WriteAt(position, value);
 }
 

@@ -151,8 +151,7 @@ i64 CHFile::ScanPlain(i64 start, std::string_view needle, i64 limit) const {
 }
 
 namespace {
-i64 FoundAt(const CHFile& file, i64 start, std::span<const std::string_view> needles, bool atLineStart,
-            i64 limit) {
+i64 FoundAt(const CHFile& file, i64 start, std::span<const std::string_view> needles, bool atLineStart, i64 limit) {
     CHFileMatch match;
     file.FindFirst(start, needles, atLineStart, limit, match);
     return match.found ? match.position : -1;

@@ -121,8 +121,7 @@ void CVemPouNode::DeleteAllChildPous() {
                 Children.RemoveAt(here);
                 delete child;
                 break;
-            default:
-                break;
+            default: break;
         }
     }
 }

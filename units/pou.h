@@ -159,6 +159,6 @@ public:
     tIpSegmentKind GetSubSegmentKind() override;
 
     u16 Reserved = 0;
-    u16 Offset = 0;                           // not stored
+    u16 Offset = 0;                            // not stored
     tIpSegmentKind SubSegmentKind = kIpSegIo;  // not stored
 };

@@ -57,8 +57,8 @@ void CVemPouNode::SetDate(const char* fileName) {
     CFileStatus status;
     std::tm local{};
     if (CFile::GetStatus(fileName, status) && VemLocalTime(status.m_mtime, local)) {
-        Date = PackDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-                        local.tm_sec);
+        Date =
+            PackDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
     }
     file.Close();
 }

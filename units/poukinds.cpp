@@ -40,8 +40,8 @@ int CVemProgramNode::GetGlobal() { return GlobalFlag; }
 
 void CVemProgramNode::NodeDump(CFile* file, CString indent) {
     CString text;
-    text.Format("%s*PROGRAMNODE: %s\n%sGlobalFlag: %i \n", indent.GetString(), Name.GetString(),
-                indent.GetString(), static_cast<int>(GlobalFlag));
+    text.Format("%s*PROGRAMNODE: %s\n%sGlobalFlag: %i \n", indent.GetString(), Name.GetString(), indent.GetString(),
+                static_cast<int>(GlobalFlag));
     WriteText(file, text);
     CVemPouNode::NodeDump(file, indent);
 }

@@ -287,7 +287,8 @@ extern "C" void VemSetArrayElementSizeOfType(CVemBaseNode* node, u16 size) {
 }
 
 extern "C" u16 VemGetArrayElementSizeOfType(CVemBaseNode* node) {
-    return node && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode)) ? static_cast<CVemArrayNode*>(node)->ElementSizeOfType : 0;
+    return node && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode)) ? static_cast<CVemArrayNode*>(node)->ElementSizeOfType
+                                                                : 0;
 }
 
 extern "C" u32 VemGetArrayCode(CVemBaseNode* node) {

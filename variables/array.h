@@ -64,10 +64,10 @@ public:
     void SetProgramNr(u16 programNr) override;
 
     // Fields, behind those of the variable, in declared order.
-    u32 ArrayCode = 0;           // one byte in a file
-    u16 ElementSizeOfType = 0;   // size of a string element in units of ByteSize
-    u8 Dimensions = 0;           // not tied to Range.DimSize
-    u16 HeaderLength = 0;        // bytes in front of the first element
+    u32 ArrayCode = 0;          // one byte in a file
+    u16 ElementSizeOfType = 0;  // size of a string element in units of ByteSize
+    u8 Dimensions = 0;          // not tied to Range.DimSize
+    u16 HeaderLength = 0;       // bytes in front of the first element
     CVemDimRange Range{1};
     CVemBaseNode* ElementNode = nullptr;  // the prototype, owned; null after an expansion
 

@@ -11,13 +11,8 @@ VEM_IMPLEMENT_SERIAL(CVemVariableNode, CVemBaseNode, 5)
 
 CVemVariableNode::CVemVariableNode() : CVemVariableNode(CString(), 0, kCbeTypeUndef, 0, 0) {}
 
-CVemVariableNode::CVemVariableNode(const CString& name, u16 offset, tCbeType type, u16 size,
-                                   tCbeVarScope scope)
-    : CVemBaseNode(NodeTypeOfDataType(type), name, 0),
-      Offset(offset),
-      Size(size),
-      VariableType(type),
-      Scope(scope) {}
+CVemVariableNode::CVemVariableNode(const CString& name, u16 offset, tCbeType type, u16 size, tCbeVarScope scope)
+    : CVemBaseNode(NodeTypeOfDataType(type), name, 0), Offset(offset), Size(size), VariableType(type), Scope(scope) {}
 
 CVemVariableNode::CVemVariableNode(const CVemVariableNode& other)
     : CVemBaseNode(other),
@@ -130,9 +125,9 @@ CString CVemVariableNode::GetNodeText() {
         text += TypeName;
     }
     if (VemDebugFlagValue()) {
-        text.AppendFormat(" | Offset: %x | Size: %x | Seg: %i  | Ref: %i | Prg: %i",
-                          static_cast<unsigned>(GetOffset()), static_cast<unsigned>(GetSize()),
-                          GetParentSegment() & 0x1FFF, Reference, static_cast<int>(GetProgramNr()));
+        text.AppendFormat(" | Offset: %x | Size: %x | Seg: %i  | Ref: %i | Prg: %i", static_cast<unsigned>(GetOffset()),
+                          static_cast<unsigned>(GetSize()), GetParentSegment() & 0x1FFF, Reference,
+                          static_cast<int>(GetProgramNr()));
     }
     return text;
 }

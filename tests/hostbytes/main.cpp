@@ -50,8 +50,8 @@ bool WriteLayouts(const std::string& name) {
         int fract;
     };
     for (u16 alignment : {1, 2, 4})
-        for (const Layout& layout : {Layout{0, 1, 0}, Layout{0, 2, 0}, Layout{1, 1, 0}, Layout{1, 2, 0},
-                                     Layout{0, kFract, 1}}) {
+        for (const Layout& layout :
+             {Layout{0, 1, 0}, Layout{0, 2, 0}, Layout{1, 1, 0}, Layout{1, 2, 0}, Layout{0, kFract, 1}}) {
             CVemByteArray* array = VemBaNewByteArray(layout.motorola, alignment, layout.byteSize, layout.fract);
             FillThroughLayout(array);
             VemBaSerialize(array, ar);
@@ -79,8 +79,8 @@ int main(int argc, char** argv) {
     for (int i = 0; i < kTrees; ++i) {
         CVemBaseNode* tree = vemtest::RandomTree(r, dir);
         const std::string name = dir + "/tree" + std::to_string(i);
-        const bool written = VemWriteNode(tree, (name + ".vem").c_str()) == 1 &&
-                             CVemNodeDump(tree, CString(name + ".txt")) == 1;
+        const bool written =
+            VemWriteNode(tree, (name + ".vem").c_str()) == 1 && CVemNodeDump(tree, CString(name + ".txt")) == 1;
         VemDeleteNode(tree);
         if (written) MaskPointers(name + ".txt");
         if (!written) {

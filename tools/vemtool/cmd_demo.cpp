@@ -39,7 +39,8 @@ bool Printable(const CString& text) {
 // type, name, type name, and the statements' operands, lines and code offsets. "" if all agree.
 std::string Compare(CVemBaseNode* built, CVemBaseNode* loaded, std::size_t& nodes, std::size_t& statements) {
     const std::vector<CVemBaseNode*> a = Subtree(built), b = Subtree(loaded);
-    if (a.size() != b.size()) return "built " + std::to_string(a.size()) + " nodes, read back " + std::to_string(b.size());
+    if (a.size() != b.size())
+        return "built " + std::to_string(a.size()) + " nodes, read back " + std::to_string(b.size());
     for (std::size_t i = 0; i < a.size(); ++i) {
         const CString name = VemGetName(b[i]);
         if (VemGetNodeType(a[i]) != VemGetNodeType(b[i]) || VemGetName(a[i]) != name ||
@@ -50,7 +51,8 @@ std::string Compare(CVemBaseNode* built, CVemBaseNode* loaded, std::size_t& node
     }
     nodes = a.size();
     const std::vector<CEVemBaseNode*> ca = CodeNodes(built), cb = CodeNodes(loaded);
-    if (ca.size() != cb.size()) return "built " + std::to_string(ca.size()) + " code nodes, read back " + std::to_string(cb.size());
+    if (ca.size() != cb.size())
+        return "built " + std::to_string(ca.size()) + " code nodes, read back " + std::to_string(cb.size());
     statements = 0;
     for (std::size_t i = 0; i < ca.size(); ++i) {
         if (EVemGetPathName(ca[i]) != EVemGetPathName(cb[i])) {  // a code node's name is not stored
@@ -62,8 +64,9 @@ std::string Compare(CVemBaseNode* built, CVemBaseNode* loaded, std::size_t& node
             const CString operand = EVemGetName(t);
             if (EVemGetNodeType(s) != EVemGetNodeType(t) || EVemGetName(s) != operand || !Printable(operand) ||
                 EVemGetAwlLine(s) != EVemGetAwlLine(t) || EVemGetUcodeOffset(s) != EVemGetUcodeOffset(t)) {
-                return "statement of " + EVemGetPathName(cb[i]).str() + " at line " + std::to_string(EVemGetAwlLine(t)) +
-                       " was built with \"" + EVemGetName(s).str() + "\", read back with \"" + operand.str() + "\"";
+                return "statement of " + EVemGetPathName(cb[i]).str() + " at line " +
+                       std::to_string(EVemGetAwlLine(t)) + " was built with \"" + EVemGetName(s).str() +
+                       "\", read back with \"" + operand.str() + "\"";
             }
         }
         if (s || t) return "the statements of " + EVemGetPathName(cb[i]).str() + " differ in number";
@@ -75,8 +78,10 @@ std::string Compare(CVemBaseNode* built, CVemBaseNode* loaded, std::size_t& node
 
 int CmdDemo(const Options& o) {
     DemoShape shape;
-    if (o.Has("--tasks") && !ParseCount(o.Value("--tasks"), 1, 100, shape.tasks)) return Usage("--tasks takes 1 to 100");
-    if (o.Has("--units") && !ParseCount(o.Value("--units"), 0, 100, shape.units)) return Usage("--units takes 0 to 100");
+    if (o.Has("--tasks") && !ParseCount(o.Value("--tasks"), 1, 100, shape.tasks))
+        return Usage("--tasks takes 1 to 100");
+    if (o.Has("--units") && !ParseCount(o.Value("--units"), 0, 100, shape.units))
+        return Usage("--units takes 0 to 100");
     if (o.Has("--vars") && !ParseCount(o.Value("--vars"), 0, 5000, shape.vars)) return Usage("--vars takes 0 to 5000");
     if (o.Files().size() > 1) return Usage("demo takes at most one directory");
     const std::string dir = o.Files().empty() ? "vem-demo" : o.Files()[0];
@@ -98,7 +103,9 @@ int CmdDemo(const Options& o) {
             return kFailed;
         }
     }
-    shape.onTask = [&](int step) { progress.Step(static_cast<std::size_t>(shape.tasks) * 2 + static_cast<std::size_t>(step)); };
+    shape.onTask = [&](int step) {
+        progress.Step(static_cast<std::size_t>(shape.tasks) * 2 + static_cast<std::size_t>(step));
+    };
     Tree reference(BuildDemo(shape));
     std::printf("== written: %s and %d task files\n", nodeFile.c_str(), shape.tasks);
 
@@ -126,7 +133,8 @@ int CmdDemo(const Options& o) {
             std::printf("  %-28s not found\n", path);
             continue;
         }
-        std::printf("  %-28s 0x%06X   (segment %u, offset 0x%04X, size %u)\n", path, p.address, p.segment, p.offset, p.size);
+        std::printf("  %-28s 0x%06X   (segment %u, offset 0x%04X, size %u)\n", path, p.address, p.segment, p.offset,
+                    p.size);
     }
 
     if (CodeNodes(tree.get()).empty()) {
@@ -150,7 +158,8 @@ int CmdDemo(const Options& o) {
     if (nodes <= 20000) {
         CVemSvgDC dc;
         VemDraw(tree.get(), &dc, CPoint(0, 0), CPoint(8, 8), tree.get());
-        if (dc.WriteFile(svg.c_str(), VemGetBottomOfTree(tree.get()))) std::printf("\n== picture of the tree: %s\n", svg.c_str());
+        if (dc.WriteFile(svg.c_str(), VemGetBottomOfTree(tree.get())))
+            std::printf("\n== picture of the tree: %s\n", svg.c_str());
     } else {
         std::printf("\n== the tree is too large for a picture (%zu nodes)\n", nodes);
     }

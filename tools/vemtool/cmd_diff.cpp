@@ -35,7 +35,8 @@ const char* VerdictName(int verdict) {
 
 std::string Changes(int changes) {
     std::string text;
-    for (const auto& [bit, name] : {std::pair<int, const char*>{kVemDiffMoved, "moved"}, {kVemDiffResized, "resized"},
+    for (const auto& [bit, name] : {std::pair<int, const char*>{kVemDiffMoved, "moved"},
+                                    {kVemDiffResized, "resized"},
                                     {kVemDiffRetyped, "retyped"}}) {
         if (changes & bit) text += text.empty() ? name : std::string(",") + name;
     }
@@ -56,7 +57,9 @@ void PrintText(tVemLayoutDiff* diff) {
         Place(after, sizeof after, e.NewSegment, e.NewOffset, e.NewSize, e.NewText);
         switch (e.Kind) {
             case kVemDiffVarAdded: std::printf("  %-8s %-8s %s  %s\n", e.Task, KindName(e.Kind), e.Path, after); break;
-            case kVemDiffVarRemoved: std::printf("  %-8s %-8s %s  %s\n", e.Task, KindName(e.Kind), e.Path, before); break;
+            case kVemDiffVarRemoved:
+                std::printf("  %-8s %-8s %s  %s\n", e.Task, KindName(e.Kind), e.Path, before);
+                break;
             case kVemDiffVarChanged:
                 std::printf("  %-8s %-8s %s  %s -> %s\n", e.Task, Changes(e.Changes).c_str(), e.Path, before, after);
                 break;
@@ -67,9 +70,12 @@ void PrintText(tVemLayoutDiff* diff) {
                             e.NewSegment, e.OldText, e.NewText);
                 break;
             case kVemDiffSegmentChanged:
-                std::printf("  %-8s %-8s %s  length %s -> %s\n", e.Task, KindName(e.Kind), e.Path, e.OldText, e.NewText);
+                std::printf("  %-8s %-8s %s  length %s -> %s\n", e.Task, KindName(e.Kind), e.Path, e.OldText,
+                            e.NewText);
                 break;
-            default: std::printf("  %-8s %-8s %s  %s -> %s\n", "", KindName(e.Kind), e.Path, e.OldText, e.NewText); break;
+            default:
+                std::printf("  %-8s %-8s %s  %s -> %s\n", "", KindName(e.Kind), e.Path, e.OldText, e.NewText);
+                break;
         }
     }
 }

@@ -7,7 +7,9 @@
 namespace vemtool {
 namespace {
 
-bool IsVariable(u32 t) { return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode; }
+bool IsVariable(u32 t) {
+    return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode;
+}
 bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 void Bytes(Json& j, const char* key, CVemByteArray* array) {
@@ -48,8 +50,10 @@ void Segments(Json& j, const char* key, CSegmentTable* table, const CDWordArray*
         j.BeginObject();
         j.Field("number", n);
         j.Key("absoluteStart");
-        if (absolute && n < absolute->GetSize()) j.Unsigned(absolute->GetAt(n));
-        else j.Null();
+        if (absolute && n < absolute->GetSize())
+            j.Unsigned(absolute->GetAt(n));
+        else
+            j.Null();
         Bytes(j, "array", segment);
         j.EndObject();
     }
@@ -91,21 +95,26 @@ void Statement(Json& j, CEVemBaseNode* s, int depth);
 
 void StatementOrNull(Json& j, const char* key, CEVemBaseNode* s, int depth) {
     j.Key(key);
-    if (s) Statement(j, s, depth + 1);
-    else j.Null();
+    if (s)
+        Statement(j, s, depth + 1);
+    else
+        j.Null();
 }
 
 void NodeName(Json& j, const char* key, CVemBaseNode* node) {
     j.Key(key);
-    if (node) j.String(VemGetName(node).GetString());
-    else j.Null();
+    if (node)
+        j.String(VemGetName(node).GetString());
+    else
+        j.Null();
 }
 
 // One statement with every field the statement model keeps; the nodes of the tree that it points
 // to are given by name.
 void Statement(Json& j, CEVemBaseNode* s, int depth) {
     j.BeginObject();
-    Named(j, "type", "typeName", static_cast<u32>(EVemGetNodeType(s)), StatementTypeName(static_cast<u32>(EVemGetNodeType(s))));
+    Named(j, "type", "typeName", static_cast<u32>(EVemGetNodeType(s)),
+          StatementTypeName(static_cast<u32>(EVemGetNodeType(s))));
     u16 line = 0, column = 0;
     EVemGetAwlPosition(s, line, column);
     j.Field("awlLine", line);
@@ -131,8 +140,10 @@ void Statement(Json& j, CEVemBaseNode* s, int depth) {
     j.BeginArray();
     const int count = depth < 16 ? EVemGetIndexCount(s) : 0;
     for (int i = 0; i < count; ++i) {
-        if (CEVemBaseNode* index = EVemGetIndexNode(s, i)) Statement(j, index, depth + 1);
-        else j.Null();
+        if (CEVemBaseNode* index = EVemGetIndexNode(s, i))
+            Statement(j, index, depth + 1);
+        else
+            j.Null();
     }
     j.EndArray();
     StatementOrNull(j, "stringLParam", depth < 16 ? EVemGetStdStringLParamStmtNode(s) : nullptr, depth);
@@ -221,8 +232,10 @@ void VariableFields(Json& j, CVemBaseNode* n) {
     j.Field("instanceText", VemGetInstanceText(n));
     j.Key("absoluteAddress");  // computed: the task's start of the segment plus the offset
     u32 address = 0;
-    if (AbsoluteAddress(n, address)) j.Unsigned(address);
-    else j.Null();
+    if (AbsoluteAddress(n, address))
+        j.Unsigned(address);
+    else
+        j.Null();
 }
 
 void Node(Json& j, CVemBaseNode* n);

@@ -18,7 +18,9 @@ bool OneFile(const Options& o, const char* what, std::string& file, int& result)
     return false;
 }
 
-bool IsVariable(u32 t) { return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode; }
+bool IsVariable(u32 t) {
+    return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode;
+}
 bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 void TreeLine(CVemBaseNode* node, int depth) {
@@ -31,13 +33,17 @@ void TreeLine(CVemBaseNode* node, int depth) {
     if (IsVariable(type)) {
         std::fprintf(Out(), " %-8s %4u:0x%04X", DataTypeName(VemGetVariableType(node)), VemGetParentSegment(node),
                      static_cast<unsigned>(VemGetOffset(node)));
-        if (placed) std::fprintf(Out(), "  @0x%06X", address);
-        else std::fprintf(Out(), "  @-       ");
+        if (placed)
+            std::fprintf(Out(), "  @0x%06X", address);
+        else
+            std::fprintf(Out(), "  @-       ");
         std::fprintf(Out(), "  size %u", static_cast<unsigned>(VemGetSize(node)));
     } else if (IsUnit(type)) {
         std::fprintf(Out(), " %-8s %4u:0x0000", "data", VemGetDataSegment(node));
-        if (placed) std::fprintf(Out(), "  @0x%06X", address);
-        else std::fprintf(Out(), "  @-       ");
+        if (placed)
+            std::fprintf(Out(), "  @0x%06X", address);
+        else
+            std::fprintf(Out(), "  @-       ");
         std::fprintf(Out(), "  size %u", static_cast<unsigned>(VemGetDataSegLength(node)));
     }
     std::fputc('\n', Out());
@@ -77,7 +83,8 @@ int CmdTree(const Options& o) {
     long depth = -1;
     if (o.Has("--depth") && !Count(o.Value("--depth"), depth)) return Usage("--depth takes a number of levels");
     const bool picture = o.Has("--output");
-    if (picture && (o.Has("--depth") || o.Has("--path"))) return Usage("--depth and --path are for the text tree, not -o");
+    if (picture && (o.Has("--depth") || o.Has("--path")))
+        return Usage("--depth and --path are for the text tree, not -o");
     if (!picture && o.Has("--expand-all")) return Usage("--expand-all is for the picture: give -o OUT.svg");
     if (picture && o.Value("--output").empty()) return Usage("-o needs a file name");
     Tree tree(Load(o, file));
@@ -114,7 +121,8 @@ int CmdCheck(const Options& o) {
     if (!tree.get()) return kFailed;
     const std::vector<CVemBaseNode*> nodes = Subtree(tree.get());
     std::printf("%s: OK, root %s of type %u %s, %zu nodes\n", file.c_str(), VemGetName(tree.get()).GetString(),
-                static_cast<unsigned>(VemGetNodeType(tree.get())), NodeTypeName(VemGetNodeType(tree.get())), nodes.size());
+                static_cast<unsigned>(VemGetNodeType(tree.get())), NodeTypeName(VemGetNodeType(tree.get())),
+                nodes.size());
     for (CVemBaseNode* node : nodes) {
         if (VemGetNodeType(node) != kVemTaskContainerNode) continue;
         const tCompiledTasks tasks = VemAllTaskCompiledSuccesfully(node);
@@ -148,8 +156,10 @@ bool HeaderHasKey(const std::string& file, const std::string& key) {
     const std::string wanted = upper(key);
     while (std::getline(in, line)) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (line.rfind("$BEGIN_ZQ_HEADER", 0) == 0) inBlock = true;
-        else if (line.rfind("$END_ZQ_HEADER", 0) == 0) return false;
+        if (line.rfind("$BEGIN_ZQ_HEADER", 0) == 0)
+            inBlock = true;
+        else if (line.rfind("$END_ZQ_HEADER", 0) == 0)
+            return false;
         else if (inBlock) {
             const std::size_t eq = line.find('=');
             std::string name = upper(line.substr(0, eq));

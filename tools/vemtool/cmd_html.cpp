@@ -24,7 +24,9 @@ extern const unsigned char kHtmlPageJs[];
 
 namespace {
 
-bool IsVariable(u32 t) { return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode; }
+bool IsVariable(u32 t) {
+    return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode;
+}
 bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
@@ -181,7 +183,9 @@ std::string PictureUri(bool icon, unsigned id) {
             for (int x = 0; x < width; ++x) {
                 const COLORREF c = pixel(x, y);
                 rgba[static_cast<std::size_t>(y * width + x)] =
-                    c == kVemNoColor ? 0 : ((c & 0xFF) << 24) | (((c >> 8) & 0xFF) << 16) | (((c >> 16) & 0xFF) << 8) | 0xFF;
+                    c == kVemNoColor
+                        ? 0
+                        : ((c & 0xFF) << 24) | (((c >> 8) & 0xFF) << 16) | (((c >> 16) & 0xFF) << 8) | 0xFF;
             }
         }
     };
@@ -247,11 +251,12 @@ void Page::Nodes() {
         if (IsVariable(type)) {
             const std::string typeName = VemGetTypeName(n).str();
             if (!typeName.empty()) derived += " : " + typeName;
-            const long long flags = (VemIsReference(n) ? 1 : 0) | (VemIsNetVar(n) ? 2 : 0) | (VemGetVarInOut(n) ? 4 : 0) |
-                                    (VemCanVariableBeWatched(n) ? 8 : 0);
-            const std::vector<long long> a{strings_.Id(typeName), VemGetSize(n), VemGetVariableType(n), VemGetScope(n),
-                                           VemGetVarQualifier(n), VemGetParentSegment(n), VemGetSubSegmentKind(n), flags,
-                                           VemGetProgramNr(n)};
+            const long long flags = (VemIsReference(n) ? 1 : 0) | (VemIsNetVar(n) ? 2 : 0) |
+                                    (VemGetVarInOut(n) ? 4 : 0) | (VemCanVariableBeWatched(n) ? 8 : 0);
+            const std::vector<long long> a{
+                strings_.Id(typeName), VemGetSize(n),          VemGetVariableType(n),   VemGetScope(n),
+                VemGetVarQualifier(n), VemGetParentSegment(n), VemGetSubSegmentKind(n), flags,
+                VemGetProgramNr(n)};
             attr.push_back(attrs.emplace(a, static_cast<long long>(attrs.size()) + 1).first->second);
             offset.push_back(VemGetOffset(n));
         } else {
@@ -326,8 +331,9 @@ void Page::Keys() {
                                dot == std::string::npos ? 0 : strings_.Id(head) + 1,
                                plain ? 0 : strings_.Id(tail) + 1});
         }
-        std::sort(entries.begin(), entries.end(),
-                  [](const Entry& a, const Entry& b) { return a.address != b.address ? a.address < b.address : a.node < b.node; });
+        std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+            return a.address != b.address ? a.address < b.address : a.node < b.node;
+        });
         tasks.push_back(index_.at(task));
         tasks.push_back(static_cast<long long>(entries.size()));
         u32 last = 0;
@@ -529,12 +535,18 @@ std::string Page::Data() {
 std::string HtmlEscape(const std::string& text) {
     std::string out;
     for (unsigned char c : text) {
-        if (c == '<') out += "&lt;";
-        else if (c == '>') out += "&gt;";
-        else if (c == '&') out += "&amp;";
-        else if (c == '"') out += "&quot;";
-        else if (c >= 0x80) out += "&#" + std::to_string(c) + ";";  // 8-bit texts are Latin-1
-        else out += static_cast<char>(c);
+        if (c == '<')
+            out += "&lt;";
+        else if (c == '>')
+            out += "&gt;";
+        else if (c == '&')
+            out += "&amp;";
+        else if (c == '"')
+            out += "&quot;";
+        else if (c >= 0x80)
+            out += "&#" + std::to_string(c) + ";";  // 8-bit texts are Latin-1
+        else
+            out += static_cast<char>(c);
     }
     return out;
 }

@@ -52,8 +52,8 @@ int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::st
         const auto colon = place.find(':');
         u32 address = 0, segment = 0, offset = 0;
         const bool bySegment = colon != std::string::npos;
-        if (bySegment ? !ParseNumber(place.substr(0, colon), segment) || !ParseNumber(place.substr(colon + 1), offset) ||
-                            segment > 0xFFFF || offset > 0xFFFF
+        if (bySegment ? !ParseNumber(place.substr(0, colon), segment) ||
+                            !ParseNumber(place.substr(colon + 1), offset) || segment > 0xFFFF || offset > 0xFFFF
                       : !ParseNumber(place, address)) {
             VemAddrIndexDelete(index);
             return Usage("--at takes an address or SEG:OFFSET, not " + place);
@@ -62,21 +62,23 @@ int At(CVemBaseNode* root, const std::vector<std::string>& places, const std::st
         std::string where;
         for (int t = first; t < last; ++t) {
             tVemAddressHit hit{};
-            const int found = bySegment ? VemAddrLookupSegment(index, t, static_cast<u16>(segment), static_cast<u16>(offset), &hit)
-                                        : VemAddrLookup(index, t, address, &hit);
+            const int found =
+                bySegment ? VemAddrLookupSegment(index, t, static_cast<u16>(segment), static_cast<u16>(offset), &hit)
+                          : VemAddrLookup(index, t, address, &hit);
             if (found == kVemAddrFound) {
                 PrintHit(hit, dec);
                 any = true;
             } else if (hit.Segment != 0xFFFF && where.empty()) {
                 char text[160];
                 std::snprintf(text, sizeof text, dec ? " (%s, seg %u+%u, %s of %s)" : " (%s, seg %u+0x%04X, %s of %s)",
-                              VemGetName(hit.Task).GetString(),
-                              hit.Segment, hit.SegmentOffset, SegmentRole(hit.UnitSegment),
-                              hit.Unit ? VemGetName(hit.Unit).GetString() : "no unit");
+                              VemGetName(hit.Task).GetString(), hit.Segment, hit.SegmentOffset,
+                              SegmentRole(hit.UnitSegment), hit.Unit ? VemGetName(hit.Unit).GetString() : "no unit");
                 where = text;
             }
         }
-        if (!any) std::printf("%s: no variable%s\n", place.c_str(), where.empty() ? " (outside every segment)" : where.c_str());
+        if (!any)
+            std::printf("%s: no variable%s\n", place.c_str(),
+                        where.empty() ? " (outside every segment)" : where.c_str());
     }
     VemAddrIndexDelete(index);
     return kOk;
@@ -128,7 +130,8 @@ int Pc(CVemBaseNode* root, const std::string& place, const std::string& taskName
         std::printf(")\n");
     } else {
         std::fprintf(stderr, "vemtool: %s: %s", place.c_str(), CodeFailure(hit.Failure));
-        if (hit.Failure == kVemCodeBeyond) std::fprintf(stderr, dec ? " (%u bytes)" : " (0x%04X bytes)", hit.CodeLength);
+        if (hit.Failure == kVemCodeBeyond)
+            std::fprintf(stderr, dec ? " (%u bytes)" : " (0x%04X bytes)", hit.CodeLength);
         std::fprintf(stderr, "\n");
         result = kFailed;
     }

@@ -115,7 +115,8 @@ bool ElementPlace(CVemBaseNode* array, CVemBaseNode* element, u16 arrayOffset, l
     for (long i = 0; i < k; ++i) {
         cursor = static_cast<u16>(cursor + size);
         if (size > t.alignment) cursor = RoundUp(cursor, text && t.alignment == 4 ? 2 : t.alignment);
-        if ((t.byteSize == 2 || t.byteSize == 4) && t.byteSize > size) cursor = static_cast<u16>(cursor + t.byteSize - size);
+        if ((t.byteSize == 2 || t.byteSize == 4) && t.byteSize > size)
+            cursor = static_cast<u16>(cursor + t.byteSize - size);
     }
     offset = cursor;
     return true;
@@ -156,7 +157,8 @@ PathHit FindPath(CVemBaseNode* root, const std::string& path) {
         CMapStringToOb* map = VemGetNodePath2NodeList(task);
         // A function block's own key keeps the blank in front of " : " of its name.
         for (const std::string& key : {Upper(path), Upper(path + " ")}) {
-            if (const auto* node = map->PLookup(CString(key))) return {task, static_cast<CVemBaseNode*>(*node), CString(key)};
+            if (const auto* node = map->PLookup(CString(key)))
+                return {task, static_cast<CVemBaseNode*>(*node), CString(key)};
         }
     }
     return {};
@@ -371,7 +373,8 @@ void PrintLineMap(CVemBaseNode* exe, const std::string& unitPath, const CMapStri
     }
     std::fprintf(Out(), "line map of %s (%zu lines)\n", unitPath.c_str(), lines.size());
     for (const auto& [number, code] : lines) {
-        std::fprintf(Out(), dec ? "  line %4ld -> code offset %6ld  (%s)\n" : "  line %4ld -> code offset 0x%04lX  (%s)\n",
+        std::fprintf(Out(),
+                     dec ? "  line %4ld -> code offset %6ld  (%s)\n" : "  line %4ld -> code offset 0x%04lX  (%s)\n",
                      number, code, StatementTypeName(typeOf(number)));
     }
 }
@@ -453,8 +456,10 @@ void AddressJson(Json& j, const std::string& path, const Place& p) {
     j.Key("found");
     j.Bool(true);
     j.Key("address");
-    if (p.hasAddress) j.Unsigned(p.address);
-    else j.Null();
+    if (p.hasAddress)
+        j.Unsigned(p.address);
+    else
+        j.Null();
     j.Field("segment", p.segment);
     j.Field("offset", p.offset);
     j.Field("size", p.size);
@@ -475,16 +480,21 @@ int CmdQuery(const Options& o) {
     const bool lines = o.Has("--lines"), cross = o.Has("--xref"), dec = o.Has("--dec"), json = o.Has("--json");
     if (o.Files().size() != 1) return Usage("query takes one node file");
     const bool at = o.Has("--at"), pc = o.Has("--pc");
-    if ((!addrs.empty()) + lines + cross + at + pc != 1) return Usage("query takes one of --addr, --lines, --xref, --at, --pc");
+    if ((!addrs.empty()) + lines + cross + at + pc != 1)
+        return Usage("query takes one of --addr, --lines, --xref, --at, --pc");
     if (o.Has("--mask") && !cross) return Usage("--mask goes with --xref");
     if (o.Has("--task") && !at && !pc) return Usage("--task goes with --at or --pc");
     if (json && (at || pc)) return Usage("--json goes with --addr, --lines or --xref");
     int maskBits = 0;
     for (char c : o.Value("--mask", "rwc")) {
-        if (c == 'r') maskBits |= kEVemCrRead;
-        else if (c == 'w') maskBits |= kEVemCrWrite;
-        else if (c == 'c') maskBits |= kEVemCrCall;
-        else return Usage("--mask takes the letters r, w and c");
+        if (c == 'r')
+            maskBits |= kEVemCrRead;
+        else if (c == 'w')
+            maskBits |= kEVemCrWrite;
+        else if (c == 'c')
+            maskBits |= kEVemCrCall;
+        else
+            return Usage("--mask takes the letters r, w and c");
     }
     Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
@@ -514,8 +524,9 @@ int CmdQuery(const Options& o) {
             }
             char address[24] = "-";
             if (p.hasAddress) std::snprintf(address, sizeof address, dec ? "%u" : "0x%06X", p.address);
-            std::fprintf(Out(), dec ? "%-28s address %-8s (segment %u, offset %u, size %u, %s %s%s)\n"
-                                    : "%-28s address %-8s (segment %u, offset 0x%04X, size %u, %s %s%s)\n",
+            std::fprintf(Out(),
+                         dec ? "%-28s address %-8s (segment %u, offset %u, size %u, %s %s%s)\n"
+                             : "%-28s address %-8s (segment %u, offset 0x%04X, size %u, %s %s%s)\n",
                          path.c_str(), address, p.segment, p.offset, p.size, NodeTypeName(p.nodeType),
                          p.computed ? "element by the layout rules" : VemGetNodeText(p.node).GetString(),
                          p.computed && !p.typeName.empty() ? (" : " + p.typeName).c_str() : "");

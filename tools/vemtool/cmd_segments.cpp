@@ -39,8 +39,8 @@ void ListTable(const Table& t) {
     std::fprintf(Out(), "segment table of %s: pou name \"%s\", start number %u, %u segments, checksum 0x%08X\n",
                  t.owner.c_str(), VemSegTblGetPouName(t.table).GetString(), VemSegTblGetStartSegmentNo(t.table), count,
                  VemSegTblComputeCheckSum(t.table, 0));
-    std::fprintf(Out(), "  %4s  %-22s %7s  %-8s %-6s  %-21s %s\n", "no", "kind", "length", "ByteSize", "order", "layout",
-                 "checksum");
+    std::fprintf(Out(), "  %4s  %-22s %7s  %-8s %-6s  %-21s %s\n", "no", "kind", "length", "ByteSize", "order",
+                 "layout", "checksum");
     for (int n = 0; n < t.table->GetSize(); ++n) {
         CVemByteArray* a = VemSegTblGetSegment(t.table, static_cast<u16>(n));
         if (!a) continue;
@@ -48,8 +48,8 @@ void ListTable(const Table& t) {
         char kindText[40];
         std::snprintf(kindText, sizeof kindText, "%u %s", kind, SegmentKindName(kind));
         std::fprintf(Out(), "  %4d  %-22s %7u  %-8u %-6s  %-21s 0x%08X\n", n, kindText, VemBaGetLength(a),
-                     VemBaGetByteSize(a), VemBaIsMotorolaFormat(a) ? "big" : "little", a->GetRuntimeClass()->m_lpszClassName,
-                     VemBaComputeCheckSum(a, 0));
+                     VemBaGetByteSize(a), VemBaIsMotorolaFormat(a) ? "big" : "little",
+                     a->GetRuntimeClass()->m_lpszClassName, VemBaComputeCheckSum(a, 0));
     }
 }
 
@@ -110,7 +110,9 @@ int CmdSegments(const Options& o) {
     }
     if (number >= 0) {
         if (tables.size() != 1) return Usage("--hex needs --task NAME (or RESOURCE) to pick the table");
-        CVemByteArray* a = number < tables[0].table->GetSize() ? VemSegTblGetSegment(tables[0].table, static_cast<u16>(number)) : nullptr;
+        CVemByteArray* a = number < tables[0].table->GetSize()
+                               ? VemSegTblGetSegment(tables[0].table, static_cast<u16>(number))
+                               : nullptr;
         if (!a) {
             Error("%s has no segment %ld", tables[0].owner.c_str(), number);
             return kFailed;

@@ -123,7 +123,8 @@ std::vector<CVemBaseNode*> Subtree(CVemBaseNode* node) {
         stack.pop_back();
         out.push_back(at);
         CObList* list = VemGetChildList(at);
-        for (POSITION pos = list->GetTailPosition(); pos;) stack.push_back(static_cast<CVemBaseNode*>(list->GetPrev(pos)));
+        for (POSITION pos = list->GetTailPosition(); pos;)
+            stack.push_back(static_cast<CVemBaseNode*>(list->GetPrev(pos)));
     }
     return out;
 }
@@ -148,7 +149,8 @@ bool AbsoluteAddress(CVemBaseNode* node, u32& address) {
     while (task && VemGetNodeType(task) != kVemTuiTaskNode) task = VemGetParentNode(task);
     if (!task) return false;
     const u32 type = VemGetNodeType(node);
-    const bool unit = type == kVemProgramNode || type == kVemFbNode || type == kVemFunctionNode || type == kVemTuiTaskNode;
+    const bool unit =
+        type == kVemProgramNode || type == kVemFbNode || type == kVemFunctionNode || type == kVemTuiTaskNode;
     if (unit) return AbsoluteAddress(task, VemGetDataSegment(node), 0, address);
     // Members of an expanded structure element count from the element (see Resolve).
     u16 offset = static_cast<u16>(VemGetOffset(node));

@@ -99,9 +99,9 @@ void AddCode(CVemBaseNode* task, CEVemBaseNode* code) {
 // call the debounce blocks with a parameter list, read an array, call the scaling function.
 std::vector<Stmt> ProgramStatements(int units) {
     std::vector<Stmt> s = {
-        {kEVemLdVariableStmtNode, 3, "Running"},  {kEVemLdVariableStmtNode, 4, "Count"},
-        {kEVemAddConstStmtNode, 5, {}},      {kEVemStVariableStmtNode, 6, "Count"},
-        {kEVemLdVariableStmtNode, 7, "Count"},    {kEVemGtVarStmtNode, 8, "LineSpeed"},
+        {kEVemLdVariableStmtNode, 3, "Running"}, {kEVemLdVariableStmtNode, 4, "Count"},
+        {kEVemAddConstStmtNode, 5, {}},          {kEVemStVariableStmtNode, 6, "Count"},
+        {kEVemLdVariableStmtNode, 7, "Count"},   {kEVemGtVarStmtNode, 8, "LineSpeed"},
         {kEVemStVariableStmtNode, 9, "Running"},
     };
     u16 line = 10;
@@ -289,7 +289,8 @@ CVemBaseNode* BuildDemo(const DemoShape& shape) {
     VemComputeProgramNumbers(exe, 0);
     VemAddFilteredEvemNodes(exe, globalTask);
     CObList* tasks = VemGetChildList(container);
-    for (POSITION pos = tasks->GetHeadPosition(); pos;) VemAddFilteredEvemNodes(exe, static_cast<CVemBaseNode*>(tasks->GetNext(pos)));
+    for (POSITION pos = tasks->GetHeadPosition(); pos;)
+        VemAddFilteredEvemNodes(exe, static_cast<CVemBaseNode*>(tasks->GetNext(pos)));
 
     // The resource's task definition segment: its header, then every task's entry.
     CVemByteArray* taskDefs = VemBaNewByteArray(0, kAlignment, 1, 0);

@@ -10,9 +10,9 @@
 namespace vemtool {
 
 struct DemoShape {
-    int tasks = 2;        // FAST, SLOW, then TASK3, TASK4, ...
-    int units = 1;        // debounce blocks that every task calls
-    int vars = 4;         // extra INT variables of every task
+    int tasks = 2;                         // FAST, SLOW, then TASK3, TASK4, ...
+    int units = 1;                         // debounce blocks that every task calls
+    int vars = 4;                          // extra INT variables of every task
     std::function<void(int task)> onTask;  // called as each task is built and as each is written
 };
 

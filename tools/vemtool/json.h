@@ -40,7 +40,7 @@ private:
     void WriteString(const char* text);
     void Flush();
     std::FILE* out_;
-    std::string text_;  // written out when a top-level value ends or the text grows large
+    std::string text_;         // written out when a top-level value ends or the text grows large
     std::vector<bool> first_;  // per open level: no element written yet
     bool afterKey_ = false;
     bool compact_ = false;

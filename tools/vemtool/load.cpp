@@ -38,10 +38,14 @@ std::string Shown(const std::string& bytes) {
     if (bytes.empty() || printable * 10 < bytes.size() * 9) return "bytes " + Hex(bytes);
     std::string text = "text \"";
     for (unsigned char c : bytes) {
-        if (c >= 0x20 && c < 0x7F) text += static_cast<char>(c);
-        else if (c == '\n') text += "\\n";
-        else if (c == '\r') text += "\\r";
-        else text += '.';
+        if (c >= 0x20 && c < 0x7F)
+            text += static_cast<char>(c);
+        else if (c == '\n')
+            text += "\\n";
+        else if (c == '\r')
+            text += "\\r";
+        else
+            text += '.';
     }
     return text + "\"";
 }
@@ -61,7 +65,8 @@ bool HasStamp(const std::string& head) {
 // The class named by an object reference of a new class at the start of the file (a task file),
 // or "".
 std::string ObjectClass(const std::string& head) {
-    if (head.size() < 6 || static_cast<unsigned char>(head[0]) != 0xFF || static_cast<unsigned char>(head[1]) != 0xFF) return "";
+    if (head.size() < 6 || static_cast<unsigned char>(head[0]) != 0xFF || static_cast<unsigned char>(head[1]) != 0xFF)
+        return "";
     const std::size_t length = static_cast<unsigned char>(head[4]) | static_cast<unsigned char>(head[5]) << 8;
     if (length == 0 || length >= 64 || head.size() < 6 + length) return "";
     const std::string name = head.substr(6, length);
@@ -121,8 +126,8 @@ CVemBaseNode* ReadObject(const std::string& path, std::string& recordClass, u64&
 
 std::string SettingHint(bool nowOn, const std::string& file) {
     const char* other = nowOn ? "off" : "on";
-    return std::string("it was written with the statement model switched ") + other + " and reads with --evem " + other +
-           "\n  try: vemtool --evem " + other + " " + State().command + " " + file;
+    return std::string("it was written with the statement model switched ") + other + " and reads with --evem " +
+           other + "\n  try: vemtool --evem " + other + " " + State().command + " " + file;
 }
 
 // Does the file load with the other statement-model setting? The setting is put back after.
@@ -147,16 +152,16 @@ std::string Where(const std::string& file, u64 offset, const char* recordClass) 
 }  // namespace
 
 const char* ArchiveCauseName(int cause) {
-    static const char* const kNames[] = {"none", "generic", "read only", "end of file", "write only",
+    static const char* const kNames[] = {"none",      "generic",   "read only",  "end of file", "write only",
                                          "bad index", "bad class", "bad schema", "buffer full"};
     return cause >= 0 && cause <= 8 ? kNames[cause] : "unknown";
 }
 
 const char* FileCauseName(int cause) {
-    static const char* const kNames[] = {"none", "generic", "file not found", "bad path", "too many open files",
-                                         "access denied", "invalid file", "remove current directory",
-                                         "directory full", "bad seek", "hard I/O", "sharing violation",
-                                         "lock violation", "disk full", "end of file"};
+    static const char* const kNames[] = {
+        "none",          "generic",           "file not found",           "bad path",       "too many open files",
+        "access denied", "invalid file",      "remove current directory", "directory full", "bad seek",
+        "hard I/O",      "sharing violation", "lock violation",           "disk full",      "end of file"};
     return cause >= 0 && cause <= 14 ? kNames[cause] : "unknown";
 }
 
@@ -179,16 +184,19 @@ std::string Diagnose(const std::string& file, const tVemLoadReport& report, bool
     if (asObject && HasStamp(head)) {
         const unsigned type = static_cast<unsigned char>(head[0]) | static_cast<unsigned char>(head[1]) << 8;
         return file + ": a node file (root of type " + std::to_string(type) + " " + NodeTypeName(type) +
-               ", version stamp at byte 2), not a task file\n  try: vemtool " + cmd + " " + file + " (without --object)";
+               ", version stamp at byte 2), not a task file\n  try: vemtool " + cmd + " " + file +
+               " (without --object)";
     }
     if (asObject && objectClass.empty()) {
-        return file + ": not a task file: no object of a new class at byte 0; found instead " + Shown(head.substr(0, 24));
+        return file + ": not a task file: no object of a new class at byte 0; found instead " +
+               Shown(head.substr(0, 24));
     }
     if (!asObject && !HasStamp(head)) {
         const std::string found = head.size() > kStampAt ? head.substr(kStampAt, kStampLength) : std::string();
         if (found.compare(0, kStampPrefix, kStamp, kStampPrefix) == 0) {
             return file + ": another version stamp: \"" + found.substr(0, found.find('\0')) +
-                   "\" at byte 2, this library reads \"" + kStamp + "\"\n  the file comes from another compiler version: rebuild the project";
+                   "\" at byte 2, this library reads \"" + kStamp +
+                   "\"\n  the file comes from another compiler version: rebuild the project";
         }
         return file + ": not a node file: no version stamp \"" + kStamp + "\" at byte 2; found instead " +
                Shown(found.empty() ? head : found);
@@ -206,9 +214,11 @@ std::string Diagnose(const std::string& file, const tVemLoadReport& report, bool
     text += endOfFile ? "truncated node file: it ends " : "corrupt node file: the load stopped ";
     text += Where(path, report.Offset, report.RecordClass);
     if (report.Failure == tVemLoadReport::kArchiveException) {
-        text += "\n  cause: archive exception, " + std::string(ArchiveCauseName(report.Cause)) + " (" + std::to_string(report.Cause) + ")";
+        text += "\n  cause: archive exception, " + std::string(ArchiveCauseName(report.Cause)) + " (" +
+                std::to_string(report.Cause) + ")";
     } else if (report.Failure == tVemLoadReport::kFileException) {
-        text += "\n  cause: file exception, " + std::string(FileCauseName(report.Cause)) + " (" + std::to_string(report.Cause) + ")";
+        text += "\n  cause: file exception, " + std::string(FileCauseName(report.Cause)) + " (" +
+                std::to_string(report.Cause) + ")";
     } else if (report.Failure == tVemLoadReport::kMemory) {
         text += "\n  cause: memory exception";
     } else {

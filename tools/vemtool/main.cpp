@@ -18,7 +18,8 @@ const std::vector<OptionSpec> kGlobalOptions = {
 
 const std::vector<OptionSpec> kLoadOptions = {
     {"--object", nullptr, nullptr, "FILE is a task file (one compiled task stored as an object), not a node file"},
-    {"--task-dir", nullptr, "DIR", "look for task files that do not open by their stored names also in DIR (repeatable)"},
+    {"--task-dir", nullptr, "DIR",
+     "look for task files that do not open by their stored names also in DIR (repeatable)"},
     {"--no-search", nullptr, nullptr, "open task files by their stored names only, not beside the node file"},
     {"--partial", nullptr, nullptr, "go on with a tree whose tasks did not all come back from their files"},
 };
@@ -26,7 +27,8 @@ const std::vector<OptionSpec> kLoadOptions = {
 namespace {
 
 const std::vector<Command> kCommands = {
-    {"demo", "[DIR] [--tasks N] [--units N] [--vars N]",
+    {"demo",
+     "[DIR] [--tasks N] [--units N] [--vars N]",
      "build a sample resource, write it, load it back, check and ask it",
      "Builds the resource LINE1 of a packaging line as the compiler would (tasks FAST, SLOW, TASK3,\n"
      "...; a global task with a function; debounce function blocks with instances; structures,\n"
@@ -37,11 +39,18 @@ const std::vector<Command> kCommands = {
      {{"--tasks", nullptr, "N", "tasks, 1 to 100 (default 2)"},
       {"--units", nullptr, "N", "function block instances per task, 0 to 100 (default 1)"},
       {"--vars", nullptr, "N", "extra INT variables per task, 0 to 5000 (default 4)"}},
-     false, CmdDemo},
-    {"dump", "FILE [-o OUT]", "the library's node dump of a node file",
+     false,
+     CmdDemo},
+    {"dump",
+     "FILE [-o OUT]",
+     "the library's node dump of a node file",
      "Writes the library's diagnostic dump of the tree of FILE.",
-     {{"--output", "-o", "OUT", "write into OUT (- is standard output)"}}, true, CmdDump},
-    {"tree", "FILE [--depth N] [--path PREFIX] | FILE -o OUT.svg [--expand-all]", "the tree as indented text, or as a picture",
+     {{"--output", "-o", "OUT", "write into OUT (- is standard output)"}},
+     true,
+     CmdDump},
+    {"tree",
+     "FILE [--depth N] [--path PREFIX] | FILE -o OUT.svg [--expand-all]",
+     "the tree as indented text, or as a picture",
      "Prints the tree of FILE, one node a line, indented by level: node text, node type, data type,\n"
      "segment:offset and absolute address in hex, size. With -o paints the tree view into an SVG\n"
      "picture instead.",
@@ -49,15 +58,20 @@ const std::vector<Command> kCommands = {
       {"--path", nullptr, "PREFIX", "only the subtree of the node with that path (TASK.VAR, any case)"},
       {"--output", "-o", "OUT.svg", "paint the tree view into OUT.svg"},
       {"--expand-all", nullptr, nullptr, "with -o: paint every node expanded"}},
-     true, CmdTree},
-    {"segments", "FILE [--task NAME] [--hex N]", "the segment tables, and a segment's bytes",
+     true,
+     CmdTree},
+    {"segments",
+     "FILE [--task NAME] [--hex N]",
+     "the segment tables, and a segment's bytes",
      "Lists the segment table of the executable node and of every compiled task: number, kind,\n"
      "length, ByteSize, byte order, layout, checksum. --hex shows the bytes of one segment in the\n"
      "target's order.",
      {{"--task", nullptr, "NAME", "only the table of that compiled task (RESOURCE for the executable node)"},
       {"--hex", nullptr, "N", "the bytes of segment N of that table"}},
-     true, CmdSegments},
-    {"query", "FILE --addr PATH... | --lines UNIT | --xref PATH [--mask rwc] | --at ADDR... | --pc UNIT:OFFSET",
+     true,
+     CmdSegments},
+    {"query",
+     "FILE --addr PATH... | --lines UNIT | --xref PATH [--mask rwc] | --at ADDR... | --pc UNIT:OFFSET",
      "addresses, line maps, cross references; the variable at an address, the line of a code offset",
      "--addr PATH: the absolute address of a variable: TASK.VAR, TASK.FB.VAR, array elements\n"
      "TASK.A[2] or TASK.M[1,3], structure and instance members TASK.S.M, in any case.\n"
@@ -77,40 +91,59 @@ const std::vector<Command> kCommands = {
       {"--task", nullptr, "NAME", "with --at or --pc: only that compiled task"},
       {"--dec", nullptr, nullptr, "addresses and offsets in decimal (default hex)"},
       {"--json", nullptr, nullptr, "the answer as JSON"}},
-     true, CmdQuery},
-    {"export", "FILE --json [--compact] [-o OUT]", "the whole tree with every stored field as JSON",
+     true,
+     CmdQuery},
+    {"export",
+     "FILE --json [--compact] [-o OUT]",
+     "the whole tree with every stored field as JSON",
      "Writes the tree of FILE with every field its records store, the statement model included, as\n"
      "JSON of the schema \"vem32/1\" (docs/vemtool-json.schema.json): numbers of enumerations\n"
      "with their names beside, absolute addresses beside stored offsets, byte arrays in hex.",
      {{"--json", nullptr, nullptr, "JSON output (the only form so far)"},
       {"--compact", nullptr, nullptr, "no indentation, one line"},
       {"--output", "-o", "OUT", "write into OUT (- is standard output)"}},
-     true, CmdExport},
-    {"html", "FILE -o OUT.html", "the tree, search and details as one page for a browser",
+     true,
+     CmdExport},
+    {"html",
+     "FILE -o OUT.html",
+     "the tree, search and details as one page for a browser",
      "Writes one self-contained page that shows the tree of FILE with the library's node texts\n"
      "and pictures, a search by path (TASK.VAR) or by address (123, 0x7B, TASK:123), and the\n"
      "details of the selected node: a variable's layout, a unit's segments as hexadecimal,\n"
      "its line map and the cross reference of its variables. The page needs no network. A file\n"
      "that does not load gives what check gives.",
-     {{"--output", "-o", "OUT.html", "write the page into OUT.html"}}, true, CmdHtml},
-    {"diff", "OLD NEW [--json]", "what changed between two compile results; exit 1 if anything did",
+     {{"--output", "-o", "OUT.html", "write the page into OUT.html"}},
+     true,
+     CmdHtml},
+    {"diff",
+     "OLD NEW [--json]",
+     "what changed between two compile results; exit 1 if anything did",
      "Compares two node files of a resource, each with its task files: per task the variables\n"
      "added, removed, moved, resized or retyped, the units whose code changed, the segment\n"
      "tables and the device settings, and says whether a controller running OLD keeps its data\n"
      "when NEW replaces it. Exit 0 when equal, 1 when they differ, 2 on bad usage or a failed load.",
-     {{"--json", nullptr, nullptr, "the answer as JSON"}}, true, CmdDiff},
-    {"check", "FILE", "load a node file and its task files; say what failed and where",
+     {{"--json", nullptr, nullptr, "the answer as JSON"}},
+     true,
+     CmdDiff},
+    {"check",
+     "FILE",
+     "load a node file and its task files; say what failed and where",
      "Loads FILE and the task files it names. On failure says on standard error what the file is,\n"
      "which record and at which byte offset the load stopped, and why; exit code 1. Task files\n"
      "whose stored names do not open here are looked for by name beside the node file and in each\n"
      "--task-dir DIR; a tree with tasks left out fails unless --partial is given.",
-     {}, true, CmdCheck},
-    {"header", "SRCFILE [--get KEY | --set KEY=VALUE | --unit]", "the key block of a source file",
+     {},
+     true,
+     CmdCheck},
+    {"header",
+     "SRCFILE [--get KEY | --set KEY=VALUE | --unit]",
+     "the key block of a source file",
      "Reads or changes one key of the block at the top of a source file, or names its unit.",
      {{"--get", nullptr, "KEY", "print the value of KEY"},
       {"--set", nullptr, "KEY=VALUE", "change the value of KEY"},
       {"--unit", nullptr, nullptr, "print the kind and name of the unit"}},
-     false, CmdHeader},
+     false,
+     CmdHeader},
 };
 
 const Command* Find(const std::string& name) {
@@ -135,10 +168,11 @@ void GlobalHelp(std::FILE* f) {
     PrintOptions(f, kGlobalOptions);
     std::fputs("\noptions of the commands that read a node file:\n", f);
     PrintOptions(f, kLoadOptions);
-    std::fputs("\nFILE may be - for standard input, OUT - for standard output. --opt=value and --opt value\n"
-               "are the same; -- ends the options. Results go to standard output, diagnostics to standard\n"
-               "error. Exit codes: 0 done, 1 failed (load, query, write), 2 bad usage.\n",
-               f);
+    std::fputs(
+        "\nFILE may be - for standard input, OUT - for standard output. --opt=value and --opt value\n"
+        "are the same; -- ends the options. Results go to standard output, diagnostics to standard\n"
+        "error. Exit codes: 0 done, 1 failed (load, query, write), 2 bad usage.\n",
+        f);
 }
 
 void CommandHelp(const Command& c) {
@@ -211,7 +245,8 @@ int Main(std::vector<std::string> args) {
     while (at < args.size() && args[at].size() > 1 && args[at][0] == '-' && args[at] != "--") {
         leading.push_back(args[at]);
         const OptionSpec* spec = Lookup({&kGlobalOptions, &kLoadOptions}, args[at].substr(0, args[at].find('=')));
-        if (spec && spec->value && args[at].find('=') == std::string::npos && at + 1 < args.size()) leading.push_back(args[++at]);
+        if (spec && spec->value && args[at].find('=') == std::string::npos && at + 1 < args.size())
+            leading.push_back(args[++at]);
         ++at;
     }
     Options global;
@@ -242,11 +277,13 @@ int Main(std::vector<std::string> args) {
     }
     State().command = command->name;
     for (const OptionSpec& o : kLoadOptions) {
-        if (!command->loadsNodeFile && global.Has(o.name)) return Usage(std::string(o.name) + " is for a command that loads a node file");
+        if (!command->loadsNodeFile && global.Has(o.name))
+            return Usage(std::string(o.name) + " is for a command that loads a node file");
     }
     Options options = global;
     const std::vector<OptionSpec> none;
-    if (std::string error = Parse(rest, {&kGlobalOptions, command->loadsNodeFile ? &kLoadOptions : &none, &command->options}, options);
+    if (std::string error =
+            Parse(rest, {&kGlobalOptions, command->loadsNodeFile ? &kLoadOptions : &none, &command->options}, options);
         !error.empty()) {
         return Usage(error);
     }

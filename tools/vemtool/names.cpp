@@ -132,7 +132,8 @@ const char* AddressModeName(u32 value) {
 const char* StatementTypeName(u32 value) {
     switch (value) {
 #define EVEM_NODE_TYPE(number, enumerator, kind) \
-    case number: return &#enumerator[5];  // without "kEVem"
+    case number:                                 \
+        return &#enumerator[5];  // without "kEVem"
 #include "vem_evem_types.def"
 #undef EVEM_NODE_TYPE
         default: return "?";

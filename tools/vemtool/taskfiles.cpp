@@ -32,8 +32,9 @@ CVemBaseNode* LoadReportingTasks(const std::string& path, const std::string& fil
         for (int j = 0; j < task.TriedCount; ++j) std::fprintf(stderr, "vemtool:   tried %s\n", task.Tried[j]);
     }
     if (missing > 0) {
-        std::fprintf(stderr, "vemtool: %s: %d task(s) left out, the tree is not whole%s\n", file.c_str(), missing,
-                     goingOn ? " (going on)" : "; --task-dir DIR says where the files are, --partial goes on without them");
+        std::fprintf(
+            stderr, "vemtool: %s: %d task(s) left out, the tree is not whole%s\n", file.c_str(), missing,
+            goingOn ? " (going on)" : "; --task-dir DIR says where the files are, --partial goes on without them");
     }
     VemFreeTaskReport(&tasks);
     return root;

@@ -12,7 +12,7 @@ namespace vemtool {
 // Loads like VemLoadNodeReport and prints each task that the load left out on standard error,
 // with the names tried, under the name `shown`; `missing` is their number. `goingOn` says whether
 // the caller keeps such a tree.
-CVemBaseNode* LoadReportingTasks(const std::string& path, const std::string& shown, tVemLoadReport& report, int& missing,
-                                 bool goingOn);
+CVemBaseNode* LoadReportingTasks(const std::string& path, const std::string& shown, tVemLoadReport& report,
+                                 int& missing, bool goingOn);
 
 }  // namespace vemtool

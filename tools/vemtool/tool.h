@@ -55,13 +55,13 @@ extern const std::vector<OptionSpec> kLoadOptions;
 // The state of one run of the tool.
 struct Run {
     bool quiet = false;
-    bool evem = true;        // the statement-model setting the files are read with
-    bool progress = false;   // standard error is a terminal and -q was not given
-    std::string command;     // the command being run, for messages
+    bool evem = true;       // the statement-model setting the files are read with
+    bool progress = false;  // standard error is a terminal and -q was not given
+    std::string command;    // the command being run, for messages
 };
 Run& State();
 
-int Usage(const std::string& text);  // prints to stderr, gives kUsage
+int Usage(const std::string& text);                                         // prints to stderr, gives kUsage
 void Error(const char* format, ...) __attribute__((format(printf, 1, 2)));  // "vemtool: ..." on stderr
 
 // Where results go: standard output, or the file of -o. A write error (full disk, closed pipe)
