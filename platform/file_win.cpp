@@ -13,6 +13,7 @@
 #include <string>
 
 #include "platform/file.h"
+#include "platform/filefault.h"
 
 namespace {
 
@@ -106,6 +107,10 @@ bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error
     SECURITY_ATTRIBUTES notInherited{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
     // A directory cannot be opened this way: it fails with access denied, as a file opened for
     // bytes should.
+    if (VemFileFaultStrikes(VemFileOp::open)) {
+        if (error) *error = ErrorOf(ERROR_WRITE_FAULT, fileName);
+        return false;
+    }
     HANDLE h = CreateFileA(VemHostPath(fileName), access, kShareAll, &notInherited, disposition, FILE_ATTRIBUTE_NORMAL,
                            nullptr);
     if (h == INVALID_HANDLE_VALUE) {
@@ -131,6 +136,7 @@ unsigned CFile::Read(void* buffer, unsigned count) {
     while (total < count) {
         OVERLAPPED at = At(m_pos);
         DWORD n = 0;
+        if (VemFileFaultStrikes(VemFileOp::read)) throw ErrorOf(ERROR_READ_FAULT, m_strFileName);
         if (!ReadFile(HandleOf(m_fd), out + total, count - total, &n, &at)) {
             if (GetLastError() == ERROR_HANDLE_EOF) break;
             ThrowLastError(m_strFileName);
@@ -149,6 +155,7 @@ void CFile::Write(const void* buffer, unsigned count) {
     while (total < count) {
         OVERLAPPED at = At(m_pos);
         DWORD n = 0;
+        if (VemFileFaultStrikes(VemFileOp::write)) throw ErrorOf(ERROR_WRITE_FAULT, m_strFileName);
         if (!WriteFile(HandleOf(m_fd), in + total, count - total, &n, &at)) ThrowLastError(m_strFileName);
         if (n == 0) VemThrowFile(CFileException::diskFull, m_strFileName);
         total += n;
@@ -185,6 +192,7 @@ void CFile::SetLength(u64 newLength) {
 
 // A handle opened for reading has nothing to flush, and Windows refuses to flush it.
 void CFile::Flush() {
+    if (m_fd >= 0 && VemFileFaultStrikes(VemFileOp::flush)) throw ErrorOf(ERROR_WRITE_FAULT, m_strFileName);
     if (m_fd < 0 || FlushFileBuffers(HandleOf(m_fd))) return;
     const DWORD error = GetLastError();
     if (error != ERROR_ACCESS_DENIED && error != ERROR_INVALID_FUNCTION) throw ErrorOf(error, m_strFileName);
@@ -195,7 +203,8 @@ void CFile::Close() {
     const int fd = m_fd;
     m_fd = -1;
     m_pos = 0;
-    if (m_closeOnDelete && _close(fd) != 0) VemThrowFile(CFileException::OsErrorToCause(errno), m_strFileName, errno);
+    if (m_closeOnDelete && (_close(fd) != 0 || VemFileFaultStrikes(VemFileOp::close)))
+        VemThrowFile(CFileException::OsErrorToCause(errno), m_strFileName, errno);
 }
 
 void CFile::Abort() {
@@ -257,6 +266,7 @@ void CFile::Remove(const char* fileName) {
 
 // Replaces a file of the new name, and returns only when the move is on the disk.
 void CFile::Rename(const char* oldName, const char* newName) {
+    if (VemFileFaultStrikes(VemFileOp::rename)) throw ErrorOf(ERROR_WRITE_FAULT, oldName);
     if (!MoveFileExA(VemHostPath(oldName), VemHostPath(newName), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         ThrowLastError(oldName);
 }
