@@ -153,8 +153,8 @@ const Command* Find(const std::string& name) {
     return nullptr;
 }
 
-void PrintOptions(std::FILE* f, const std::vector<OptionSpec>& specs) {
-    for (const OptionSpec& o : specs) {
+void PrintOptions(std::FILE* f, const std::vector<OptionSpec>& entries) {
+    for (const OptionSpec& o : entries) {
         std::string left = std::string(o.shortName ? o.shortName : "") + (o.shortName ? ", " : "    ") + o.name;
         if (o.value) left += std::string(" ") + o.value;
         std::fprintf(f, "  %-22s %s\n", left.c_str(), o.help);
@@ -215,10 +215,10 @@ std::string Parse(const std::vector<std::string>& args, const std::vector<const 
         }
         const std::size_t eq = a.rfind("--", 0) == 0 ? a.find('=') : std::string::npos;
         const std::string name = a.substr(0, eq);
-        const OptionSpec* spec = Lookup(tables, name);
-        if (!spec) return "unknown option " + name;
-        std::vector<std::string>& values = out.values_[spec->name];
-        if (!spec->value) {
+        const OptionSpec* entry = Lookup(tables, name);
+        if (!entry) return "unknown option " + name;
+        std::vector<std::string>& values = out.values_[entry->name];
+        if (!entry->value) {
             if (eq != std::string::npos) return name + " takes no value";
             values.emplace_back();
         } else if (eq != std::string::npos) {
@@ -226,7 +226,7 @@ std::string Parse(const std::vector<std::string>& args, const std::vector<const 
         } else if (i + 1 < args.size()) {
             values.push_back(args[++i]);
         } else {
-            return name + " needs a value " + spec->value;
+            return name + " needs a value " + entry->value;
         }
     }
     return "";
@@ -244,8 +244,8 @@ int Main(std::vector<std::string> args) {
     std::vector<std::string> leading;
     while (at < args.size() && args[at].size() > 1 && args[at][0] == '-' && args[at] != "--") {
         leading.push_back(args[at]);
-        const OptionSpec* spec = Lookup({&kGlobalOptions, &kLoadOptions}, args[at].substr(0, args[at].find('=')));
-        if (spec && spec->value && args[at].find('=') == std::string::npos && at + 1 < args.size())
+        const OptionSpec* entry = Lookup({&kGlobalOptions, &kLoadOptions}, args[at].substr(0, args[at].find('=')));
+        if (entry && entry->value && args[at].find('=') == std::string::npos && at + 1 < args.size())
             leading.push_back(args[++at]);
         ++at;
     }
