@@ -127,7 +127,8 @@ public:
                     const auto colon = name.find(':');
                     if (colon != std::string::npos && colon > 0) name.resize(colon);
                     NoteUnit(look);
-                    Walk(look, Upper(prefix + "." + name), depth + 1);
+                    name.insert(0, ".").insert(0, prefix);
+                    Walk(look, Upper(name), depth + 1);
                     break;
                 }
                 case kVemStructNode: {

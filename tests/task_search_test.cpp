@@ -262,7 +262,8 @@ TEST_F(TaskSearch, TheReportListsEveryTaskLeftOut) {
     WriteContainer(dir_.file("R.vem"), {{"T5", "C:\\A\\T5.TSK"}});
     Loaded loaded(dir_.file("R.vem"));
     ASSERT_EQ(loaded.report.Count, 1);
-    EXPECT_EQ(loaded.Tried(0), (std::vector<std::string>{"/A/T5.TSK", dir_.file("T5.TSK"), dir_.file("none/T5.TSK")}));
+    EXPECT_EQ(loaded.Tried(0), (std::vector<std::string>{VemHostPath("C:\\A\\T5.TSK").str(), dir_.file("T5.TSK"),
+                                                         dir_.file("none/T5.TSK")}));
     // A failed load lists nothing; the report is freed all the same.
     Loaded failed(dir_.file("missing.vem"));
     EXPECT_EQ(failed.root, nullptr);
@@ -271,6 +272,9 @@ TEST_F(TaskSearch, TheReportListsEveryTaskLeftOut) {
 
 // Names that are no task file stop the reading as before, also once searched for, and never hang.
 TEST_F(TaskSearch, BadNamesStopTheReading) {
+#ifdef _WIN32
+    GTEST_SKIP() << "Windows makes no pipe in a directory";
+#else
     fs::create_directory(dir_.file("n"));
     fs::create_directory(dir_.file("n/D.tsk"));
     fs::create_directory(dir_.file("s"));
@@ -294,6 +298,7 @@ TEST_F(TaskSearch, BadNamesStopTheReading) {
         ASSERT_EQ(loaded.report.Count, 1);
         EXPECT_EQ(loaded.report.Tasks[0].Reason, reason);
     }
+#endif
 }
 
 // Two names that lead to one file: the file is read once in a load, so the load fails as it does
