@@ -1,5 +1,6 @@
 // Code offset to statement: per unit of an executable node the statements sorted by code offset.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -37,9 +38,9 @@ char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a'
 struct NoCaseHash {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const {
-        std::size_t h = 14695981039346656037ull;
+        std::uint64_t h = 14695981039346656037ull;
         for (char c : text) h = (h ^ static_cast<unsigned char>(UpperChar(c))) * 1099511628211ull;
-        return h;
+        return static_cast<std::size_t>(h);
     }
 };
 struct NoCaseEqual {
