@@ -101,7 +101,9 @@ void NodeSeeds() {
         [](CVemBaseNode* exe) { return vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem"); });
     PutResource(
         "demo", [] { return vemtool::BuildDemo(vemtool::DemoShape{}); },
-        [](CVemBaseNode* exe) { return vemtool::WriteDemo(exe, vemfuzz::kTaskDirectory, "demo.vem"); });
+        [](CVemBaseNode* exe) {
+            return vemtool::WriteDemo(exe, vemfuzz::kTaskDirectory, "demo.vem", vemtool::DemoShape{});
+        });
     // Every class alone, as a root with one child, and in object form.
     const int types[] = {1, 2, 3, 4, 5, 6, 10, 11, 12, 13, 14, 15, 16, 17, 18};
     for (const int type : types) {

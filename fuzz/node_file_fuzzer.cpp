@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     if (!vembuild::WriteResource(exe, vemfuzz::kTaskDirectory, "resource.vem")) std::abort();
     VemDeleteNode(exe);
     CVemBaseNode* demo = vemtool::BuildDemo(vemtool::DemoShape{});
-    if (!vemtool::WriteDemo(demo, vemfuzz::kTaskDirectory, "demo.vem")) std::abort();
+    if (!vemtool::WriteDemo(demo, vemfuzz::kTaskDirectory, "demo.vem", vemtool::DemoShape{})) std::abort();
     VemDeleteNode(demo);
     return 0;
 }
