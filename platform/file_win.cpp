@@ -163,19 +163,6 @@ void CFile::Write(const void* buffer, unsigned count) {
     }
 }
 
-u64 CFile::Seek(i64 offset, unsigned from) {
-    if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
-    i64 base = 0;
-    if (from == current) base = static_cast<i64>(m_pos);
-    if (from == end) base = static_cast<i64>(CFile::GetLength());  // the raw length, whatever a subclass reports
-    const i64 target = base + offset;
-    if (target < 0) VemThrowFile(CFileException::badSeek, m_strFileName);
-    m_pos = static_cast<u64>(target);
-    return m_pos;
-}
-
-u64 CFile::GetPosition() const { return m_pos; }
-
 u64 CFile::GetLength() const {
     if (m_fd < 0) VemThrowFile(CFileException::invalidFile, m_strFileName);
     LARGE_INTEGER size{};
