@@ -22,10 +22,9 @@ std::string Upper(std::string text) {
 }
 
 // The path map cuts a prefix before its first blank past the first character.
-std::string CutAtBlank(std::string path) {
+void CutAtBlank(std::string& path) {
     const auto blank = path.find(' ');
     if (blank != std::string::npos && blank > 0) path.resize(blank);
-    return path;
 }
 
 u32 RoundUp(u32 value, u32 to) { return to > 1 && value % to ? value + to - value % to : value; }
@@ -64,7 +63,9 @@ void AppendElementSuffix(std::string& to, const CString& arrayName, const CStrin
             return;
         }
     }
-    to += "[" + std::to_string(ordinal) + "]";
+    to.push_back('[');
+    to.append(std::to_string(ordinal));
+    to.push_back(']');
 }
 
 // A key that is the item's own name.
@@ -112,7 +113,7 @@ public:
     // The children of a node by the rules of the path map.
     void Walk(CVemBaseNode* parent, std::string prefix, int depth) {
         if (depth > kMaxDepth) return;
-        prefix = CutAtBlank(std::move(prefix));
+        CutAtBlank(prefix);
         for (POSITION pos = parent->Children.GetHeadPosition(); pos;) {
             CVemBaseNode* look = parent->ChildAt(pos);
             if (look->GetNodeType() == kVemFbInstanceNode && look->IsReference()) {
@@ -127,8 +128,10 @@ public:
                     const auto colon = name.find(':');
                     if (colon != std::string::npos && colon > 0) name.resize(colon);
                     NoteUnit(look);
-                    name.insert(0, ".").insert(0, prefix);
-                    Walk(look, Upper(name), depth + 1);
+                    std::string full;
+                    full.reserve(prefix.size() + 1 + name.size());
+                    full.append(prefix).append(1, '.').append(name);
+                    Walk(look, Upper(std::move(full)), depth + 1);
                     break;
                 }
                 case kVemStructNode: {

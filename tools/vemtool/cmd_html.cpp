@@ -504,7 +504,9 @@ void Page::Pictures() {
             if (uri.empty()) continue;
             if (!first) out_.Raw(',');
             first = false;
-            out_.Str((icon ? "i" : "b") + std::to_string(id));
+            std::string key(1, icon ? 'i' : 'b');
+            key.append(std::to_string(id));
+            out_.Str(key);
             out_.Raw(':');
             out_.Str(uri);
         }

@@ -137,7 +137,10 @@ CVemBaseNode* ChildNamed(CVemBaseNode* node, const std::string& name, bool last)
 
 std::string IndexText(const std::vector<long>& indices) {
     std::string text = "[";
-    for (std::size_t i = 0; i < indices.size(); ++i) text += (i ? "," : "") + std::to_string(indices[i]);
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        if (i) text.push_back(',');
+        text.append(std::to_string(indices[i]));
+    }
     return text + "]";
 }
 
