@@ -13,7 +13,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "tool.h"
+#include "model.h"
 
 namespace vemtool {
 
@@ -23,11 +23,6 @@ extern const unsigned char kHtmlPageCss[];
 extern const unsigned char kHtmlPageJs[];
 
 namespace {
-
-bool IsVariable(u32 t) {
-    return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode;
-}
-bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 std::string Upper(std::string s) {
@@ -207,11 +202,14 @@ std::string PictureUri(bool icon, unsigned id) {
     return Png::DataUri(width, height, rgba);
 }
 
-// --- The model of the page.
+// --- The page's data: the compile result's model written column-wise, and what the page derives from
+// the library beside it (path maps, the address index's answers, line maps, cross reference).
 class Page {
 public:
-    explicit Page(CVemBaseNode* root, const std::string& file) : root_(root), file_(file) {}
+    Page(CVemBaseNode* root, const std::string& file) : root_(root), file_(file), model_(root) {}
     std::string Data();
+    std::string AddressData();
+    std::size_t Size() const { return model_.Nodes().size(); }
 
 private:
     void Nodes();
@@ -223,42 +221,36 @@ private:
 
     CVemBaseNode* root_;
     std::string file_;
+    Model model_;
     Strings strings_;
     Out out_;
-    std::vector<CVemBaseNode*> nodes_;
-    std::unordered_map<CVemBaseNode*, long long> index_;
     std::set<unsigned> icons_{102, 113}, bitmaps_{156, 157, 158};
 };
 
 void Page::Nodes() {
-    nodes_ = Subtree(root_);
-    for (std::size_t i = 0; i < nodes_.size(); ++i) index_.emplace(nodes_[i], static_cast<long long>(i));
     std::map<std::vector<long long>, long long> kinds, attrs;
     std::vector<long long> kind, name, text, children, open, attr, offset;
-    for (CVemBaseNode* n : nodes_) {
-        const u32 type = VemGetNodeType(n);
-        const unsigned icon = n->GetIconID(), bitmap = VemGetBitmapID(n);
-        icons_.insert(icon);
-        bitmaps_.insert(bitmap ? bitmap : 158);
-        const std::vector<long long> k{type, icon, bitmap, strings_.Id(n->GetRuntimeClass()->m_lpszClassName)};
+    for (const ModelNode& n : model_.Nodes()) {
+        icons_.insert(n.icon);
+        bitmaps_.insert(n.bitmap ? n.bitmap : 158);
+        const std::vector<long long> k{n.type, n.icon, n.bitmap, strings_.Id(n.className)};
         kind.push_back(kinds.emplace(k, static_cast<long long>(kinds.size())).first->second);
-        const std::string bare = VemGetName(n).str();
-        const std::string shown = VemGetNodeText(n).str();
+        const std::string bare = n.name.str();
+        const std::string shown = n.text.str();
         name.push_back(strings_.Id(bare));
-        children.push_back(VemGetChildList(n)->GetCount());
-        open.push_back(n->Expanded ? 1 : 0);
+        children.push_back(n.children);
+        open.push_back(n.expanded ? 1 : 0);
         std::string derived = bare;
-        if (IsVariable(type)) {
-            const std::string typeName = VemGetTypeName(n).str();
+        if (const VariableRecord* v = n.variable ? &*n.variable : nullptr) {
+            const std::string typeName = v->declaredType.str();
             if (!typeName.empty()) derived += " : " + typeName;
-            const long long flags = (VemIsReference(n) ? 1 : 0) | (VemIsNetVar(n) ? 2 : 0) |
-                                    (VemGetVarInOut(n) ? 4 : 0) | (VemCanVariableBeWatched(n) ? 8 : 0);
-            const std::vector<long long> a{
-                strings_.Id(typeName), VemGetSize(n),          VemGetVariableType(n),   VemGetScope(n),
-                VemGetVarQualifier(n), VemGetParentSegment(n), VemGetSubSegmentKind(n), flags,
-                VemGetProgramNr(n)};
+            const long long flags =
+                (v->reference ? 1 : 0) | (v->netVar ? 2 : 0) | (v->varInOut ? 4 : 0) | (v->canBeWatched ? 8 : 0);
+            const std::vector<long long> a{strings_.Id(typeName), v->size,          v->variableType,   v->scope,
+                                           v->qualifier,          v->parentSegment, v->subSegmentKind, flags,
+                                           v->programNr};
             attr.push_back(attrs.emplace(a, static_cast<long long>(attrs.size()) + 1).first->second);
-            offset.push_back(VemGetOffset(n));
+            offset.push_back(v->offset);
         } else {
             attr.push_back(0);
             offset.push_back(0);
@@ -320,21 +312,21 @@ void Page::Keys() {
         CObject* value = nullptr;
         for (POSITION pos = map->GetStartPosition(); pos;) {
             map->GetNextAssoc(pos, key, value);
-            const auto found = index_.find(static_cast<CVemBaseNode*>(value));
-            if (found == index_.end()) continue;
+            const int found = model_.IndexOf(static_cast<CVemBaseNode*>(value));
+            if (found < 0) continue;
             const std::string k = key.str();
             const std::size_t dot = k.rfind('.');
             const std::string head = dot == std::string::npos ? std::string() : k.substr(0, dot);
             const std::string tail = dot == std::string::npos ? k : k.substr(dot + 1);
             const bool plain = tail == Upper(VemGetName(static_cast<CVemBaseNode*>(value)).str());
-            entries.push_back({VemGetAbsoluteVariableOffset(task, key), found->second,
+            entries.push_back({VemGetAbsoluteVariableOffset(task, key), found,
                                dot == std::string::npos ? 0 : strings_.Id(head) + 1,
                                plain ? 0 : strings_.Id(tail) + 1});
         }
         std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
             return a.address != b.address ? a.address < b.address : a.node < b.node;
         });
-        tasks.push_back(index_.at(task));
+        tasks.push_back(model_.IndexOf(task));
         tasks.push_back(static_cast<long long>(entries.size()));
         u32 last = 0;
         for (const Entry& e : entries) {
@@ -363,25 +355,26 @@ void Page::Units() {
     Out segs;
     out_.Raw(",\"units\":[");
     bool first = true;
-    for (std::size_t i = 0; i < nodes_.size(); ++i) {
-        CVemBaseNode* n = nodes_[i];
-        const u32 type = VemGetNodeType(n);
-        if (!IsUnit(type)) continue;
+    const std::vector<ModelNode>& nodes = model_.Nodes();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        const UnitRecord* unit = nodes[i].unit ? &*nodes[i].unit : nullptr;
+        if (!unit) continue;
         // The segment numbers count in the table of the nearest compiled task or executable above.
-        CVemBaseNode* owner = n;
-        while (owner && !VemGetSegmentTable(owner)) owner = VemGetParentNode(owner);
-        CSegmentTable* table = owner ? VemGetSegmentTable(owner) : nullptr;
+        const int owner = model_.TableOwner(static_cast<int>(i));
+        const SegmentTableRecord* table =
+            owner < 0 ? nullptr : &*nodes[static_cast<std::size_t>(owner)].compiled->segmentTable;
         out_.Raw(first ? "[" : ",[");
         first = false;
         out_.Num(static_cast<long long>(i));
-        for (const u16 number : {VemGetCodeSegment(n), VemGetDataSegment(n), VemGetIniSegment(n)}) {
+        for (const u16 number : {unit->codeSegment, unit->dataSegment, unit->iniSegment}) {
             out_.Raw(',');
-            CVemByteArray* array = table && number != 0xFFFF ? VemSegTblGetSegment(table, number) : nullptr;
-            if (!array) {
+            const SegmentRecord* segment = table && number != 0xFFFF ? table->Find(number) : nullptr;
+            if (!segment) {
                 out_.Num(-1);
                 continue;
             }
-            const auto key = std::make_pair(index_.at(owner), number);
+            CVemByteArray* array = segment->array;
+            const auto key = std::make_pair(static_cast<long long>(owner), number);
             auto [it, added] = segments.emplace(key, static_cast<long long>(segments.size()));
             if (added) {
                 static const char kHex[] = "0123456789abcdef";
@@ -406,19 +399,19 @@ void Page::Units() {
             out_.Num(it->second);
         }
         out_.Raw(',');
-        out_.Num(strings_.Id(VemGetPathName(n).str()));
+        out_.Num(strings_.Id(unit->path.str()));
         out_.Raw(',');
-        out_.Num(strings_.Id(VemGetCodePathName(n).str()));
+        out_.Num(strings_.Id(unit->codePathName.str()));
         out_.Raw(',');
-        out_.Num(VemGetCheckSum(n));
+        out_.Num(unit->checkSum);
         out_.Raw(',');
-        out_.Num(VemGetDataSegLength(n));
+        out_.Num(unit->dataSegLength);
         out_.Raw(',');
-        out_.Num(VemGetProgramNr(n));
+        out_.Num(unit->programNr);
         out_.Raw(',');
-        out_.Num(VemGetGlobal(n));
+        out_.Num(unit->global);
         out_.Raw(',');
-        out_.Num(VemGetDate(n));
+        out_.Num(unit->date);
         out_.Raw(']');
     }
     out_.Raw("],\"segments\":[");
@@ -477,11 +470,12 @@ void Page::CrossReference() {
                 }
             }
         }
-        for (std::size_t i = 0; i < nodes_.size(); ++i) {
-            if (!named.count(CallName(VemGetNodeText(nodes_[i]).str()))) continue;
+        const std::vector<ModelNode>& nodes = model_.Nodes();
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            if (!named.count(CallName(nodes[i].text.str()))) continue;
             CStringList paths;
             CWordArray lines, kinds;
-            for (CEVemBaseNode* c : codes) EVemCRExecQueryEx(c, nodes_[i], &paths, &lines, &kinds, 7);
+            for (CEVemBaseNode* c : codes) EVemCRExecQueryEx(c, nodes[i].node, &paths, &lines, &kinds, 7);
             int h = 0;
             for (POSITION pos = paths.GetHeadPosition(); pos; ++h) {
                 hits.push_back(static_cast<long long>(i));
