@@ -528,6 +528,125 @@ std::string Page::Data() {
     return std::move(out_.text);
 }
 
+// What the library's address index answers for every address that a compiled task's segments or
+// variables take, as runs of addresses with the same answer. The page then answers a search by
+// address as `query --at` does, without a copy of the index's rules. Addresses outside these
+// intervals are outside every segment and every variable.
+std::string Page::AddressData() {
+    Strings strings;
+    Out out;
+    tVemAddressIndex* index = VemAddrIndexNew(root_);
+    const int taskCount = index ? VemAddrIndexTaskCount(index) : 0;
+    std::vector<long long> tasks, spans, runStart, runLength, runNode, runName, runPath, runInto, runSize, runCover;
+    const std::vector<ModelNode>& nodes = model_.Nodes();
+    for (int t = 0; t < taskCount; ++t) {
+        CVemBaseNode* task = VemAddrIndexGetTask(index, t);
+        const int at = model_.IndexOf(task);
+        // The intervals to ask: the task's segments and its variables.
+        std::vector<std::pair<u64, u64>> ranges;
+        if (at >= 0) {
+            const ModelNode& m = nodes[static_cast<std::size_t>(at)];
+            if (m.compiled && m.compiled->segmentTable) {
+                for (const SegmentRecord& s : m.compiled->segmentTable->segments) {
+                    if (s.number >= 1 && s.absoluteStart)
+                        ranges.emplace_back(*s.absoluteStart, u64{*s.absoluteStart} + VemBaGetLength(s.array));
+                }
+            }
+            for (int i = at; i < at + m.size; ++i) {
+                const ModelNode& n = nodes[static_cast<std::size_t>(i)];
+                if (n.variable && n.variable->address)
+                    ranges.emplace_back(*n.variable->address, u64{*n.variable->address} + n.variable->size);
+            }
+        }
+        std::sort(ranges.begin(), ranges.end());
+        const std::size_t spansBefore = spans.size(), runsBefore = runStart.size();
+        u64 last = 0;  // end of the last run, for the differences
+        struct Span {
+            u32 start = 0, end = 0;
+            u16 segment = 0xFFFF;
+            CVemBaseNode* unit = nullptr;
+            int kind = 0;
+        } span;
+        struct Run {
+            u32 start = 0, end = 0, from = 0, size = 0, cover = 0;
+            CVemBaseNode* node = nullptr;
+            std::string name, path;
+        } run;
+        auto flushSpan = [&] {
+            if (span.end > span.start && span.segment != 0xFFFF) {
+                spans.insert(spans.end(), {span.start, span.end, span.segment,
+                                           span.unit ? strings.Id(VemGetName(span.unit).str()) + 1 : 0, span.kind});
+            }
+            span = Span{};
+        };
+        auto flushRun = [&] {
+            if (run.end > run.start) {
+                runStart.push_back(static_cast<long long>(run.start - last));
+                runLength.push_back(run.end - run.start);
+                const int node = model_.IndexOf(run.node);
+                runNode.push_back(node + 1);
+                runName.push_back(strings.Id(run.name));
+                runPath.push_back(run.path == run.name ? 0 : strings.Id(run.path) + 1);
+                runInto.push_back(run.start - run.from);
+                runSize.push_back(run.size);
+                runCover.push_back(run.cover);
+                last = run.end;
+            }
+            run = Run{};
+        };
+        u64 done = 0;  // addresses below it are asked
+        for (const auto& [from, to] : ranges) {
+            for (u64 a = std::max(from, done); a < to && a <= 0xFFFFFFFFull; ++a) {
+                tVemAddressHit hit{};
+                const u32 address = static_cast<u32>(a);
+                const bool found = VemAddrLookup(index, t, address, &hit) == kVemAddrFound;
+                const u32 spanStart = address - hit.SegmentOffset;
+                if (hit.Segment != span.segment || spanStart != span.start || hit.Unit != span.unit ||
+                    hit.UnitSegment != span.kind || span.end != address) {
+                    flushSpan();
+                    span = Span{spanStart, address, hit.Segment, hit.Unit, hit.UnitSegment};
+                }
+                span.end = address + 1;
+                if (!found) {
+                    flushRun();
+                    continue;
+                }
+                if (hit.Node != run.node || hit.Start != run.from || hit.Size != run.size ||
+                    hit.Covering != run.cover || run.end != address || run.name != hit.Name || run.path != hit.Path) {
+                    flushRun();
+                    run = Run{address, address, hit.Start, hit.Size, hit.Covering, hit.Node, hit.Name, hit.Path};
+                }
+                run.end = address + 1;
+            }
+            done = std::max(done, to);
+        }
+        flushSpan();
+        flushRun();
+        tasks.insert(tasks.end(),
+                     {strings.Id(VemGetName(task).str()), static_cast<long long>(spans.size() - spansBefore) / 5,
+                      static_cast<long long>(runStart.size() - runsBefore)});
+    }
+    VemAddrIndexDelete(index);
+    out.Raw('{');
+    out.Nums("tasks", tasks);
+    out.Raw(',');
+    out.Nums("spans", spans);
+    for (const auto& [key, values] :
+         {std::make_pair("start", &runStart), std::make_pair("length", &runLength), std::make_pair("node", &runNode),
+          std::make_pair("name", &runName), std::make_pair("path", &runPath), std::make_pair("into", &runInto),
+          std::make_pair("size", &runSize), std::make_pair("cover", &runCover)}) {
+        out.Raw(',');
+        out.Nums(key, *values);
+    }
+    out.Raw(",\"strings\":[");
+    for (std::size_t i = 0; i < strings.List().size(); ++i) {
+        if (i) out.Raw(',');
+        out.Str(strings.List()[i]);
+    }
+    out.Raw("]}");
+    return std::move(out.text);
+}
+
 std::string HtmlEscape(const std::string& text) {
     std::string out;
     for (unsigned char c : text) {
@@ -566,7 +685,11 @@ int CmdHtml(const Options& o) {
     page += "</style>\n</head>\n<body>\n";
     page += reinterpret_cast<const char*>(kHtmlPageBody);
     page += "<script type=\"application/json\" id=\"vem-data\">";
-    page += Page(tree.get(), title).Data();
+    Page data(tree.get(), title);
+    page += data.Data();
+    // Read by the page at its first search by address, so that it costs nothing before.
+    page += "</script>\n<script type=\"application/json\" id=\"vem-addr\">";
+    page += data.AddressData();
     page += "</script>\n<script>\n";
     page += reinterpret_cast<const char*>(kHtmlPageJs);
     page += "</script>\n</body></html>\n";
@@ -585,7 +708,7 @@ int CmdHtml(const Options& o) {
         Error("cannot write %s", out.c_str());
         return kFailed;
     }
-    std::printf("%s: %zu nodes, %zu bytes\n", out.c_str(), Subtree(tree.get()).size(), page.size());
+    std::printf("%s: %zu nodes, %zu bytes\n", out.c_str(), data.Size(), page.size());
     return kOk;
 }
 

@@ -109,8 +109,9 @@ std::optional<SegmentTableRecord> ReadSegments(CSegmentTable* table, const CDWor
     return r;
 }
 
-CompiledRecord ReadCompiled(CVemBaseNode* n, u32 type) {
-    CompiledRecord c;
+std::unique_ptr<CompiledRecord> ReadCompiled(CVemBaseNode* n, u32 type) {
+    auto record = std::make_unique<CompiledRecord>();
+    CompiledRecord& c = *record;
     c.segmentTable = ReadSegments(VemGetSegmentTable(n), n->GetAbsOffsets());
     if (const CDWordArray* offsets = n->GetAbsOffsets()) {
         c.absOffsets.emplace();
@@ -138,7 +139,7 @@ CompiledRecord ReadCompiled(CVemBaseNode* n, u32 type) {
         c.datacontFilesProjectName = project ? project : "";
         c.datacontFilesUserLevel = VemGetDatacontFilesUserLevel(n, 0);
     }
-    return c;
+    return record;
 }
 
 }  // namespace
@@ -150,7 +151,6 @@ Model::Model(CVemBaseNode* root, Progress* progress) {
 void Model::Add(CVemBaseNode* n, int parent, Progress* progress) {
     const int at = static_cast<int>(nodes_.size());
     if (progress) progress->Step(nodes_.size() + 1);
-    index_.emplace(n, at);
     const u32 type = VemGetNodeType(n);
     nodes_.push_back(ModelNode{n,
                                type,
@@ -174,11 +174,12 @@ void Model::Add(CVemBaseNode* n, int parent, Progress* progress) {
     {
         ModelNode& m = nodes_.back();
         if (IsVariableType(type)) m.variable = ReadVariable(n);
-        if (type == kVemArrayNode) m.array = ReadArray(n);
-        if (IsUnitType(type)) m.unit = ReadUnit(n);
-        if (type == kVemResourceNode || type == kVemExeNode) m.configName = VemGetConfigName(n);
+        if (type == kVemArrayNode) m.array = std::make_unique<ArrayRecord>(ReadArray(n));
+        if (IsUnitType(type)) m.unit = std::make_unique<UnitRecord>(ReadUnit(n));
+        if (type == kVemResourceNode || type == kVemExeNode)
+            m.configName = std::make_unique<CString>(VemGetConfigName(n));
         if (const CMapStringToString* tasks = VemGetTaskFileMap(n)) {
-            m.tasks.emplace();
+            m.tasks = std::make_unique<std::vector<std::pair<CString, CString>>>();
             CString key, file;
             for (POSITION pos = tasks->GetStartPosition(); pos;) {
                 tasks->GetNextAssoc(pos, key, file);
@@ -197,6 +198,10 @@ void Model::Add(CVemBaseNode* n, int parent, Progress* progress) {
 }
 
 int Model::IndexOf(CVemBaseNode* node) const {
+    if (index_.empty()) {
+        index_.reserve(nodes_.size());
+        for (std::size_t i = 0; i < nodes_.size(); ++i) index_.emplace(nodes_[i].node, static_cast<int>(i));
+    }
     const auto found = index_.find(node);
     return found == index_.end() ? -1 : found->second;
 }

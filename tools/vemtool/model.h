@@ -122,11 +122,12 @@ struct ModelNode {
     int children;           // count; they follow in pre-order
     int size;               // nodes of the subtree, the node included
     std::optional<VariableRecord> variable;
-    std::optional<ArrayRecord> array;
-    std::optional<UnitRecord> unit;
-    std::optional<CString> configName;
-    std::optional<std::vector<std::pair<CString, CString>>> tasks;  // task name and its file
-    std::optional<CompiledRecord> compiled;
+    // What fewer nodes have stands apart, so that a node of the model stays small.
+    std::unique_ptr<ArrayRecord> array;
+    std::unique_ptr<UnitRecord> unit;
+    std::unique_ptr<CString> configName;
+    std::unique_ptr<std::vector<std::pair<CString, CString>>> tasks;  // task name and its file
+    std::unique_ptr<CompiledRecord> compiled;
 };
 
 class Model {
@@ -134,14 +135,14 @@ public:
     // Reads the tree below root; progress (when given) counts the nodes read.
     explicit Model(CVemBaseNode* root, Progress* progress = nullptr);
     const std::vector<ModelNode>& Nodes() const { return nodes_; }
-    int IndexOf(CVemBaseNode* node) const;  // -1 for a node not in the tree
+    int IndexOf(CVemBaseNode* node) const;  // -1 for a node not in the tree (or null)
     // The nearest node at or above `index` that holds a segment table, or -1.
     int TableOwner(int index) const;
 
 private:
     void Add(CVemBaseNode* node, int parent, Progress* progress);
     std::vector<ModelNode> nodes_;
-    std::unordered_map<CVemBaseNode*, int> index_;
+    mutable std::unordered_map<CVemBaseNode*, int> index_;  // made at the first IndexOf
 };
 
 }  // namespace vemtool
