@@ -1,8 +1,9 @@
 // html: a compile result as one self-contained page: the tree, a search by path and by address,
 // and the details of a node, with the data embedded as compact JSON that the page's script reads.
 //
-// The data is column-wise (arrays rather than objects) and every text stands once in a string
-// table; see the description of the format at the top of html/page.js.
+// The data is the model that export writes (model.h), put column-wise (arrays rather than objects)
+// with every text once in a string table; see the description of the format at the top of
+// html/page.js.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -528,6 +529,25 @@ std::string Page::Data() {
     return std::move(out_.text);
 }
 
+// Sorted intervals of both lists, overlapping and touching ones joined.
+std::vector<std::pair<u64, u64>> Merged(std::vector<std::pair<u64, u64>> a, const std::vector<std::pair<u64, u64>>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    std::sort(a.begin(), a.end());
+    std::vector<std::pair<u64, u64>> out;
+    for (const auto& r : a) {
+        if (!out.empty() && r.first <= out.back().second)
+            out.back().second = std::max(out.back().second, r.second);
+        else if (r.second > r.first)
+            out.push_back(r);
+    }
+    return out;
+}
+
+bool Covers(const std::vector<std::pair<u64, u64>>& sorted, u64 a) {
+    const auto after = std::upper_bound(sorted.begin(), sorted.end(), std::make_pair(a, ~u64{0}));
+    return after != sorted.begin() && a < std::prev(after)->second;
+}
+
 // What the library's address index answers for every address that a compiled task's segments or
 // variables take, as runs of addresses with the same answer. The page then answers a search by
 // address as `query --at` does, without a copy of the index's rules. Addresses outside these
@@ -542,8 +562,10 @@ std::string Page::AddressData() {
     for (int t = 0; t < taskCount; ++t) {
         CVemBaseNode* task = VemAddrIndexGetTask(index, t);
         const int at = model_.IndexOf(task);
-        // The intervals to ask: the task's segments and its variables.
-        std::vector<std::pair<u64, u64>> ranges;
+        // The intervals to ask: the task's segments and its variables. Every address inside a
+        // variable is asked; between the ends of segments and variables an address without a
+        // variable answers for all up to the next end.
+        std::vector<std::pair<u64, u64>> ranges, vars;
         if (at >= 0) {
             const ModelNode& m = nodes[static_cast<std::size_t>(at)];
             if (m.compiled && m.compiled->segmentTable) {
@@ -555,10 +577,15 @@ std::string Page::AddressData() {
             for (int i = at; i < at + m.size; ++i) {
                 const ModelNode& n = nodes[static_cast<std::size_t>(i)];
                 if (n.variable && n.variable->address)
-                    ranges.emplace_back(*n.variable->address, u64{*n.variable->address} + n.variable->size);
+                    vars.emplace_back(*n.variable->address, u64{*n.variable->address} + n.variable->size);
             }
         }
-        std::sort(ranges.begin(), ranges.end());
+        std::vector<u64> cuts;
+        for (const auto& [from, to] : ranges) cuts.insert(cuts.end(), {from, to});
+        for (const auto& [from, to] : vars) cuts.insert(cuts.end(), {from, to});
+        std::sort(cuts.begin(), cuts.end());
+        ranges = Merged(ranges, vars);
+        vars = Merged(vars, {});
         const std::size_t spansBefore = spans.size(), runsBefore = runStart.size();
         u64 last = 0;  // end of the last run, for the differences
         struct Span {
@@ -594,19 +621,21 @@ std::string Page::AddressData() {
             }
             run = Run{};
         };
-        u64 done = 0;  // addresses below it are asked
         for (const auto& [from, to] : ranges) {
-            for (u64 a = std::max(from, done); a < to && a <= 0xFFFFFFFFull; ++a) {
+            u64 next = 0;
+            for (u64 a = from; a < to && a <= 0xFFFFFFFFull; a = next) {
                 tVemAddressHit hit{};
                 const u32 address = static_cast<u32>(a);
                 const bool found = VemAddrLookup(index, t, address, &hit) == kVemAddrFound;
+                next = a + 1;
+                if (!found && !Covers(vars, a)) next = std::min(to, *std::upper_bound(cuts.begin(), cuts.end(), a));
                 const u32 spanStart = address - hit.SegmentOffset;
                 if (hit.Segment != span.segment || spanStart != span.start || hit.Unit != span.unit ||
                     hit.UnitSegment != span.kind || span.end != address) {
                     flushSpan();
                     span = Span{spanStart, address, hit.Segment, hit.Unit, hit.UnitSegment};
                 }
-                span.end = address + 1;
+                span.end = static_cast<u32>(next);
                 if (!found) {
                     flushRun();
                     continue;
@@ -618,7 +647,6 @@ std::string Page::AddressData() {
                 }
                 run.end = address + 1;
             }
-            done = std::max(done, to);
         }
         flushSpan();
         flushRun();
