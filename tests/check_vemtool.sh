@@ -155,6 +155,7 @@ t 1 - "cause: archive exception, [a-z ]+ \([0-9]\)" -- "$tool" check badtype.vem
 # ---- 3b. the page for a browser: a file that does not load gives what check gives
 t 0 "page.html: [0-9]+ nodes, [0-9]+ bytes" - -- "$tool" html "$node" -o page.html
 ok "html data" grep -q '<script type="application/json" id="vem-data">{"format":1,' page.html
+ok "html address data" grep -q '<script type="application/json" id="vem-addr">{"tasks":\[' page.html
 "$tool" check cut.vem > check-out.txt 2> check-err.txt
 t 1 - "cut.vem: truncated node file" -- "$tool" html cut.vem -o cut.html
 ok "html of a cut file says what check says" cmp -s err.txt check-err.txt

@@ -2,15 +2,10 @@
 #include <cstdio>
 
 #include "json.h"
-#include "tool.h"
+#include "model.h"
 
 namespace vemtool {
 namespace {
-
-bool IsVariable(u32 t) {
-    return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode;
-}
-bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 void Bytes(Json& j, const char* key, CVemByteArray* array) {
     j.Key(key);
@@ -31,59 +26,32 @@ void Bytes(Json& j, const char* key, CVemByteArray* array) {
     j.EndObject();
 }
 
-void Segments(Json& j, const char* key, CSegmentTable* table, const CDWordArray* absolute = nullptr) {
+void Segments(Json& j, const char* key, const std::optional<SegmentTableRecord>& table) {
     j.Key(key);
     if (!table) {
         j.Null();
         return;
     }
     j.BeginObject();
-    j.Field("pouName", VemSegTblGetPouName(table));
-    j.Field("startSegmentNo", VemSegTblGetStartSegmentNo(table));
-    j.Field("nextSegmentNo", static_cast<u16>(VemSegTblGetMaxSegmentNo(table) + 1));
-    j.Field("noOfSegments", VemSegTblGetNoOfSegments(table));
+    j.Field("pouName", table->pouName);
+    j.Field("startSegmentNo", table->startSegmentNo);
+    j.Field("nextSegmentNo", table->nextSegmentNo);
+    j.Field("noOfSegments", table->noOfSegments);
     j.Key("segments");
     j.BeginArray();
-    for (int n = 0; n < table->GetSize(); ++n) {
-        CVemByteArray* segment = VemSegTblGetSegment(table, static_cast<u16>(n));
-        if (!segment) continue;
+    for (const SegmentRecord& segment : table->segments) {
         j.BeginObject();
-        j.Field("number", n);
+        j.Field("number", segment.number);
         j.Key("absoluteStart");
-        if (absolute && n < absolute->GetSize())
-            j.Unsigned(absolute->GetAt(n));
+        if (segment.absoluteStart)
+            j.Unsigned(*segment.absoluteStart);
         else
             j.Null();
-        Bytes(j, "array", segment);
+        Bytes(j, "array", segment.array);
         j.EndObject();
     }
     j.EndArray();
     j.EndObject();
-}
-
-void AbsOffsets(Json& j, CVemBaseNode* node) {
-    const CDWordArray* offsets = node->GetAbsOffsets();
-    if (!offsets) return;
-    j.Key("absOffsets");
-    j.BeginArray();
-    for (int i = 0; i < offsets->GetSize(); ++i) j.Unsigned(offsets->GetAt(i));
-    j.EndArray();
-}
-
-void DataContainer(Json& j, CVemBaseNode* node) {
-    CStringList files;
-    if (!VemGetContainerFileList(node, &files)) return;
-    j.Key("dataContainer");
-    j.BeginArray();
-    for (POSITION pos = files.GetHeadPosition(); pos;) {
-        const CString key = files.GetNext(pos);
-        j.BeginObject();
-        j.Field("key", key);
-        j.Field("type", VemGetContainerFileType(node, key));
-        j.Field("checkSum", VemGetContainerFileCheckSum(node, key));
-        j.EndObject();
-    }
-    j.EndArray();
 }
 
 void Named(Json& j, const char* key, const char* nameKey, u32 value, const char* name) {
@@ -152,13 +120,10 @@ void Statement(Json& j, CEVemBaseNode* s, int depth) {
     j.EndObject();
 }
 
-void CodeNodes(Json& j, CVemBaseNode* node) {
-    CObList* list = VemGetEvemRootNodeListPtr(node);
-    if (!list) return;
+void CodeNodes(Json& j, const std::vector<CEVemBaseNode*>& codes) {
     j.Key("codeNodes");
     j.BeginArray();
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        auto* code = static_cast<CEVemBaseNode*>(list->GetNext(pos));
+    for (CEVemBaseNode* code : codes) {
         j.BeginObject();
         j.Field("pathName", EVemGetPathName(code));
         Named(j, "pouType", "pouTypeName", EVemGetPouType(code), PouTypeName(EVemGetPouType(code)));
@@ -207,153 +172,153 @@ void DeviceSettings(Json& j, const tVemDeviceSettings& d) {
     j.EndObject();
 }
 
-void VariableFields(Json& j, CVemBaseNode* n) {
-    j.Field("offset", VemGetOffset(n));
-    j.Field("size", VemGetSize(n));
-    j.Field("parentSegment", VemGetParentSegment(n));
-    Named(j, "variableType", "variableTypeName", VemGetVariableType(n), DataTypeName(VemGetVariableType(n)));
-    j.Field("reference", VemIsReference(n));
-    j.Field("netVar", VemIsNetVar(n));
-    j.Field("programNr", VemGetProgramNr(n));
-    j.Field("declaredType", VemGetTypeName(n));
-    j.Field("scope", VemGetScope(n));
-    j.Field("canBeWatched", VemCanVariableBeWatched(n));
-    j.Field("varInOut", VemGetVarInOut(n));
-    Named(j, "subSegmentKind", "subSegmentKindName", VemGetSubSegmentKind(n), SegmentKindName(VemGetSubSegmentKind(n)));
-    j.Field("piLocation", VemGetPiLocation(n));
-    unsigned a = 0, b = 0;
-    VemGetDclPosition(n, a, b);
+void VariableFields(Json& j, const VariableRecord& v) {
+    j.Field("offset", v.offset);
+    j.Field("size", v.size);
+    j.Field("parentSegment", v.parentSegment);
+    Named(j, "variableType", "variableTypeName", v.variableType, DataTypeName(v.variableType));
+    j.Field("reference", v.reference);
+    j.Field("netVar", v.netVar);
+    j.Field("programNr", v.programNr);
+    j.Field("declaredType", v.declaredType);
+    j.Field("scope", v.scope);
+    j.Field("canBeWatched", v.canBeWatched);
+    j.Field("varInOut", v.varInOut);
+    Named(j, "subSegmentKind", "subSegmentKindName", v.subSegmentKind, SegmentKindName(v.subSegmentKind));
+    j.Field("piLocation", v.piLocation);
     j.Key("dclPosition");
     j.BeginArray();
-    j.Unsigned(a);
-    j.Unsigned(b);
+    j.Unsigned(v.dclLine);
+    j.Unsigned(v.dclColumn);
     j.EndArray();
-    j.Field("qualifier", VemGetVarQualifier(n));
-    j.Field("instanceText", VemGetInstanceText(n));
+    j.Field("qualifier", v.qualifier);
+    j.Field("instanceText", v.instanceText);
     j.Key("absoluteAddress");  // computed: the task's start of the segment plus the offset
-    u32 address = 0;
-    if (AbsoluteAddress(n, address))
-        j.Unsigned(address);
+    if (v.address)
+        j.Unsigned(*v.address);
     else
         j.Null();
-}
-
-void Node(Json& j, CVemBaseNode* n);
-
-void ArrayFields(Json& j, CVemBaseNode* n) {
-    j.Field("dimensions", VemGetDimensions(n));
-    j.Field("headerLength", VemGetHeaderLength(n));
-    j.Field("arrayCode", VemGetArrayCode(n));
-    j.Field("elementSizeOfType", VemGetArrayElementSizeOfType(n));
-    if (CVemDimRange* range = VemGetRange(n)) {
-        j.Key("ranges");
-        j.BeginArray();
-        const u8 count = VemGetDimSize(range);
-        for (u8 i = 0; i < count; ++i) {
-            try {
-                const tVemDimRange r = VemGetDimRange(range, i);
-                j.BeginObject();
-                j.Field("low", r.LowBound);
-                j.Field("high", r.HighBound);
-                j.Field("current", r.CurrentIndex);
-                j.EndObject();
-            } catch (const CInvalidArgException&) {
-                break;  // a range without entries for its count
-            }
-        }
-        j.EndArray();
-    }
-    j.Key("element");
-    if (CVemBaseNode* element = VemGetReferenceNode(n)) {
-        Node(j, element);
-    } else {
-        j.Null();
-    }
-}
-
-void UnitFields(Json& j, CVemBaseNode* n) {
-    j.Field("codeSegment", VemGetCodeSegment(n));
-    j.Field("dataSegment", VemGetDataSegment(n));
-    j.Field("iniSegment", VemGetIniSegment(n));
-    j.Field("crSize", VemGetCrSize(n));
-    j.Field("crStackSize", VemGetCrStackSize(n));
-    j.Field("crStackElements", VemGetCrStackElements(n));
-    j.Field("codePathName", VemGetCodePathName(n));
-    j.Field("checkSum", VemGetCheckSum(n));
-    j.Field("date", VemGetDate(n));
-    j.Field("dataSegLength", VemGetDataSegLength(n));
-    j.Field("startOffset", n->GetStartOffset());
-    j.Field("path", VemGetPathName(n));
-    j.Field("programNr", VemGetProgramNr(n));
-    if (n->NodeType == kVemProgramNode || n->NodeType == kVemTuiTaskNode) j.Field("global", VemGetGlobal(n));
-    Bytes(j, "pflArray", VemGetPflArray(n));
-    j.Key("statList");
-    j.BeginArray();
-    if (CStatList* list = VemGetStatList(n)) {
-        u16 key = 0;
-        CObject* value = nullptr;
-        for (POSITION pos = list->GetStartPosition(); pos;) {
-            list->GetNextAssoc(pos, key, value);
-            auto* entry = static_cast<CStatListEntry*>(value);
-            j.BeginObject();
-            j.Field("awlLine", entry->AwlLine);
-            j.Field("codeLine", entry->CodeLine);
-            j.Field("aeType", entry->AEType);
-            j.Field("operandType", entry->OperandType);
-            j.EndObject();
-        }
-    }
-    j.EndArray();
 }
 
 Progress* gProgress = nullptr;
 std::size_t gWritten = 0;
 
-void Node(Json& j, CVemBaseNode* n) {
-    if (gProgress) gProgress->Step(++gWritten);
-    const u32 type = VemGetNodeType(n);
-    j.BeginObject();
-    Named(j, "type", "typeName", type, NodeTypeName(type));
-    j.Field("class", n->GetRuntimeClass()->m_lpszClassName);
-    j.Field("text", VemGetNodeText(n));
-    j.Field("name", VemGetName(n));
-    j.Field("serial", n->Serial);
-    j.Field("expanded", n->Expanded);
-    j.Field("extraText", n->ExtraText);
-    if (IsVariable(type)) VariableFields(j, n);
-    if (type == kVemArrayNode) ArrayFields(j, n);
-    if (IsUnit(type)) UnitFields(j, n);
-    if (type == kVemResourceNode || type == kVemExeNode) j.Field("configName", VemGetConfigName(n));
-    if (const CMapStringToString* tasks = VemGetTaskFileMap(n)) {
-        j.Key("tasks");
-        j.BeginObject();
-        CString key, file;
-        for (POSITION pos = tasks->GetStartPosition(); pos;) {
-            tasks->GetNextAssoc(pos, key, file);
-            j.Field(key, file);
+int Node(Json& j, const std::vector<ModelNode>& nodes, int at);
+
+void ArrayFields(Json& j, const ArrayRecord& a) {
+    j.Field("dimensions", a.dimensions);
+    j.Field("headerLength", a.headerLength);
+    j.Field("arrayCode", a.arrayCode);
+    j.Field("elementSizeOfType", a.elementSizeOfType);
+    if (a.hasRanges) {
+        j.Key("ranges");
+        j.BeginArray();
+        for (const tVemDimRange& r : a.ranges) {
+            j.BeginObject();
+            j.Field("low", r.LowBound);
+            j.Field("high", r.HighBound);
+            j.Field("current", r.CurrentIndex);
+            j.EndObject();
         }
+        j.EndArray();
+    }
+    j.Key("element");
+    if (a.element && !a.element->Nodes().empty()) {
+        Node(j, a.element->Nodes(), 0);
+    } else {
+        j.Null();
+    }
+}
+
+void UnitFields(Json& j, const ModelNode& m) {
+    const UnitRecord& u = *m.unit;
+    j.Field("codeSegment", u.codeSegment);
+    j.Field("dataSegment", u.dataSegment);
+    j.Field("iniSegment", u.iniSegment);
+    j.Field("crSize", u.crSize);
+    j.Field("crStackSize", u.crStackSize);
+    j.Field("crStackElements", u.crStackElements);
+    j.Field("codePathName", u.codePathName);
+    j.Field("checkSum", u.checkSum);
+    j.Field("date", u.date);
+    j.Field("dataSegLength", u.dataSegLength);
+    j.Field("startOffset", u.startOffset);
+    j.Field("path", u.path);
+    j.Field("programNr", u.programNr);
+    if (m.type == kVemProgramNode || m.type == kVemTuiTaskNode) j.Field("global", u.global);
+    Bytes(j, "pflArray", u.pflArray);
+    j.Key("statList");
+    j.BeginArray();
+    for (const StatEntry& entry : u.statList) {
+        j.BeginObject();
+        j.Field("awlLine", entry.awlLine);
+        j.Field("codeLine", entry.codeLine);
+        j.Field("aeType", entry.aeType);
+        j.Field("operandType", entry.operandType);
         j.EndObject();
     }
-    if (type == kVemTuiTaskNode || type == kVemExeNode) {
-        Segments(j, "segmentTable", VemGetSegmentTable(n), n->GetAbsOffsets());
-        AbsOffsets(j, n);
-        DataContainer(j, n);
-        CodeNodes(j, n);
+    j.EndArray();
+}
+
+// The node at `at` with its subtree; gives the index behind the subtree.
+int Node(Json& j, const std::vector<ModelNode>& nodes, int at) {
+    if (gProgress) gProgress->Step(++gWritten);
+    const ModelNode& m = nodes[static_cast<std::size_t>(at)];
+    j.BeginObject();
+    Named(j, "type", "typeName", m.type, NodeTypeName(m.type));
+    j.Field("class", m.className);
+    j.Field("text", m.text);
+    j.Field("name", m.name);
+    j.Field("serial", m.serial);
+    j.Field("expanded", m.expanded);
+    j.Field("extraText", m.extraText);
+    if (m.variable) VariableFields(j, *m.variable);
+    if (m.array) ArrayFields(j, *m.array);
+    if (m.unit) UnitFields(j, m);
+    if (m.configName) j.Field("configName", *m.configName);
+    if (m.tasks) {
+        j.Key("tasks");
+        j.BeginObject();
+        for (const auto& [key, file] : *m.tasks) j.Field(key, file);
+        j.EndObject();
     }
-    if (type == kVemTuiTaskNode) Bytes(j, "taskDefEntry", VemGetTaskDefEntry(n));
-    if (type == kVemExeNode) {
-        Segments(j, "componentList", VemGetComponentList(n));
-        Bytes(j, "taskDefSegment", VemGetTaskDefSegment(n));
-        if (const tVemDeviceSettings* d = VemGetDeviceSettings(n)) DeviceSettings(j, *d);
-        const char* project = VemGetDatacontFilesProjectName(n);
-        j.Field("datacontFilesProjectName", project ? project : "");
-        j.Field("datacontFilesUserLevel", VemGetDatacontFilesUserLevel(n, 0));
+    if (const CompiledRecord* c = m.compiled ? &*m.compiled : nullptr) {
+        Segments(j, "segmentTable", c->segmentTable);
+        if (c->absOffsets) {
+            j.Key("absOffsets");
+            j.BeginArray();
+            for (u32 offset : *c->absOffsets) j.Unsigned(offset);
+            j.EndArray();
+        }
+        if (c->dataContainer) {
+            j.Key("dataContainer");
+            j.BeginArray();
+            for (const ContainerFile& f : *c->dataContainer) {
+                j.BeginObject();
+                j.Field("key", f.key);
+                j.Field("type", f.type);
+                j.Field("checkSum", f.checkSum);
+                j.EndObject();
+            }
+            j.EndArray();
+        }
+        if (c->codeNodes) CodeNodes(j, *c->codeNodes);
+        if (m.type == kVemTuiTaskNode) Bytes(j, "taskDefEntry", c->taskDefEntry);
+        if (m.type == kVemExeNode) {
+            Segments(j, "componentList", c->componentList);
+            Bytes(j, "taskDefSegment", c->taskDefSegment);
+            if (c->deviceSettings) DeviceSettings(j, *c->deviceSettings);
+            j.Field("datacontFilesProjectName", c->datacontFilesProjectName.c_str());
+            j.Field("datacontFilesUserLevel", c->datacontFilesUserLevel);
+        }
     }
     j.Key("children");
     j.BeginArray();
-    for (CVemBaseNode* child : Children(n)) Node(j, child);
+    int next = at + 1;
+    for (int c = 0; c < m.children; ++c) next = Node(j, nodes, next);
     j.EndArray();
     j.EndObject();
+    return next;
 }
 
 }  // namespace
@@ -364,8 +329,10 @@ int CmdExport(const Options& o) {
     Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
     if (!OpenOutput(o.Value("--output"))) return kFailed;
-    Progress progress("export", Subtree(tree.get()).size());
+    const Model model(tree.get());
+    Progress progress("export", model.Nodes().size());
     gProgress = &progress;
+    gWritten = 0;
     Json j(Out(), o.Has("--compact"));
     j.BeginObject();
     j.Field("schema", "vem32/1");
@@ -374,7 +341,7 @@ int CmdExport(const Options& o) {
     j.Bool(State().evem);
     j.Field("libraryVersion", GetVemDllVersion());
     j.Key("root");
-    Node(j, tree.get());
+    Node(j, model.Nodes(), 0);
     j.EndObject();
     gProgress = nullptr;
     return kOk;

@@ -1,8 +1,9 @@
 // html: a compile result as one self-contained page: the tree, a search by path and by address,
 // and the details of a node, with the data embedded as compact JSON that the page's script reads.
 //
-// The data is column-wise (arrays rather than objects) and every text stands once in a string
-// table; see the description of the format at the top of html/page.js.
+// The data is the model that export writes (model.h), put column-wise (arrays rather than objects)
+// with every text once in a string table; see the description of the format at the top of
+// html/page.js.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +14,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "tool.h"
+#include "model.h"
 
 namespace vemtool {
 
@@ -23,11 +24,6 @@ extern const unsigned char kHtmlPageCss[];
 extern const unsigned char kHtmlPageJs[];
 
 namespace {
-
-bool IsVariable(u32 t) {
-    return t == kVemVariableNode || t == kVemArrayNode || t == kVemStructNode || t == kVemFbInstanceNode;
-}
-bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 std::string Upper(std::string s) {
@@ -207,11 +203,14 @@ std::string PictureUri(bool icon, unsigned id) {
     return Png::DataUri(width, height, rgba);
 }
 
-// --- The model of the page.
+// --- The page's data: the compile result's model written column-wise, and what the page derives from
+// the library beside it (path maps, the address index's answers, line maps, cross reference).
 class Page {
 public:
-    explicit Page(CVemBaseNode* root, const std::string& file) : root_(root), file_(file) {}
+    Page(CVemBaseNode* root, const std::string& file) : root_(root), file_(file), model_(root) {}
     std::string Data();
+    std::string AddressData();
+    std::size_t Size() const { return model_.Nodes().size(); }
 
 private:
     void Nodes();
@@ -223,42 +222,36 @@ private:
 
     CVemBaseNode* root_;
     std::string file_;
+    Model model_;
     Strings strings_;
     Out out_;
-    std::vector<CVemBaseNode*> nodes_;
-    std::unordered_map<CVemBaseNode*, long long> index_;
     std::set<unsigned> icons_{102, 113}, bitmaps_{156, 157, 158};
 };
 
 void Page::Nodes() {
-    nodes_ = Subtree(root_);
-    for (std::size_t i = 0; i < nodes_.size(); ++i) index_.emplace(nodes_[i], static_cast<long long>(i));
     std::map<std::vector<long long>, long long> kinds, attrs;
     std::vector<long long> kind, name, text, children, open, attr, offset;
-    for (CVemBaseNode* n : nodes_) {
-        const u32 type = VemGetNodeType(n);
-        const unsigned icon = n->GetIconID(), bitmap = VemGetBitmapID(n);
-        icons_.insert(icon);
-        bitmaps_.insert(bitmap ? bitmap : 158);
-        const std::vector<long long> k{type, icon, bitmap, strings_.Id(n->GetRuntimeClass()->m_lpszClassName)};
+    for (const ModelNode& n : model_.Nodes()) {
+        icons_.insert(n.icon);
+        bitmaps_.insert(n.bitmap ? n.bitmap : 158);
+        const std::vector<long long> k{n.type, n.icon, n.bitmap, strings_.Id(n.className)};
         kind.push_back(kinds.emplace(k, static_cast<long long>(kinds.size())).first->second);
-        const std::string bare = VemGetName(n).str();
-        const std::string shown = VemGetNodeText(n).str();
+        const std::string bare = n.name.str();
+        const std::string shown = n.text.str();
         name.push_back(strings_.Id(bare));
-        children.push_back(VemGetChildList(n)->GetCount());
-        open.push_back(n->Expanded ? 1 : 0);
+        children.push_back(n.children);
+        open.push_back(n.expanded ? 1 : 0);
         std::string derived = bare;
-        if (IsVariable(type)) {
-            const std::string typeName = VemGetTypeName(n).str();
+        if (const VariableRecord* v = n.variable ? &*n.variable : nullptr) {
+            const std::string typeName = v->declaredType.str();
             if (!typeName.empty()) derived += " : " + typeName;
-            const long long flags = (VemIsReference(n) ? 1 : 0) | (VemIsNetVar(n) ? 2 : 0) |
-                                    (VemGetVarInOut(n) ? 4 : 0) | (VemCanVariableBeWatched(n) ? 8 : 0);
-            const std::vector<long long> a{
-                strings_.Id(typeName), VemGetSize(n),          VemGetVariableType(n),   VemGetScope(n),
-                VemGetVarQualifier(n), VemGetParentSegment(n), VemGetSubSegmentKind(n), flags,
-                VemGetProgramNr(n)};
+            const long long flags =
+                (v->reference ? 1 : 0) | (v->netVar ? 2 : 0) | (v->varInOut ? 4 : 0) | (v->canBeWatched ? 8 : 0);
+            const std::vector<long long> a{strings_.Id(typeName), v->size,          v->variableType,   v->scope,
+                                           v->qualifier,          v->parentSegment, v->subSegmentKind, flags,
+                                           v->programNr};
             attr.push_back(attrs.emplace(a, static_cast<long long>(attrs.size()) + 1).first->second);
-            offset.push_back(VemGetOffset(n));
+            offset.push_back(v->offset);
         } else {
             attr.push_back(0);
             offset.push_back(0);
@@ -320,21 +313,21 @@ void Page::Keys() {
         CObject* value = nullptr;
         for (POSITION pos = map->GetStartPosition(); pos;) {
             map->GetNextAssoc(pos, key, value);
-            const auto found = index_.find(static_cast<CVemBaseNode*>(value));
-            if (found == index_.end()) continue;
+            const int found = model_.IndexOf(static_cast<CVemBaseNode*>(value));
+            if (found < 0) continue;
             const std::string k = key.str();
             const std::size_t dot = k.rfind('.');
             const std::string head = dot == std::string::npos ? std::string() : k.substr(0, dot);
             const std::string tail = dot == std::string::npos ? k : k.substr(dot + 1);
             const bool plain = tail == Upper(VemGetName(static_cast<CVemBaseNode*>(value)).str());
-            entries.push_back({VemGetAbsoluteVariableOffset(task, key), found->second,
+            entries.push_back({VemGetAbsoluteVariableOffset(task, key), found,
                                dot == std::string::npos ? 0 : strings_.Id(head) + 1,
                                plain ? 0 : strings_.Id(tail) + 1});
         }
         std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
             return a.address != b.address ? a.address < b.address : a.node < b.node;
         });
-        tasks.push_back(index_.at(task));
+        tasks.push_back(model_.IndexOf(task));
         tasks.push_back(static_cast<long long>(entries.size()));
         u32 last = 0;
         for (const Entry& e : entries) {
@@ -363,25 +356,26 @@ void Page::Units() {
     Out segs;
     out_.Raw(",\"units\":[");
     bool first = true;
-    for (std::size_t i = 0; i < nodes_.size(); ++i) {
-        CVemBaseNode* n = nodes_[i];
-        const u32 type = VemGetNodeType(n);
-        if (!IsUnit(type)) continue;
+    const std::vector<ModelNode>& nodes = model_.Nodes();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        const UnitRecord* unit = nodes[i].unit ? &*nodes[i].unit : nullptr;
+        if (!unit) continue;
         // The segment numbers count in the table of the nearest compiled task or executable above.
-        CVemBaseNode* owner = n;
-        while (owner && !VemGetSegmentTable(owner)) owner = VemGetParentNode(owner);
-        CSegmentTable* table = owner ? VemGetSegmentTable(owner) : nullptr;
+        const int owner = model_.TableOwner(static_cast<int>(i));
+        const SegmentTableRecord* table =
+            owner < 0 ? nullptr : &*nodes[static_cast<std::size_t>(owner)].compiled->segmentTable;
         out_.Raw(first ? "[" : ",[");
         first = false;
         out_.Num(static_cast<long long>(i));
-        for (const u16 number : {VemGetCodeSegment(n), VemGetDataSegment(n), VemGetIniSegment(n)}) {
+        for (const u16 number : {unit->codeSegment, unit->dataSegment, unit->iniSegment}) {
             out_.Raw(',');
-            CVemByteArray* array = table && number != 0xFFFF ? VemSegTblGetSegment(table, number) : nullptr;
-            if (!array) {
+            const SegmentRecord* segment = table && number != 0xFFFF ? table->Find(number) : nullptr;
+            if (!segment) {
                 out_.Num(-1);
                 continue;
             }
-            const auto key = std::make_pair(index_.at(owner), number);
+            CVemByteArray* array = segment->array;
+            const auto key = std::make_pair(static_cast<long long>(owner), number);
             auto [it, added] = segments.emplace(key, static_cast<long long>(segments.size()));
             if (added) {
                 static const char kHex[] = "0123456789abcdef";
@@ -406,19 +400,19 @@ void Page::Units() {
             out_.Num(it->second);
         }
         out_.Raw(',');
-        out_.Num(strings_.Id(VemGetPathName(n).str()));
+        out_.Num(strings_.Id(unit->path.str()));
         out_.Raw(',');
-        out_.Num(strings_.Id(VemGetCodePathName(n).str()));
+        out_.Num(strings_.Id(unit->codePathName.str()));
         out_.Raw(',');
-        out_.Num(VemGetCheckSum(n));
+        out_.Num(unit->checkSum);
         out_.Raw(',');
-        out_.Num(VemGetDataSegLength(n));
+        out_.Num(unit->dataSegLength);
         out_.Raw(',');
-        out_.Num(VemGetProgramNr(n));
+        out_.Num(unit->programNr);
         out_.Raw(',');
-        out_.Num(VemGetGlobal(n));
+        out_.Num(unit->global);
         out_.Raw(',');
-        out_.Num(VemGetDate(n));
+        out_.Num(unit->date);
         out_.Raw(']');
     }
     out_.Raw("],\"segments\":[");
@@ -477,11 +471,12 @@ void Page::CrossReference() {
                 }
             }
         }
-        for (std::size_t i = 0; i < nodes_.size(); ++i) {
-            if (!named.count(CallName(VemGetNodeText(nodes_[i]).str()))) continue;
+        const std::vector<ModelNode>& nodes = model_.Nodes();
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            if (!named.count(CallName(nodes[i].text.str()))) continue;
             CStringList paths;
             CWordArray lines, kinds;
-            for (CEVemBaseNode* c : codes) EVemCRExecQueryEx(c, nodes_[i], &paths, &lines, &kinds, 7);
+            for (CEVemBaseNode* c : codes) EVemCRExecQueryEx(c, nodes[i].node, &paths, &lines, &kinds, 7);
             int h = 0;
             for (POSITION pos = paths.GetHeadPosition(); pos; ++h) {
                 hits.push_back(static_cast<long long>(i));
@@ -534,6 +529,152 @@ std::string Page::Data() {
     return std::move(out_.text);
 }
 
+// Sorted intervals of both lists, overlapping and touching ones joined.
+std::vector<std::pair<u64, u64>> Merged(std::vector<std::pair<u64, u64>> a, const std::vector<std::pair<u64, u64>>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    std::sort(a.begin(), a.end());
+    std::vector<std::pair<u64, u64>> out;
+    for (const auto& r : a) {
+        if (!out.empty() && r.first <= out.back().second)
+            out.back().second = std::max(out.back().second, r.second);
+        else if (r.second > r.first)
+            out.push_back(r);
+    }
+    return out;
+}
+
+bool Covers(const std::vector<std::pair<u64, u64>>& sorted, u64 a) {
+    const auto after = std::upper_bound(sorted.begin(), sorted.end(), std::make_pair(a, ~u64{0}));
+    return after != sorted.begin() && a < std::prev(after)->second;
+}
+
+// What the library's address index answers for every address that a compiled task's segments or
+// variables take, as runs of addresses with the same answer. The page then answers a search by
+// address as `query --at` does, without a copy of the index's rules. Addresses outside these
+// intervals are outside every segment and every variable.
+std::string Page::AddressData() {
+    Strings strings;
+    Out out;
+    tVemAddressIndex* index = VemAddrIndexNew(root_);
+    const int taskCount = index ? VemAddrIndexTaskCount(index) : 0;
+    std::vector<long long> tasks, spans, runStart, runLength, runNode, runName, runPath, runInto, runSize, runCover;
+    const std::vector<ModelNode>& nodes = model_.Nodes();
+    for (int t = 0; t < taskCount; ++t) {
+        CVemBaseNode* task = VemAddrIndexGetTask(index, t);
+        const int at = model_.IndexOf(task);
+        // The intervals to ask: the task's segments and its variables. Every address inside a
+        // variable is asked; between the ends of segments and variables an address without a
+        // variable answers for all up to the next end.
+        std::vector<std::pair<u64, u64>> ranges, vars;
+        if (at >= 0) {
+            const ModelNode& m = nodes[static_cast<std::size_t>(at)];
+            if (m.compiled && m.compiled->segmentTable) {
+                for (const SegmentRecord& s : m.compiled->segmentTable->segments) {
+                    if (s.number >= 1 && s.absoluteStart)
+                        ranges.emplace_back(*s.absoluteStart, u64{*s.absoluteStart} + VemBaGetLength(s.array));
+                }
+            }
+            for (int i = at; i < at + m.size; ++i) {
+                const ModelNode& n = nodes[static_cast<std::size_t>(i)];
+                if (n.variable && n.variable->address)
+                    vars.emplace_back(*n.variable->address, u64{*n.variable->address} + n.variable->size);
+            }
+        }
+        std::vector<u64> cuts;
+        for (const auto& [from, to] : ranges) cuts.insert(cuts.end(), {from, to});
+        for (const auto& [from, to] : vars) cuts.insert(cuts.end(), {from, to});
+        std::sort(cuts.begin(), cuts.end());
+        ranges = Merged(ranges, vars);
+        vars = Merged(vars, {});
+        const std::size_t spansBefore = spans.size(), runsBefore = runStart.size();
+        u64 last = 0;  // end of the last run, for the differences
+        struct Span {
+            u32 start = 0, end = 0;
+            u16 segment = 0xFFFF;
+            CVemBaseNode* unit = nullptr;
+            int kind = 0;
+        } span;
+        struct Run {
+            u32 start = 0, end = 0, from = 0, size = 0, cover = 0;
+            CVemBaseNode* node = nullptr;
+            std::string name, path;
+        } run;
+        auto flushSpan = [&] {
+            if (span.end > span.start && span.segment != 0xFFFF) {
+                spans.insert(spans.end(), {span.start, span.end, span.segment,
+                                           span.unit ? strings.Id(VemGetName(span.unit).str()) + 1 : 0, span.kind});
+            }
+            span = Span{};
+        };
+        auto flushRun = [&] {
+            if (run.end > run.start) {
+                runStart.push_back(static_cast<long long>(run.start - last));
+                runLength.push_back(run.end - run.start);
+                const int node = model_.IndexOf(run.node);
+                runNode.push_back(node + 1);
+                runName.push_back(strings.Id(run.name));
+                runPath.push_back(run.path == run.name ? 0 : strings.Id(run.path) + 1);
+                runInto.push_back(run.start - run.from);
+                runSize.push_back(run.size);
+                runCover.push_back(run.cover);
+                last = run.end;
+            }
+            run = Run{};
+        };
+        for (const auto& [from, to] : ranges) {
+            u64 next = 0;
+            for (u64 a = from; a < to && a <= 0xFFFFFFFFull; a = next) {
+                tVemAddressHit hit{};
+                const u32 address = static_cast<u32>(a);
+                const bool found = VemAddrLookup(index, t, address, &hit) == kVemAddrFound;
+                next = a + 1;
+                if (!found && !Covers(vars, a)) next = std::min(to, *std::upper_bound(cuts.begin(), cuts.end(), a));
+                const u32 spanStart = address - hit.SegmentOffset;
+                if (hit.Segment != span.segment || spanStart != span.start || hit.Unit != span.unit ||
+                    hit.UnitSegment != span.kind || span.end != address) {
+                    flushSpan();
+                    span = Span{spanStart, address, hit.Segment, hit.Unit, hit.UnitSegment};
+                }
+                span.end = static_cast<u32>(next);
+                if (!found) {
+                    flushRun();
+                    continue;
+                }
+                if (hit.Node != run.node || hit.Start != run.from || hit.Size != run.size ||
+                    hit.Covering != run.cover || run.end != address || run.name != hit.Name || run.path != hit.Path) {
+                    flushRun();
+                    run = Run{address, address, hit.Start, hit.Size, hit.Covering, hit.Node, hit.Name, hit.Path};
+                }
+                run.end = address + 1;
+            }
+        }
+        flushSpan();
+        flushRun();
+        tasks.insert(tasks.end(),
+                     {strings.Id(VemGetName(task).str()), static_cast<long long>(spans.size() - spansBefore) / 5,
+                      static_cast<long long>(runStart.size() - runsBefore)});
+    }
+    VemAddrIndexDelete(index);
+    out.Raw('{');
+    out.Nums("tasks", tasks);
+    out.Raw(',');
+    out.Nums("spans", spans);
+    for (const auto& [key, values] :
+         {std::make_pair("start", &runStart), std::make_pair("length", &runLength), std::make_pair("node", &runNode),
+          std::make_pair("name", &runName), std::make_pair("path", &runPath), std::make_pair("into", &runInto),
+          std::make_pair("size", &runSize), std::make_pair("cover", &runCover)}) {
+        out.Raw(',');
+        out.Nums(key, *values);
+    }
+    out.Raw(",\"strings\":[");
+    for (std::size_t i = 0; i < strings.List().size(); ++i) {
+        if (i) out.Raw(',');
+        out.Str(strings.List()[i]);
+    }
+    out.Raw("]}");
+    return std::move(out.text);
+}
+
 std::string HtmlEscape(const std::string& text) {
     std::string out;
     for (unsigned char c : text) {
@@ -572,7 +713,11 @@ int CmdHtml(const Options& o) {
     page += "</style>\n</head>\n<body>\n";
     page += reinterpret_cast<const char*>(kHtmlPageBody);
     page += "<script type=\"application/json\" id=\"vem-data\">";
-    page += Page(tree.get(), title).Data();
+    Page data(tree.get(), title);
+    page += data.Data();
+    // Read by the page at its first search by address, so that it costs nothing before.
+    page += "</script>\n<script type=\"application/json\" id=\"vem-addr\">";
+    page += data.AddressData();
     page += "</script>\n<script>\n";
     page += reinterpret_cast<const char*>(kHtmlPageJs);
     page += "</script>\n</body></html>\n";
@@ -591,7 +736,7 @@ int CmdHtml(const Options& o) {
         Error("cannot write %s", out.c_str());
         return kFailed;
     }
-    std::printf("%s: %zu nodes, %zu bytes\n", out.c_str(), Subtree(tree.get()).size(), page.size());
+    std::printf("%s: %zu nodes, %zu bytes\n", out.c_str(), data.Size(), page.size());
     return kOk;
 }
 

@@ -17,6 +17,14 @@
 //   lineMaps[]  = [unit path, line, code offset, line, code offset, ...]
 //   xref        = [node, unit path, line, kind (1 read, 2 write, 4 call), ...]
 //   pictures    = {"i<number>": icon, "b<number>": bitmap}, as data URIs
+// The script element "vem-addr" holds what the library's address index answers, in its own JSON
+// with its own `strings`:
+//   tasks       = [task name, number of spans, number of runs, ...] in the index's order
+//   spans       = [start, end, segment, unit name (string + 1, 0: none), role (1 data, 2 code), ...]
+//   per run of addresses with one answer: start (difference to the end of the run before in its
+//                  task), length, node (+ 1, 0: a part without a node of its own), name, path (0: the
+//                  name, else string + 1), into (the run's start less the variable's start), size,
+//                  cover (variables covering the address)
 // Texts are shown with textContent only, so whatever a name holds is never taken as markup.
 (function () {
   const T0 = performance.now();
@@ -28,7 +36,6 @@
     10: 'structure', 11: 'task', 12: 'executable', 13: 'resource', 14: 'configuration', 15: 'project',
     16: 'compiled task', 17: 'task container', 18: 'function block instance'};
   const UNIT_TYPES = new Set([3, 4, 5, 16]);
-  const NO_SEGMENT_ENTRY = 99999999;
 
   // --- The tree's shape from the child counts: parent, depth and size of every subtree.
   const parent = new Int32Array(N), depth = new Uint16Array(N), size = new Int32Array(N);
@@ -51,7 +58,8 @@
     while (stack.length) { const x = stack.pop(); size[x] = N - x; }
   }
 
-  const upper = (s) => s.replace(/[a-z]+/g, (m) => m.toUpperCase());
+  // Upper case as the library makes it: a to z only.
+  const upper = (s) => (/[a-z]/.test(s) ? s.replace(/[a-z]+/g, (m) => m.toUpperCase()) : s);
   const nodeType = (i) => D.kinds[D.kind[i]][0];
   const nameOf = (i) => S[D.name[i]];
   const attrOf = (i) => (D.attr[i] ? D.attrs[D.attr[i] - 1] : null);
@@ -184,18 +192,23 @@
   }
 
   // --- Path maps and the search.
-  let pathMap = null, keyTask = null, keysOfNode = null;
+  let pathMap = null, keyTask = null, keyOfNode = null, nextKey = null;
   function keyText(e) {
     const p = D.keyPrefix[e], s = D.keySuffix[e];
     const tail = s ? S[s - 1] : upper(nameOf(D.keyNode[e]));
     return p ? S[p - 1] + '.' + tail : tail;
   }
   const keyAddress = new Float64Array(D.keyNode.length);
+  // Key to its first entry and node to its first entry; the next entry of the same key stands in
+  // nextKey[2e], of the same node in nextKey[2e + 1].
   function indexKeys() {
     if (pathMap) return;
+    const E = D.keyNode.length;
     pathMap = new Map();
-    keyTask = new Int32Array(D.keyNode.length);
-    keysOfNode = new Map();
+    keyTask = new Int32Array(E);
+    keyOfNode = new Int32Array(N).fill(-1);
+    nextKey = new Int32Array(2 * E).fill(-1);
+    const lastOfKey = new Map(), lastOfNode = new Int32Array(N).fill(-1);
     for (let t = 0, e = 0; t < D.keyTasks.length; t += 2) {
       let address = 0;
       for (let k = 0; k < D.keyTasks[t + 1]; k++, e++) {
@@ -203,49 +216,79 @@
         keyAddress[e] = address;
         keyTask[e] = D.keyTasks[t];
         const key = keyText(e);
-        if (!pathMap.has(key)) pathMap.set(key, []);
-        pathMap.get(key).push(e);
+        const last = lastOfKey.get(key);
+        if (last === undefined) pathMap.set(key, e); else nextKey[2 * last] = e;
+        lastOfKey.set(key, e);
         const n = D.keyNode[e];
-        if (!keysOfNode.has(n)) keysOfNode.set(n, []);
-        keysOfNode.get(n).push(e);
+        if (lastOfNode[n] < 0) keyOfNode[n] = e; else nextKey[2 * lastOfNode[n] + 1] = e;
+        lastOfNode[n] = e;
       }
     }
+  }
+  function chain(e, odd) {
+    const list = [];
+    for (; e !== undefined && e >= 0; e = nextKey[2 * e + odd]) list.push(e);
+    return list;
   }
   function findPath(path) {
     indexKeys();
     const key = upper(path);
     // A function block's own key keeps the blank in front of " : " of its name.
-    return pathMap.get(key) || pathMap.get(key + ' ') || [];
+    return chain(pathMap.has(key) ? pathMap.get(key) : pathMap.get(key + ' '), 0);
   }
-  const isVariableEntry = (e) => !UNIT_TYPES.has(nodeType(D.keyNode[e])) && keyAddress[e] !== NO_SEGMENT_ENTRY;
-  const entrySize = (e) => { const a = attrOf(D.keyNode[e]); return a ? a[1] : 0; };
-  // Per task the entries by address, with the largest end of any entry up to each one, so that a
-  // binary search and a short walk back find every variable that holds an address.
-  let reach = null;
-  function findAddress(address, taskName) {
-    indexKeys();
-    if (!reach) {
-      reach = new Float64Array(D.keyNode.length);
-      for (let t = 0, e = 0; t < D.keyTasks.length; t += 2) {
-        let far = -1;
-        for (let k = 0; k < D.keyTasks[t + 1]; k++, e++) {
-          if (isVariableEntry(e)) far = Math.max(far, keyAddress[e] + entrySize(e));
-          reach[e] = far;
-        }
+  // --- The search by address: the answers of the library's address index (the same as those of
+  // `vemtool query --at`), read from "vem-addr" at the first search.
+  let A = null;
+  function addressIndex() {
+    if (A) return A;
+    A = JSON.parse(document.getElementById('vem-addr').textContent);
+    A.list = [];
+    A.at = new Float64Array(A.start.length);
+    for (let t = 0, s = 0, r = 0; t < A.tasks.length; t += 3) {
+      const task = {name: A.strings[A.tasks[t]], span0: s, spanEnd: s + A.tasks[t + 1], run0: r, runEnd: r + A.tasks[t + 2]};
+      let end = 0;
+      for (let k = task.run0; k < task.runEnd; k++) { A.at[k] = end + A.start[k]; end = A.at[k] + A.length[k]; }
+      A.list.push(task);
+      s = task.spanEnd; r = task.runEnd;
+    }
+    return A;
+  }
+  // The last k in [lo, hi) with start(k) <= v, or -1.
+  function lastAtOrBelow(start, lo, hi, v) {
+    let a = lo, b = hi;
+    while (a < b) { const mid = (a + b) >> 1; if (start(mid) <= v) a = mid + 1; else b = mid; }
+    return a > lo ? a - 1 : -1;
+  }
+  const SEGMENT_ROLE = {1: 'data', 2: 'code'};
+  // Lines as `query --at ADDR --dec` prints them, and the nodes they name.
+  function findAddress(place, address, taskName) {
+    const X = addressIndex();
+    const lines = [], hits = [];
+    let where = '';
+    const tasks = taskName ? X.list.filter((t) => upper(t.name) === upper(taskName)) : X.list;
+    if (taskName && !tasks.length) return {lines: ['no compiled task ' + taskName], hits, miss: true};
+    for (const t of tasks) {
+      const s = lastAtOrBelow((k) => X.spans[5 * k], t.span0, t.spanEnd, address);
+      const inSpan = s >= 0 && address < X.spans[5 * s + 1];
+      const segment = inSpan ? X.spans[5 * s + 2] : 65535, offset = inSpan ? address - X.spans[5 * s] : 0;
+      const r = lastAtOrBelow((k) => X.at[k], t.run0, t.runEnd, address);
+      if (r >= 0 && address < X.at[r] + X.length[r]) {
+        const name = X.strings[X.name[r]], path = X.path[r] ? X.strings[X.path[r] - 1] : name;
+        const start = X.at[r] - X.into[r];
+        let line = t.name.padEnd(10) + ' ' + String(address).padStart(6) + '  seg ' + segment + '+' + offset + '  ' + name;
+        if (X.size[r]) line += '  byte ' + (address - start) + ' of ' + X.size[r];
+        if (path !== name) line += '  (path ' + path + ')';
+        if (X.cover[r] > 1) line += '  [' + X.cover[r] + ' variables cover it]';
+        lines.push(line);
+        hits.push({node: X.node[r] - 1, path});
+      } else if (inSpan && !where) {
+        const unit = X.spans[5 * s + 3];
+        where = ' (' + t.name + ', seg ' + segment + '+' + offset + ', ' + (SEGMENT_ROLE[X.spans[5 * s + 4]] || 'segment') +
+          ' of ' + (unit ? X.strings[unit - 1] : 'no unit') + ')';
       }
     }
-    const hits = [];
-    for (let t = 0, start = 0; t < D.keyTasks.length; start += D.keyTasks[t + 1], t += 2) {
-      const n = D.keyTasks[t + 1];
-      if (taskName && upper(nameOf(D.keyTasks[t])) !== upper(taskName)) continue;
-      let lo = start, hi = start + n;  // first entry above the address
-      while (lo < hi) { const mid = (lo + hi) >> 1; if (keyAddress[mid] <= address) lo = mid + 1; else hi = mid; }
-      for (let e = lo - 1; e >= start && reach[e] > address; e--) {
-        if (isVariableEntry(e) && address < keyAddress[e] + entrySize(e)) hits.push(e);
-      }
-    }
-    hits.sort((a, b) => entrySize(a) - entrySize(b) || keyAddress[a] - keyAddress[b]);
-    return hits;
+    if (!lines.length) return {lines: [place + ': no variable' + (where || ' (outside every segment)')], hits, miss: true};
+    return {lines, hits};
   }
   function describeEntry(e) {
     const i = D.keyNode[e], a = attrOf(i);
@@ -255,29 +298,33 @@
     return text;
   }
   const results = document.getElementById('results');
+  function showHits(lines, nodes, what, miss) {
+    results.append(el('div', miss ? 'nothing found for ' + what : lines.length + (lines.length > 1 ? ' hits' : ' hit') + ' for ' + what, miss ? 'miss' : ''));
+    lines.slice(0, 200).forEach((text, k) => {
+      const line = el('div', text, miss ? 'miss result' : 'hit result');
+      if (!miss && nodes[k] >= 0) {
+        line.dataset.node = nodes[k];
+        line.addEventListener('click', () => reveal(nodes[k]));
+      }
+      results.append(line);
+    });
+    if (!miss && nodes[0] >= 0) reveal(nodes[0]);
+  }
   function search(query) {
     query = query.trim();
     results.replaceChildren();
     if (!query) return [];
     const m = /^(?:([^:\s]+)\s*[:\s]\s*)?(0x[0-9a-f]+|\d+)$/i.exec(query);
-    let hits, what;
     if (m) {
       const address = m[2].toLowerCase().startsWith('0x') ? parseInt(m[2].slice(2), 16) : parseInt(m[2], 10);
-      hits = findAddress(address, m[1]);
-      what = 'address ' + address + (m[1] ? ' in ' + m[1] : '');
-    } else {
-      hits = findPath(query);
-      what = 'path ' + query;
+      const found = findAddress(m[2], address, m[1]);
+      // An element of an array without element nodes is shown at its array.
+      const nodes = found.hits.map((h) => (h.node >= 0 ? h.node : (findPath(h.path).map((e) => D.keyNode[e])[0] ?? -1)));
+      showHits(found.lines, nodes, 'address ' + m[2] + (m[1] ? ' in ' + m[1] : ''), found.miss);
+      return found.lines;
     }
-    results.append(el('div', hits.length ? hits.length + (hits.length > 1 ? ' hits' : ' hit') + ' for ' + what : 'nothing found for ' + what, hits.length ? '' : 'miss'));
-    for (const e of hits.slice(0, 200)) {
-      const line = el('div', describeEntry(e), 'hit result');
-      line.dataset.node = D.keyNode[e];
-      line.dataset.address = keyAddress[e];
-      line.addEventListener('click', () => reveal(D.keyNode[e]));
-      results.append(line);
-    }
-    if (hits.length) reveal(D.keyNode[hits[0]]);
+    const hits = findPath(query);
+    showHits(hits.map(describeEntry), hits.map((e) => D.keyNode[e]), 'path ' + query, !hits.length);
     return hits;
   }
   document.getElementById('search-form').addEventListener('submit', (ev) => {
@@ -417,7 +464,7 @@
     }
     box.append(table(rows));
     indexKeys();
-    const keys = keysOfNode.get(i) || [];
+    const keys = chain(keyOfNode[i], 1);
     if (keys.length) {
       box.append(el('h3', 'Paths and addresses'));
       const t = el('table', undefined, 'keys');
