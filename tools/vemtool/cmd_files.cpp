@@ -55,6 +55,12 @@ void PrintTree(CVemBaseNode* node, int depth, int maxDepth) {
     for (CVemBaseNode* child : Children(node)) PrintTree(child, depth + 1, maxDepth);
 }
 
+// The library's texts go straight into the buffer of the output, not into one copy of the whole.
+class OutFile : public CFile {
+public:
+    void Write(const void* buffer, unsigned count) override { std::fwrite(buffer, 1, count, Out()); }
+};
+
 bool Count(const std::string& text, long& value) {
     char* end = nullptr;
     value = std::strtol(text.c_str(), &end, 10);
@@ -70,9 +76,8 @@ int CmdDump(const Options& o) {
     Tree tree(Load(o, file));
     if (!tree.get()) return kFailed;
     if (!OpenOutput(o.Value("--output"))) return kFailed;
-    CMemFile text;
+    OutFile text;
     CVemNodeDump(tree.get(), &text);
-    std::fwrite(text.Data().data(), 1, text.Data().size(), Out());
     return kOk;
 }
 
