@@ -364,7 +364,7 @@ int CmdExport(const Options& o) {
     Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
     if (!OpenOutput(o.Value("--output"))) return kFailed;
-    Progress progress("export", Subtree(tree.get()).size());
+    Progress progress("export", State().progress ? Subtree(tree.get()).size() : 0);  // a count only for a person
     gProgress = &progress;
     Json j(Out(), o.Has("--compact"));
     j.BeginObject();
