@@ -217,8 +217,12 @@ int QuickFormat(char* out, std::size_t room, const char* format, va_list args) {
     char* const end = out + room - 1;  // room for the closing zero
     for (const char* f = format; *f;) {
         if (*f != '%') {
-            if (at == end) return -1;
-            *at++ = *f++;
+            const char* next = std::strchr(f, '%');
+            const std::size_t run = next ? static_cast<std::size_t>(next - f) : std::strlen(f);
+            if (static_cast<std::size_t>(end - at) < run) return -1;
+            std::memcpy(at, f, run);
+            at += run;
+            f += run;
             continue;
         }
         ++f;
