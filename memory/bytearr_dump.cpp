@@ -1,5 +1,6 @@
 // CVemByteArray: text dumps of a segment, one element of the string array per line.
 #include <cstdio>
+#include <string_view>
 
 #include "memory/bytearr_dump.h"
 #include "memory/cbytearr.h"
@@ -11,9 +12,9 @@ using vem_units::WordWidth;
 namespace vem_dump {
 
 void AppendHexByte(CString& line, u8 value, bool wideGap) {
-    char text[8];
-    std::snprintf(text, sizeof text, "%02X%s ", value, wideGap ? " " : "");
-    line += text;
+    static const char kDigits[] = "0123456789ABCDEF";
+    const char text[] = {kDigits[value >> 4], kDigits[value & 15], ' ', ' '};
+    line += std::string_view(text, wideGap ? 4 : 3);
 }
 
 CString HexLineStart(u32 index) {

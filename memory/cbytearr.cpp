@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "memory/units.h"
+#include "node/layoutepoch.h"
 
 using vem_units::DwordWidth;
 using vem_units::Unit;
@@ -101,6 +102,7 @@ int CVemByteArray::AppendByte(u8 value) {
     // put behind the others (the general path below gives the same bytes).
     if (m_byteSize == 1 && m_length < m_allocated && m_length < m_maxSize) {
         m_data[m_length++] = value;
+        VemTouchLayout();
         return 1;
     }
     Unit u{};

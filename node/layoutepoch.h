@@ -1,6 +1,8 @@
-// A counter of the changes that can move a variable in any tree of this process: children added or
-// removed, offsets, sizes and segments set, segment lengths appended. Indexes built over a tree
-// keep the value they were built at and rebuild themselves when it has moved on.
+// A counter of the changes that can move an answer about a variable in any tree of this process:
+// children added or removed (arrays expanded among them), names, offsets, sizes, types and
+// segments set, array bounds and string lengths, segments added to or removed from a segment
+// table, bytes added to a segment, segment starts appended, device settings. Indexes built over a
+// tree keep the value they were built at and rebuild themselves when it has moved on.
 #pragma once
 
 #include "vem32_types.h"

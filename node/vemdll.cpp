@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "node/basenode.h"
+#include "node/layoutepoch.h"
 #include "vem_node.h"
 #include "vem_plain.h"
 
@@ -32,7 +33,10 @@ CObList* VemGetChildList(CVemBaseNode* node) { return &node->Children; }
 
 CVemBaseNode* VemGetLastChild(CVemBaseNode* node) { return node->LastChild; }
 
-void VemSetName(CVemBaseNode* node, CString name) { node->Name = name; }
+void VemSetName(CVemBaseNode* node, CString name) {
+    VemTouchLayout();  // names are the answers of an address index
+    node->Name = name;
+}
 
 // The bare name whatever the class: the base's text, not the virtual one.
 CString VemGetName(CVemBaseNode* node) { return node->CVemBaseNode::GetNodeText(); }

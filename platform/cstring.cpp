@@ -1,6 +1,7 @@
 #include "platform/cstring.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -205,12 +206,107 @@ void CString::FormatV(const char* format, va_list args) {
     AppendFormatV(format, args);
 }
 
+namespace {
+
+// The conversions that the library's texts use (%s %c %d %i %u %x %X %%, with l or ll, a width and
+// the flag 0), written as the C library writes them but without its general machinery: a dump of
+// a large tree makes millions of such texts. Gives the length, or -1 where the format asks for
+// anything else, a null text among it, or the text does not fit: the C library then does it all.
+int QuickFormat(char* out, std::size_t room, const char* format, va_list args) {
+    char* at = out;
+    char* const end = out + room - 1;  // room for the closing zero
+    for (const char* f = format; *f;) {
+        if (*f != '%') {
+            const char* next = std::strchr(f, '%');
+            const std::size_t run = next ? static_cast<std::size_t>(next - f) : std::strlen(f);
+            if (static_cast<std::size_t>(end - at) < run) return -1;
+            std::memcpy(at, f, run);
+            at += run;
+            f += run;
+            continue;
+        }
+        ++f;
+        if (*f == '%') {
+            if (at == end) return -1;
+            *at++ = *f++;
+            continue;
+        }
+        const bool zero = *f == '0';
+        if (zero) ++f;
+        std::size_t width = 0;
+        while (*f >= '0' && *f <= '9' && width < 100) width = width * 10 + static_cast<std::size_t>(*f++ - '0');
+        int longs = 0;
+        while (*f == 'l' && longs < 3) ++longs, ++f;
+        if (longs > 2 || width >= 100) return -1;
+        char digits[32];
+        const char* text = digits;
+        std::size_t length = 0;
+        switch (*f++) {
+            case 's':
+                if (zero || longs) return -1;
+                text = va_arg(args, const char*);
+                if (!text) return -1;
+                length = std::strlen(text);
+                break;
+            case 'c':
+                if (zero || longs) return -1;
+                digits[0] = static_cast<char>(va_arg(args, int));
+                length = 1;
+                break;
+            case 'd':
+            case 'i': {
+                const long long v = longs == 2   ? va_arg(args, long long)
+                                    : longs == 1 ? va_arg(args, long)
+                                                 : va_arg(args, int);
+                length = static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, v).ptr - digits);
+                break;
+            }
+            case 'u':
+            case 'x':
+            case 'X': {
+                const char conversion = f[-1];
+                const unsigned long long v = longs == 2   ? va_arg(args, unsigned long long)
+                                             : longs == 1 ? va_arg(args, unsigned long)
+                                                          : va_arg(args, unsigned);
+                length = static_cast<std::size_t>(
+                    std::to_chars(digits, digits + sizeof digits, v, conversion == 'u' ? 10 : 16).ptr - digits);
+                if (conversion == 'X') {
+                    for (std::size_t i = 0; i < length; ++i)
+                        if (digits[i] >= 'a') digits[i] = static_cast<char>(digits[i] - 'a' + 'A');
+                }
+                break;
+            }
+            default: return -1;
+        }
+        const std::size_t pad = width > length ? width - length : 0;
+        if (static_cast<std::size_t>(end - at) < pad + length) return -1;
+        if (zero && length && text[0] == '-') {  // the sign stands before the zeros
+            *at++ = '-';
+            ++text;
+            --length;
+        }
+        std::memset(at, zero ? '0' : ' ', pad);
+        at += pad;
+        std::memcpy(at, text, length);
+        at += length;
+    }
+    *at = '\0';
+    return static_cast<int>(at - out);
+}
+
+}  // namespace
+
 void CString::AppendFormatV(const char* format, va_list args) {
     char small[256];
     va_list copy;
     va_copy(copy, args);
-    const int n = std::vsnprintf(small, sizeof small, format, copy);
+    int n = QuickFormat(small, sizeof small, format, copy);
     va_end(copy);
+    if (n < 0) {
+        va_copy(copy, args);
+        n = std::vsnprintf(small, sizeof small, format, copy);
+        va_end(copy);
+    }
     if (n < 0) return;
     if (static_cast<std::size_t>(n) < sizeof small) {
         Append(small, static_cast<std::size_t>(n));

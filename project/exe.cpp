@@ -24,6 +24,7 @@ constexpr char kTasksName[] = "TASKS";
 
 // A null table stands for a new empty one, so that the node can always store itself.
 void TakeTable(CSegmentTable*& held, CSegmentTable*& given) {
+    VemTouchLayout();
     CSegmentTable* taken = given ? given : new CSegmentTable(0);
     if (taken != held) delete held;
     held = taken;

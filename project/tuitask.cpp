@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "node/layoutepoch.h"
 #include "node/walk.h"
 #include "project/compiled.h"
 #include "statement/evembase.h"
@@ -29,6 +30,7 @@ CVemTuiTaskNode::~CVemTuiTaskNode() {
 
 // A null table leaves the node with a new empty one, so that it can always store itself.
 void CVemTuiTaskNode::SetSegmentTable(CSegmentTable*& table) {
+    VemTouchLayout();
     CSegmentTable* taken = table ? table : new CSegmentTable(0);
     if (taken != SegmentTable) delete SegmentTable;
     SegmentTable = taken;

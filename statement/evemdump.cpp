@@ -88,6 +88,12 @@ const char* EVemCbeTypeText(u32 type) {
 }
 
 CString EVemPointerText(const void* pointer) {
+    static const CString kNull = [] {
+        CString null;
+        null.Format("%p", static_cast<const void*>(nullptr));  // the C library's own form, written once
+        return null;
+    }();
+    if (!pointer) return kNull;
     CString text;
     text.Format("%p", pointer);
     return text;

@@ -314,6 +314,59 @@ TEST(AddressIndex, RebuildsAfterTheTreeChanges) {
     EXPECT_STREQ(At(index.index, kDataStart + 46).Name, "TASK1.DINTS[0]");
 }
 
+CVemBaseNode* Child(CVemBaseNode* parent, const char* name) {
+    for (POSITION pos = VemGetChildList(parent)->GetHeadPosition(); pos;) {
+        auto* child = static_cast<CVemBaseNode*>(VemGetChildList(parent)->GetNext(pos));
+        if (VemGetName(child) == name) return child;
+    }
+    return nullptr;
+}
+
+// Every change that can move an answer makes the index stale; the next question rebuilds it.
+TEST(AddressIndex, EveryLayoutChangeMakesItStale) {
+    using Change = void (*)(CVemBaseNode * exe, CVemBaseNode * task, CVemBaseNode * v);
+    const std::pair<const char*, Change> kChanges[] = {
+        {"rename", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetName(v, "W"); }},
+        {"offset", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetOffset(v, 6); }},
+        {"size", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetSize(v, 4); }},
+        {"type", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetVariableType(v, kCbeTypeWord); }},
+        {"segment", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetParentSegment(v, 1); }},
+        {"unit segments", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSetSegmentNumbers(t, 1, 2, 0, 0); }},
+        {"child added",
+         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemAddChildTail(t, Var("N", 0, kCbeTypeInt, 2)); }},
+        {"child deleted", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode* v) { VemDeleteChildNode(t, v); }},
+        {"expanded", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemExpandArray(t); }},
+        {"bounds",
+         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) {
+             VemSetDimRange4Index(VemGetRange(Child(t, "INTS")), 0, tVemDimRange{1, 9, 0});
+         }},
+        {"string length",
+         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSetArrayElementSizeOfType(Child(t, "STRS"), 7); }},
+        {"segment added",
+         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) {
+             VemSegTblAddNewSegment(VemGetSegmentTable(t), Segment(kTargets[0], 8));
+         }},
+        {"segment deleted",
+         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSegTblDeleteSegment(VemGetSegmentTable(t), 2); }},
+        {"segment grown", [](CVemBaseNode*, CVemBaseNode* t,
+                             CVemBaseNode*) { VemBaAppendByte(VemSegTblGetSegment(VemGetSegmentTable(t), 2), 0); }},
+        {"segment start", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemAddNewSegmentLength(t, 4); }},
+        {"device settings", [](CVemBaseNode* exe, CVemBaseNode*,
+                               CVemBaseNode*) { VemSetDeviceSettings(exe, *VemGetDeviceSettings(exe)); }},
+    };
+    for (const auto& [what, change] : kChanges) {
+        Tree tree(KnownLayout(kTargets[0], false));
+        Index index(tree.node);
+        CVemBaseNode* task = VemAddrIndexGetTask(index.index, 0);
+        ASSERT_EQ(VemAddrIndexIsCurrent(index.index), 1) << what;
+        change(tree.node, task, Child(task, "V"));
+        EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 0) << what;
+        tVemAddressHit hit{};
+        VemAddrLookup(index.index, 0, kDataStart + 4, &hit);
+        EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 1) << what;
+    }
+}
+
 TEST(AddressIndex, LargestArrayAndDeepInstances) {
     // 65,535 BOOL elements without nodes, from offset 0 of a segment that holds them all.
     Tree tree(KnownLayout(kTargets[0], false));

@@ -1,6 +1,8 @@
 // Collections and strings of the platform layer.
 #include <algorithm>
+#include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <random>
 
@@ -163,6 +165,27 @@ TEST(Strings, FormattingSearchAndCase) {
 
 // A string of up to 6 characters lies in the string's own word, a longer one in a block: every
 // operation, across that border and on itself, gives what the standard string gives.
+// Format writes what the C library writes, for the conversions it does itself and for the others.
+TEST(Strings, FormatWritesWhatSnprintfWrites) {
+    auto same = [](const char* format, auto... args) {
+        char expected[512];
+        std::snprintf(expected, sizeof expected, format, args...);
+        CString s;
+        s.Format(format, args...);
+        EXPECT_EQ(std::string(s.GetString()), std::string(expected)) << format;
+    };
+    for (const int v : {0, 7, -7, 42, -1234, 65535, INT_MIN, INT_MAX}) {
+        for (const char* f : {"%d", "%i|", "x%3d", "%05i", "%02d%%", "%-4d.", "%+d", "%.3d"}) same(f, v);
+        for (const char* f : {"%u", "%x", "%X", "%04X", "%02u", "%8x", "%#x"}) same(f, static_cast<unsigned>(v));
+        same("%ld %lu %lli %llX", static_cast<long>(v), static_cast<unsigned long>(v), static_cast<long long>(v) * 3,
+             static_cast<unsigned long long>(v));
+        same("%c%s=%u\n", 'A' + (v & 15), "name", static_cast<unsigned>(v));
+    }
+    same("%s|%5s|%-5s|%.2s", "", "ab", "cd", "efg");
+    same("%hu %f %p", 70000, 1.5, static_cast<void*>(nullptr));
+    same("%s", std::string(300, 'y').c_str());
+}
+
 TEST(Strings, ShortAndLongTextsFollowTheStandardString) {
     std::mt19937 random(7);
     CString s;

@@ -60,9 +60,15 @@ CString CVemPouNode::GetNodeText() {
     return text;
 }
 
-void CVemPouNode::SetCodeSegment(u16 segment) { CodeSegNr = segment; }
+void CVemPouNode::SetCodeSegment(u16 segment) {
+    VemTouchLayout();
+    CodeSegNr = segment;
+}
 
-void CVemPouNode::SetDataSegment(u16 segment) { DataSegNr = segment; }
+void CVemPouNode::SetDataSegment(u16 segment) {
+    VemTouchLayout();
+    DataSegNr = segment;
+}
 
 void CVemPouNode::SetIniSegment(u16 segment) { IniDataSegNr = segment; }
 

@@ -272,7 +272,10 @@ void CVemArrayNode::ExpandArray() {
 
 // ---- flat functions --------------------------------------------------------------------------------
 
-void VemSetDimRange4Index(CVemDimRange* range, u8 index, tVemDimRange dimRange) { range->SetDimRange(index, dimRange); }
+void VemSetDimRange4Index(CVemDimRange* range, u8 index, tVemDimRange dimRange) {
+    VemTouchLayout();
+    range->SetDimRange(index, dimRange);
+}
 
 extern "C" tVemDimRange VemGetDimRange(CVemDimRange* range, u8 index) { return range->GetDimRange(index); }
 
@@ -283,7 +286,9 @@ extern "C" void VemSetArrayElementSizeOfType(CVemBaseNode* node, u16 size) {
     if (!node) return;
     const u32 type = node->GetNodeType();
     if (type < kVemArrayNode || type > 9) return;
-    if (node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) static_cast<CVemArrayNode*>(node)->ElementSizeOfType = size;
+    if (!node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) return;
+    VemTouchLayout();
+    static_cast<CVemArrayNode*>(node)->ElementSizeOfType = size;
 }
 
 extern "C" u16 VemGetArrayElementSizeOfType(CVemBaseNode* node) {

@@ -142,7 +142,10 @@ void CVemVariableNode::SetParentSegment(u16 segment) {
     ParentSegment = segment;
 }
 
-void CVemVariableNode::SetVariableType(tCbeType type) { VariableType = type; }
+void CVemVariableNode::SetVariableType(tCbeType type) {
+    VemTouchLayout();  // a string's elements take another size
+    VariableType = type;
+}
 
 tCbeType CVemVariableNode::GetVariableType() { return VariableType; }
 
@@ -205,6 +208,7 @@ int CVemVariableNode::IsReference() { return Reference; }
 
 // The members of a reference are reached through it: they become in/out, not references.
 void CVemVariableNode::SetReference(int reference) {
+    VemTouchLayout();
     Reference = reference;
     for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->SetVarInOut(reference);
 }

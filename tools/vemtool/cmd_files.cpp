@@ -1,6 +1,8 @@
 // dump, tree, check, header: looking into node files and source files.
 #include <cctype>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 
 #include "tool.h"
@@ -23,37 +25,69 @@ bool IsVariable(u32 t) {
 }
 bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
-void TreeLine(CVemBaseNode* node, int depth) {
-    const u32 type = VemGetNodeType(node);
-    std::string text(static_cast<std::size_t>(depth) * 2, ' ');
-    text += VemGetNodeText(node).str();
-    std::fprintf(Out(), "%-44s %-13s", text.c_str(), NodeTypeName(type));
-    u32 address = 0;
-    const bool placed = AbsoluteAddress(node, address);
-    if (IsVariable(type)) {
-        std::fprintf(Out(), " %-8s %4u:0x%04X", DataTypeName(VemGetVariableType(node)), VemGetParentSegment(node),
-                     static_cast<unsigned>(VemGetOffset(node)));
-        if (placed)
-            std::fprintf(Out(), "  @0x%06X", address);
-        else
-            std::fprintf(Out(), "  @-       ");
-        std::fprintf(Out(), "  size %u", static_cast<unsigned>(VemGetSize(node)));
-    } else if (IsUnit(type)) {
-        std::fprintf(Out(), " %-8s %4u:0x0000", "data", VemGetDataSegment(node));
-        if (placed)
-            std::fprintf(Out(), "  @0x%06X", address);
-        else
-            std::fprintf(Out(), "  @-       ");
-        std::fprintf(Out(), "  size %u", static_cast<unsigned>(VemGetDataSegLength(node)));
-    }
-    std::fputc('\n', Out());
+// A tree of a large resource has hundreds of thousands of lines: each is put together here and
+// written with one call, not formatted field by field.
+void Pad(std::string& line, const char* text, std::size_t width) {
+    const std::size_t length = std::strlen(text);
+    line.append(text, length);
+    if (length < width) line.append(width - length, ' ');
 }
 
-void PrintTree(CVemBaseNode* node, int depth, int maxDepth) {
-    TreeLine(node, depth);
-    if (maxDepth >= 0 && depth >= maxDepth) return;
-    for (CVemBaseNode* child : Children(node)) PrintTree(child, depth + 1, maxDepth);
+void Number(std::string& line, unsigned value, int base, std::size_t width, char fill) {
+    char digits[16];
+    const auto length =
+        static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value, base).ptr - digits);
+    if (length < width) line.append(width - length, fill);
+    for (std::size_t i = 0; i < length; ++i)
+        line += static_cast<char>(std::toupper(static_cast<unsigned char>(digits[i])));
 }
+
+// "%-44s %-13s", then for variables and units " %-8s %4u:0x%04X  @0x%06X  size %u".
+void TreeLine(std::string& line, CVemBaseNode* node, int depth) {
+    const u32 type = VemGetNodeType(node);
+    line.assign(static_cast<std::size_t>(depth) * 2, ' ');
+    line += VemGetNodeText(node).view();
+    if (line.size() < 44) line.append(44 - line.size(), ' ');
+    line += ' ';
+    Pad(line, NodeTypeName(type), 13);
+    const bool variable = IsVariable(type);
+    if (variable || IsUnit(type)) {
+        u32 address = 0;
+        const bool placed = AbsoluteAddress(node, address);
+        line += ' ';
+        Pad(line, variable ? DataTypeName(VemGetVariableType(node)) : "data", 8);
+        line += ' ';
+        Number(line, variable ? VemGetParentSegment(node) : VemGetDataSegment(node), 10, 4, ' ');
+        line += ":0x";
+        Number(line, variable ? static_cast<unsigned>(VemGetOffset(node)) : 0u, 16, 4, '0');
+        if (placed) {
+            line += "  @0x";
+            Number(line, address, 16, 6, '0');
+        } else {
+            line += "  @-       ";
+        }
+        line += "  size ";
+        Number(line,
+               variable ? static_cast<unsigned>(VemGetSize(node)) : static_cast<unsigned>(VemGetDataSegLength(node)),
+               10, 0, ' ');
+    }
+    line += '\n';
+    std::fwrite(line.data(), 1, line.size(), Out());
+}
+
+void PrintTree(std::string& line, CVemBaseNode* node, int depth, int maxDepth) {
+    TreeLine(line, node, depth);
+    if (maxDepth >= 0 && depth >= maxDepth) return;
+    CObList* list = VemGetChildList(node);
+    for (POSITION pos = list->GetHeadPosition(); pos;)
+        PrintTree(line, static_cast<CVemBaseNode*>(list->GetNext(pos)), depth + 1, maxDepth);
+}
+
+// The library's texts go straight into the buffer of the output, not into one copy of the whole.
+class OutFile : public CFile {
+public:
+    void Write(const void* buffer, unsigned count) override { std::fwrite(buffer, 1, count, Out()); }
+};
 
 bool Count(const std::string& text, long& value) {
     char* end = nullptr;
@@ -70,9 +104,8 @@ int CmdDump(const Options& o) {
     Tree tree(Load(o, file));
     if (!tree.get()) return kFailed;
     if (!OpenOutput(o.Value("--output"))) return kFailed;
-    CMemFile text;
+    OutFile text;
     CVemNodeDump(tree.get(), &text);
-    std::fwrite(text.Data().data(), 1, text.Data().size(), Out());
     return kOk;
 }
 
@@ -95,7 +128,8 @@ int CmdTree(const Options& o) {
             top = FindNode(tree.get(), o.Value("--path"));
             if (!top) return NotFound(tree.get(), o.Value("--path"), "no node of that path");
         }
-        PrintTree(top, 0, static_cast<int>(depth));
+        std::string line;
+        PrintTree(line, top, 0, static_cast<int>(depth));
         return kOk;
     }
     const std::string out = o.Value("--output");

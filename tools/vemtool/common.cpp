@@ -4,12 +4,15 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host.h"
 #include "tool.h"
 
 namespace vemtool {
 
 namespace {
 
+// Results reach a file or pipe in large pieces; a terminal keeps its line buffering.
+constexpr std::size_t kOutputBuffer = std::size_t{1} << 20;
 std::FILE* gOut = stdout;
 std::string gOutName = "standard output";
 
@@ -59,6 +62,10 @@ int Usage(const std::string& text) {
 
 std::FILE* Out() { return gOut; }
 
+void BufferStandardOutput() {
+    if (!StdoutIsTerminal()) std::setvbuf(stdout, nullptr, _IOFBF, kOutputBuffer);
+}
+
 bool OpenOutput(const std::string& path) {
     if (path.empty() || path == "-") return true;
     std::FILE* f = std::fopen(path.c_str(), "wb");
@@ -68,6 +75,7 @@ bool OpenOutput(const std::string& path) {
     }
     gOut = f;
     gOutName = path;
+    std::setvbuf(f, nullptr, _IOFBF, kOutputBuffer);
     return true;
 }
 
@@ -106,6 +114,37 @@ void Progress::Step(std::size_t done) {
     shown_ = true;
     std::fprintf(stderr, "\rvemtool: %s %3zu%%", what_, done * 100 / total_);
     std::fflush(stderr);
+}
+
+namespace {
+
+bool TearDown() {
+#ifdef VEMTOOL_SANITIZED
+    return true;
+#else
+    const char* text = std::getenv("VEMTOOL_TEARDOWN");
+    return text && *text && std::strcmp(text, "0") != 0;
+#endif
+}
+
+// Trees given up, still reachable from here (a leak checker sees them held, not lost).
+std::vector<CVemBaseNode*>& Kept() {
+    static std::vector<CVemBaseNode*> kept;
+    return kept;
+}
+
+}  // namespace
+
+void Discard(CVemBaseNode* root) {
+    if (root) Kept().push_back(root);
+}
+
+void DiscardAll() {
+    std::vector<CVemBaseNode*>& kept = Kept();
+    if (TearDown()) {
+        for (CVemBaseNode* root : kept) VemDeleteNode(root);
+        kept.clear();
+    }
 }
 
 std::vector<CVemBaseNode*> Children(CVemBaseNode* node) {

@@ -1,24 +1,55 @@
 #include "json.h"
 
 #include <charconv>
+#include <cstring>
 
 namespace vemtool {
 
 namespace {
+
 constexpr std::size_t kFlushAt = 1 << 20;  // the text goes out in pieces of about a megabyte
-}
+
+// The characters that a string holds as they are: printable ASCII but the quote and the backslash.
+struct PlainTable {
+    bool plain[256] = {};
+    constexpr PlainTable() {
+        for (int c = 0x20; c < 0x7F; ++c) plain[c] = c != '"' && c != '\\';
+    }
+    constexpr bool operator[](unsigned char c) const { return plain[c]; }
+};
+constexpr PlainTable kPlain;
+
+}  // namespace
+
+Json::Json(std::FILE* out, bool compact) : out_(out), compact_(compact), text_(kFlushAt + 4096) {}
 
 Json::~Json() { Flush(); }
 
 void Json::Flush() {
-    if (!text_.empty()) std::fwrite(text_.data(), 1, text_.size(), out_);
-    text_.clear();
+    if (used_) std::fwrite(text_.data(), 1, used_, out_);
+    used_ = 0;
+}
+
+// Room for `count` more characters; a text of its own beyond the buffer makes it grow.
+char* Json::Room(std::size_t count) {
+    if (used_ + count > text_.size()) {
+        Flush();
+        if (count > text_.size()) text_.resize(count);
+    }
+    char* at = text_.data() + used_;
+    used_ += count;
+    return at;
+}
+
+void Json::Put(const char* text, std::size_t count) {
+    if (count) std::memcpy(Room(count), text, count);
 }
 
 void Json::Indent() {
     if (compact_) return;
-    text_ += '\n';
-    text_.append(first_.size() * 2, ' ');
+    char* at = Room(1 + first_.size() * 2);
+    *at = '\n';
+    std::memset(at + 1, ' ', first_.size() * 2);
 }
 
 void Json::Separate() {
@@ -27,7 +58,7 @@ void Json::Separate() {
         return;
     }
     if (!first_.empty()) {
-        if (!first_.back()) text_ += ',';
+        if (!first_.back()) Put(',');
         first_.back() = false;
         Indent();
     }
@@ -35,7 +66,7 @@ void Json::Separate() {
 
 void Json::Open(char c) {
     Separate();
-    text_ += c;
+    Put(c);
     first_.push_back(true);
 }
 
@@ -43,42 +74,60 @@ void Json::Close(char c) {
     const bool empty = first_.back();
     first_.pop_back();
     if (!empty) Indent();
-    text_ += c;
+    Put(c);
     if (first_.empty()) {
-        text_ += '\n';
+        Put('\n');
         Flush();
-    } else if (text_.size() > kFlushAt) {
+    } else if (used_ > kFlushAt) {
         Flush();
     }
 }
 
+// Keys are mostly the tool's own names, which need no escaping: they go in with one copy.
 void Json::Key(const char* key) {
     Separate();
-    WriteString(key);
-    text_ += compact_ ? ":" : ": ";
+    const char* text = key ? key : "";
+    const auto* end = reinterpret_cast<const unsigned char*>(text);
+    while (kPlain[*end]) ++end;
+    if (*end) {
+        WriteString(text);
+        Put(compact_ ? ":" : ": ", compact_ ? 1 : 2);
+    } else {
+        const auto length = static_cast<std::size_t>(reinterpret_cast<const char*>(end) - text);
+        char* out = Room(length + (compact_ ? 3 : 4));
+        *out++ = '"';
+        std::memcpy(out, text, length);
+        out += length;
+        *out++ = '"';
+        *out++ = ':';
+        if (!compact_) *out = ' ';
+    }
     afterKey_ = true;
 }
 
 void Json::Number(long long value) {
     Separate();
     char digits[24];
-    text_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    Put(digits, static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits));
 }
 
 void Json::Unsigned(unsigned long long value) {
     Separate();
     char digits[24];
-    text_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    Put(digits, static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits));
 }
 
 void Json::Bool(bool value) {
     Separate();
-    text_ += value ? "true" : "false";
+    if (value)
+        Put("true", 4);
+    else
+        Put("false", 5);
 }
 
 void Json::Null() {
     Separate();
-    text_ += "null";
+    Put("null", 4);
 }
 
 void Json::String(const char* text) {
@@ -88,32 +137,38 @@ void Json::String(const char* text) {
 
 void Json::WriteString(const char* text) {
     static const char kDigits[] = "0123456789abcdef";
-    text_ += '"';
-    for (const unsigned char* p = reinterpret_cast<const unsigned char*>(text ? text : ""); *p; ++p) {
+    Put('"');
+    const auto* p = reinterpret_cast<const unsigned char*>(text ? text : "");
+    for (;;) {
+        // Runs of characters that stand as they are go in with one copy.
+        const unsigned char* run = p;
+        while (kPlain[*p]) ++p;
+        Put(reinterpret_cast<const char*>(run), static_cast<std::size_t>(p - run));
         const unsigned c = *p;
+        if (c == 0) break;
         if (c == '"' || c == '\\') {
-            text_ += '\\';
-            text_ += static_cast<char>(c);
-        } else if (c < 0x20 || c >= 0x7F) {
-            text_ += "\\u00";  // 8-bit texts read as Latin-1
-            text_ += kDigits[c >> 4];
-            text_ += kDigits[c & 15];
+            const char escaped[] = {'\\', static_cast<char>(c)};
+            Put(escaped, sizeof escaped);
         } else {
-            text_ += static_cast<char>(c);
+            const char escaped[] = {'\\',           'u', '0', '0', kDigits[c >> 4],
+                                    kDigits[c & 15]};  // 8-bit texts read as Latin-1
+            Put(escaped, sizeof escaped);
         }
+        ++p;
     }
-    text_ += '"';
+    Put('"');
 }
 
 void Json::Hex(const unsigned char* bytes, std::size_t count) {
     static const char kDigits[] = "0123456789ABCDEF";
     Separate();
-    text_ += '"';
+    char* out = Room(2 * count + 2);
+    *out++ = '"';
     for (std::size_t i = 0; i < count; ++i) {
-        text_ += kDigits[bytes[i] >> 4];
-        text_ += kDigits[bytes[i] & 15];
+        *out++ = kDigits[bytes[i] >> 4];
+        *out++ = kDigits[bytes[i] & 15];
     }
-    text_ += '"';
+    *out = '"';
 }
 
 }  // namespace vemtool

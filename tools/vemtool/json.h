@@ -11,7 +11,7 @@ namespace vemtool {
 
 class Json {
 public:
-    explicit Json(std::FILE* out, bool compact = false) : out_(out), compact_(compact) {}
+    explicit Json(std::FILE* out, bool compact = false);
     ~Json();
     Json(const Json&) = delete;
     Json& operator=(const Json&) = delete;
@@ -39,11 +39,15 @@ private:
     void Indent();
     void WriteString(const char* text);
     void Flush();
+    char* Room(std::size_t count);
+    void Put(const char* text, std::size_t count);
+    void Put(char c) { *Room(1) = c; }
     std::FILE* out_;
-    std::string text_;         // written out when a top-level value ends or the text grows large
-    std::vector<bool> first_;  // per open level: no element written yet
-    bool afterKey_ = false;
     bool compact_ = false;
+    std::vector<char> text_;   // written out when a top-level value ends or the text grows large
+    std::size_t used_ = 0;     // characters of text_ in use
+    std::vector<char> first_;  // per open level: no element written yet
+    bool afterKey_ = false;
 };
 
 }  // namespace vemtool

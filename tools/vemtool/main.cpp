@@ -310,7 +310,10 @@ int main(int argc, char** argv) {
 #ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a write error that the tool reports
 #endif
+    vemtool::PrepareHeap();
+    vemtool::BufferStandardOutput();
     VemSetMessageBoxHandler(&vemtool::PrintMessage, nullptr);
-    const int result = vemtool::Main(std::vector<std::string>(argv + 1, argv + argc));
-    return vemtool::FinishOutput(result);
+    const int result = vemtool::FinishOutput(vemtool::Main(std::vector<std::string>(argv + 1, argv + argc)));
+    vemtool::DiscardAll();
+    return result;
 }

@@ -67,6 +67,7 @@ void Error(const char* format, ...) __attribute__((format(printf, 1, 2)));  // "
 // Where results go: standard output, or the file of -o. A write error (full disk, closed pipe)
 // makes the command fail with a message at the end.
 std::FILE* Out();
+void BufferStandardOutput();               // before the first result is written
 bool OpenOutput(const std::string& path);  // "" or "-" is standard output
 int FinishOutput(int result);
 
@@ -85,12 +86,18 @@ private:
     bool shown_ = false;
 };
 
-// A loaded tree, deleted at the end of the scope.
+// A tree is deleted at the end of the tool, not of its scope: freeing some hundred thousand nodes
+// costs a tenth of a large load, and the end of the process frees them at once, as a compiler does
+// with its trees. Builds with sanitizers and VEMTOOL_TEARDOWN=1 delete every tree (at the end too).
+void Discard(CVemBaseNode* root);
+void DiscardAll();
+
+// A loaded tree, given up at the end of the scope (see Discard).
 class Tree {
 public:
     Tree() = default;
     explicit Tree(CVemBaseNode* root) : root_(root) {}
-    ~Tree() { VemDeleteNode(root_); }
+    ~Tree() { Discard(root_); }
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
     CVemBaseNode* get() const { return root_; }
