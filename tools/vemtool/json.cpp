@@ -30,12 +30,11 @@ void Json::Flush() {
     used_ = 0;
 }
 
-// Room for `count` more characters; a text of its own beyond the buffer makes it grow.
-char* Json::Room(std::size_t count) {
-    if (used_ + count > text_.size()) {
-        Flush();
-        if (count > text_.size()) text_.resize(count);
-    }
+// Room for `count` more characters where the buffer is full; a text of its own beyond the buffer
+// makes it grow.
+char* Json::MoreRoom(std::size_t count) {
+    Flush();
+    if (count > text_.size()) text_.resize(count);
     char* at = text_.data() + used_;
     used_ += count;
     return at;

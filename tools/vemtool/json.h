@@ -39,7 +39,13 @@ private:
     void Indent();
     void WriteString(const char* text);
     void Flush();
-    char* Room(std::size_t count);
+    char* Room(std::size_t count) {
+        if (used_ + count > text_.size()) return MoreRoom(count);
+        char* at = text_.data() + used_;
+        used_ += count;
+        return at;
+    }
+    char* MoreRoom(std::size_t count);
     void Put(const char* text, std::size_t count);
     void Put(char c) { *Room(1) = c; }
     std::FILE* out_;
