@@ -96,10 +96,12 @@ build_gtest() {
     quiet nice -n 10 ninja -C "$out/$host/gtest-build" -j"$jobs" install
 }
 
+# Optimised as the native build, but without debug information: that is a third of the compile time
+# of the tests, and CI builds three hosts.
 build_host() {
     local host=$1
     build_gtest "$host"
-    quiet cmake -S . -B "$out/$host/vem" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    quiet cmake -S . -B "$out/$host/vem" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" \
         -DCMAKE_TOOLCHAIN_FILE="$(toolchain_of "$host")" -DGTest_DIR="$out/$host/gtest/lib/cmake/GTest" \
         -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$out/$host/bin" -DCMAKE_LIBRARY_OUTPUT_DIRECTORY="$out/$host/bin" \
         -DVEM_BUILD_BENCH=OFF "${launcher[@]}"
