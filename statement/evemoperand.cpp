@@ -59,8 +59,8 @@ void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
     CString text = prefix + "Name = " + Name + prefix + "AddressMode = " + EVemAddressModeText(AddressMode);
     text.AppendFormat("%sNearOffset = %u\n", prefix.GetString(), unsigned{NearOffset});
     text.AppendFormat("%sFarOffset = %u\n", prefix.GetString(), unsigned{FarOffset});
-    text += prefix + "VemNode = " + EVemPointerText(VemNode) + "\n";
-    text += prefix + "VemInstanceNode = " + EVemPointerText(InstanceNode) + "\n";
+    text += prefix + "VemNode = " + EVemPointerText(GetVemNode()) + "\n";
+    text += prefix + "VemInstanceNode = " + EVemPointerText(GetInstanceNode()) + "\n";
     WriteDump(file, text);
 }
 

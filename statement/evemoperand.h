@@ -70,21 +70,36 @@ public:
     u16 GetFarOffset() override { return FarOffset; }
     void SetAddressMode(tEVemAddressMode mode) override { AddressMode = mode; }
     tEVemAddressMode GetAddressMode() override { return AddressMode; }
-    void SetVemNode(CVemBaseNode* vemNode) override { VemNode = vemNode; }
-    CVemBaseNode* GetVemNode() override { return VemNode; }
-    void SetInstanceNode(CVemBaseNode* instanceNode) override { InstanceNode = instanceNode; }
-    CVemBaseNode* GetInstanceNode() override { return InstanceNode; }
+    void SetVemNode(CVemBaseNode* vemNode) override {
+        if (vemNode || Borrowed) Borrow().VemNode = vemNode;
+    }
+    CVemBaseNode* GetVemNode() override { return Borrowed ? Borrowed->VemNode : nullptr; }
+    void SetInstanceNode(CVemBaseNode* instanceNode) override {
+        if (instanceNode || Borrowed) Borrow().InstanceNode = instanceNode;
+    }
+    CVemBaseNode* GetInstanceNode() override { return Borrowed ? Borrowed->InstanceNode : nullptr; }
     void DumpNode(CFile* file, CString prefix) override;
 
     CString Name;
     u16 NearOffset = 0;
     u16 FarOffset = 0;
     tEVemAddressMode AddressMode = kEVemNoAddressMode;
-    CVemBaseNode* VemNode = nullptr;
-    CVemBaseNode* InstanceNode = nullptr;
+    // The compiler sets them and a load never does: they take room only in statements that have
+    // them, so that a loaded statement fits the allocator's next smaller block.
+    struct BorrowedNodes {
+        CVemBaseNode* VemNode = nullptr;
+        CVemBaseNode* InstanceNode = nullptr;
+    };
+    std::unique_ptr<BorrowedNodes> Borrowed;
 
 protected:
     void SerializeOperand(CArchive& ar) override;
+
+private:
+    BorrowedNodes& Borrow() {
+        if (!Borrowed) Borrowed = std::make_unique<BorrowedNodes>();
+        return *Borrowed;
+    }
 };
 
 // An indexed variable: it owns the statements of its index expressions and of a preceding operand.
