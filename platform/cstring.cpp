@@ -129,6 +129,16 @@ void CString::Append(const char* text, std::size_t length) {
 
 void CString::SetString(const char* text, int length) {
     const std::size_t n = length > 0 ? static_cast<std::size_t>(length) : 0;
+    if (IsInline()) {  // as every string that a load fills: nothing to keep
+        if (n > kInlineCapacity) {
+            Init(text, n);
+        } else {
+            std::uintptr_t word = (n << 1) | 1;  // the text may lie in this word
+            std::memcpy(reinterpret_cast<char*>(&word) + kInlineChars, text, n);
+            v_ = word;
+        }
+        return;
+    }
     if (n > Capacity() || IsShared()) {
         CString fresh(text, length);
         *this = std::move(fresh);
