@@ -268,7 +268,7 @@ CArchive& CArchive::operator>>(CString& s) {
     // Names are short: their length is one byte below 0xFF.
     const u64 len = m_loading && m_cur < m_end && *m_cur < 0xFF ? *m_cur++ : ReadStringLength(wide);
     if (len == 0) {  // most texts of a variable are empty
-        s.Empty();
+        if (!s.IsEmpty()) s.Empty();
         return *this;
     }
     const u64 bytes = wide ? len * 2 : len;
