@@ -265,7 +265,12 @@ u64 CArchive::ReadStringLength(bool& wide) {
 
 CArchive& CArchive::operator>>(CString& s) {
     bool wide = false;
-    const u64 len = ReadStringLength(wide);
+    // Names are short: their length is one byte below 0xFF.
+    const u64 len = m_loading && m_cur < m_end && *m_cur < 0xFF ? *m_cur++ : ReadStringLength(wide);
+    if (len == 0) {  // most texts of a variable are empty
+        if (!s.IsEmpty()) s.Empty();
+        return *this;
+    }
     const u64 bytes = wide ? len * 2 : len;
     if (wide && len > std::numeric_limits<u64>::max() / 2) VemThrowArchive(CArchiveException::endOfFile, FileName());
     CheckRemaining(bytes);

@@ -21,40 +21,81 @@ std::size_t Clamp(int v, std::size_t max) {
 
 }  // namespace
 
+namespace {
+
+// A block for `capacity` characters and the closing zero, holding `length` of them; gives the
+// characters. The words in front of them are set up, the characters are not.
+char* NewBlock(std::size_t capacity, std::size_t length) {
+    if (capacity > 0x7FFFFFFEu) throw std::length_error("CString");
+    const bool roomy = capacity != length;
+    const std::size_t head = roomy ? 3 * sizeof(u32) : 2 * sizeof(u32);
+    char* chars = static_cast<char*>(::operator new(head + capacity + 1)) + head;
+    u32* words = reinterpret_cast<u32*>(chars);
+    words[-1] = static_cast<u32>(length) | (roomy ? 0x80000000u : 0);
+    words[-2] = 1;
+    if (roomy) words[-3] = static_cast<u32>(capacity);
+    return chars;
+}
+
+}  // namespace
+
 CString::CString(char ch, int repeat) : CString() {
     if (repeat <= 0) return;
     Reserve(static_cast<std::size_t>(repeat));
-    std::memset(Data(), ch, static_cast<std::size_t>(repeat));
+    std::memset(Owned(), ch, static_cast<std::size_t>(repeat));
     SetSize(static_cast<std::size_t>(repeat));
 }
 
 void CString::Init(const char* text, std::size_t length) {
     if (length == 0) return;
-    Reserve(length);
-    std::memcpy(Data(), text, length);
-    SetSize(length);
+    char* chars;
+    if (length <= kInlineCapacity) {
+        v_ = (length << 1) | 1;
+        chars = Owned();
+    } else {
+        chars = NewBlock(length, length);
+        v_ = reinterpret_cast<std::uintptr_t>(chars);
+    }
+    std::memcpy(chars, text, length);
+    chars[length] = '\0';
 }
 
-void CString::Copy(const CString& other) {
-    v_ = kEmpty;
-    Init(other.Data(), other.Size());
+void CString::Drop() noexcept {
+    // The only holder needs no atomic write: nobody else can take a share meanwhile.
+    std::atomic_ref<u32> refs(Refs());
+    if (refs.load(std::memory_order_acquire) == 1 || refs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        ::operator delete(Word((LengthWord() & kHasCapacity) ? 3 : 2));
+    }
 }
 
-void CString::Free() noexcept {
-    if (!IsInline()) ::operator delete(head());
+void CString::Empty() noexcept {
+    if (IsShared()) {
+        Drop();
+        v_ = kEmpty;
+    } else {
+        SetSize(0);
+    }
+}
+
+char* CString::Mutable() {
+    if (IsShared()) Reserve(Size());
+    return Owned();
 }
 
 // A block of exactly the capacity asked for; appends ask for more than they need.
 void CString::Reserve(std::size_t capacity) {
-    if (capacity <= Capacity()) return;
-    if (capacity > 0xFFFFFFFEu) throw std::length_error("CString");
-    auto* block = static_cast<Head*>(::operator new(sizeof(Head) + capacity + 1));
-    char* chars = reinterpret_cast<char*>(block + 1);
+    const bool shared = IsShared();
+    if (capacity <= Capacity() && !shared) return;
     const std::size_t length = Size();
+    capacity = std::max(capacity, length);
+    if (capacity <= kInlineCapacity) {  // a shared block of a short text, as GetBuffer may leave it
+        CString fresh(Data(), static_cast<int>(length));
+        *this = std::move(fresh);
+        return;
+    }
+    char* chars = NewBlock(capacity, length);
     std::memcpy(chars, Data(), length + 1);
-    block->length = static_cast<u32>(length);
-    block->capacity = static_cast<u32>(capacity);
-    Free();
+    Release();
     v_ = reinterpret_cast<std::uintptr_t>(chars);
 }
 
@@ -62,34 +103,49 @@ void CString::SetSize(std::size_t length) noexcept {
     if (IsInline()) {
         v_ = (v_ & ~std::uintptr_t{0xFF}) | (length << 1) | 1;
     } else {
-        head()->length = static_cast<u32>(length);
+        LengthWord() = static_cast<u32>(length) | (LengthWord() & kHasCapacity);
     }
-    Data()[length] = '\0';
+    Owned()[length] = '\0';
 }
 
 void CString::Append(const char* text, std::size_t length) {
     if (length == 0) return;
     const std::size_t old = Size();
-    if (old + length > Capacity()) {
+    if (old + length > Capacity() || IsShared()) {
         // The text may lie in this string: it moves along with the characters.
         const auto at = reinterpret_cast<std::uintptr_t>(text);
         const auto from = reinterpret_cast<std::uintptr_t>(Data());
         const bool own = at >= from && at <= from + old;
+        // Keep a shared block alive while its characters are copied.
+        CString keep(*this);
         Reserve(std::max(old + length, old + old / 2 + 15));
         if (own) text = Data() + (at - from);
+        std::memmove(Owned() + old, text, length);
+        SetSize(old + length);
+        return;
     }
-    std::memmove(Data() + old, text, length);
+    std::memmove(Owned() + old, text, length);
     SetSize(old + length);
 }
 
 void CString::SetString(const char* text, int length) {
     const std::size_t n = length > 0 ? static_cast<std::size_t>(length) : 0;
-    if (n > Capacity()) {
+    if (IsInline()) {  // as every string that a load fills: nothing to keep
+        if (n > kInlineCapacity) {
+            Init(text, n);
+        } else {
+            std::uintptr_t word = (n << 1) | 1;  // the text may lie in this word
+            std::memcpy(reinterpret_cast<char*>(&word) + kInlineChars, text, n);
+            v_ = word;
+        }
+        return;
+    }
+    if (n > Capacity() || IsShared()) {
         CString fresh(text, length);
         *this = std::move(fresh);
         return;
     }
-    if (n) std::memmove(Data(), text, n);
+    if (n) std::memmove(Owned(), text, n);
     SetSize(n);
 }
 
@@ -156,13 +212,13 @@ int CString::ReverseFind(char ch) const {
 }
 
 CString& CString::MakeUpper() {
-    char* p = Data();
+    char* p = Mutable();
     for (std::size_t i = 0; i < Size(); ++i) p[i] = AsciiUpper(p[i]);
     return *this;
 }
 
 CString& CString::MakeLower() {
-    char* p = Data();
+    char* p = Mutable();
     for (std::size_t i = 0; i < Size(); ++i) p[i] = AsciiLower(p[i]);
     return *this;
 }
@@ -170,9 +226,10 @@ CString& CString::MakeLower() {
 CString& CString::TrimLeft() {
     std::size_t i = 0;
     const std::size_t n = Size();
-    char* p = Data();
-    while (i < n && IsBlank(p[i])) ++i;
+    const char* text = Data();
+    while (i < n && IsBlank(text[i])) ++i;
     if (i == 0) return *this;
+    char* p = Mutable();
     std::memmove(p, p + i, n - i);
     SetSize(n - i);
     return *this;
@@ -181,6 +238,8 @@ CString& CString::TrimLeft() {
 CString& CString::TrimRight() {
     std::size_t n = Size();
     while (n > 0 && IsBlank(Data()[n - 1])) --n;
+    if (n == Size()) return *this;
+    Mutable();
     SetSize(n);
     return *this;
 }
@@ -314,7 +373,7 @@ void CString::AppendFormatV(const char* format, va_list args) {
     }
     const std::size_t old = Size();
     Reserve(old + static_cast<std::size_t>(n));
-    std::vsnprintf(Data() + old, static_cast<std::size_t>(n) + 1, format, args);
+    std::vsnprintf(Owned() + old, static_cast<std::size_t>(n) + 1, format, args);
     SetSize(old + static_cast<std::size_t>(n));
 }
 
@@ -323,13 +382,14 @@ char* CString::GetBuffer(int minLength) {
     const std::size_t old = Size();
     Reserve(want);
     if (want > old) {
-        std::memset(Data() + old, 0, want - old);
+        std::memset(Owned() + old, 0, want - old);
         SetSize(want);
     }
-    return Data();
+    return Owned();
 }
 
 void CString::ReleaseBuffer(int newLength) {
+    Mutable();
     if (newLength < 0) {
         SetSize(std::strlen(Data()));
     } else if (static_cast<std::size_t>(newLength) <= Size()) {

@@ -1,6 +1,7 @@
 // CString: an owned string of 8-bit characters.
 #pragma once
 
+#include <atomic>
 #include <bit>
 #include <cstdarg>
 #include <cstdint>
@@ -23,35 +24,30 @@ public:
     CString(std::string text) : CString() { Init(text.data(), text.size()); }       // NOLINT
     CString(std::string_view text) : CString() { Init(text.data(), text.size()); }  // NOLINT
     CString(char ch, int repeat);
-    // A short text is copied with its word; only a longer one takes a block of its own.
-    CString(const CString& other) : v_(other.v_) {
-        if (!IsInline()) Copy(other);
-    }
+    // A short text is copied with its word, a longer one shares the other's block.
+    CString(const CString& other) noexcept : v_(other.v_) { AddRef(); }
     CString(CString&& other) noexcept : v_(other.v_) { other.v_ = kEmpty; }
-    CString& operator=(const CString& other) {
-        if (this == &other) return *this;
-        if (other.IsInline() && IsInline()) {
+    CString& operator=(const CString& other) noexcept {
+        if (v_ != other.v_) {
+            other.AddRef();
+            Release();
             v_ = other.v_;
-        } else {
-            SetString(other.Data(), other.GetLength());
         }
         return *this;
     }
     CString& operator=(CString&& other) noexcept {
         if (this != &other) {
-            Free();
+            Release();
             v_ = other.v_;
             other.v_ = kEmpty;
         }
         return *this;
     }
-    ~CString() {
-        if (!IsInline()) Free();
-    }
+    ~CString() { Release(); }
 
     int GetLength() const { return static_cast<int>(Size()); }
     bool IsEmpty() const { return Size() == 0; }
-    void Empty() { SetSize(0); }
+    void Empty() noexcept;
     const char* GetString() const { return Data(); }
     operator const char*() const { return Data(); }  // NOLINT: as the platform's string
     std::string str() const { return std::string(Data(), Size()); }
@@ -59,7 +55,7 @@ public:
 
     char GetAt(int index) const { return Data()[index]; }
     char operator[](int index) const { return Data()[index]; }
-    void SetAt(int index, char ch) { Data()[index] = ch; }
+    void SetAt(int index, char ch) { Mutable()[index] = ch; }
 
     // The text of `length` bytes at `text` (which may lie in this string), in the storage held.
     void SetString(const char* text, int length);
@@ -149,16 +145,17 @@ public:
 
 private:
     // One pointer wide. A text of up to six characters lies in the word itself: its low byte holds
-    // the length doubled plus one, the other bytes the characters and their closing zero. A longer text lies
-    // in a block of its own whose length and capacity stand in front of the characters, and the word
-    // points at the characters; blocks are aligned, so its lowest bit is 0. An empty string is thus
-    // the word 1 and costs no allocation.
-    struct Head {
-        u32 length;
-        u32 capacity;  // characters the block holds besides the closing zero
-    };
+    // the length doubled plus one, the other bytes the characters and their closing zero. A longer
+    // text lies in a block that copies share; the word points at its characters, in front of which
+    // stand the length and the count of strings that share the block (the 32-bit words just below
+    // the characters), and the capacity below them where the block has room beyond its text. The
+    // top bit of the length word says so: a text read or copied takes exactly its own bytes. Blocks
+    // are aligned, so the word's lowest bit is 0. An empty string is thus the word 1 and costs no
+    // allocation. The count is changed atomically, so that strings on different threads may share a
+    // block; one that is written to first takes a block of its own unless it is the only holder.
     static constexpr std::uintptr_t kEmpty = 1;
     static constexpr std::size_t kInlineCapacity = sizeof(std::uintptr_t) - 2;
+    static constexpr u32 kHasCapacity = 0x80000000u;
     // The characters of a short text follow the low byte in memory on a little-endian host and
     // precede it on a big-endian one.
     static constexpr std::size_t kInlineChars = std::endian::native == std::endian::little ? 1 : 0;
@@ -167,20 +164,37 @@ private:
     const char* Data() const noexcept {
         return IsInline() ? reinterpret_cast<const char*>(&v_) + kInlineChars : reinterpret_cast<const char*>(v_);
     }
-    char* Data() noexcept {
+    // Only for a string that holds its storage alone.
+    char* Owned() noexcept {
         return IsInline() ? reinterpret_cast<char*>(&v_) + kInlineChars : reinterpret_cast<char*>(v_);
     }
-    Head* head() const noexcept { return reinterpret_cast<Head*>(v_) - 1; }
-    std::size_t Size() const noexcept { return IsInline() ? (v_ & 0xFF) >> 1 : head()->length; }
-    std::size_t Capacity() const noexcept { return IsInline() ? kInlineCapacity : head()->capacity; }
+    // The characters, for writing: a shared block is copied first.
+    char* Mutable();
+    u32* Word(std::size_t below) const noexcept { return reinterpret_cast<u32*>(v_) - below; }
+    u32& LengthWord() const noexcept { return *Word(1); }
+    u32& Refs() const noexcept { return *Word(2); }
+    bool IsShared() const noexcept {
+        return !IsInline() && std::atomic_ref<u32>(Refs()).load(std::memory_order_acquire) != 1;
+    }
+    std::size_t Size() const noexcept { return IsInline() ? (v_ & 0xFF) >> 1 : LengthWord() & ~kHasCapacity; }
+    std::size_t Capacity() const noexcept {
+        if (IsInline()) return kInlineCapacity;
+        return (LengthWord() & kHasCapacity) ? *Word(3) : LengthWord();
+    }
 
     static CString Concat(std::string_view a, std::string_view b);
-    // Init: this string is empty. The others keep the characters held up to the new size.
+    // Init: this string is empty; the block, if any, takes exactly the text.
     void Init(const char* text, std::size_t length);
-    // The copy constructor's part for a text in a block: `v_` still points at the other's block.
-    void Copy(const CString& other);
-    void Free() noexcept;
+    void AddRef() const noexcept {
+        if (!IsInline()) std::atomic_ref<u32>(Refs()).fetch_add(1, std::memory_order_relaxed);
+    }
+    void Release() noexcept {
+        if (!IsInline()) Drop();
+    }
+    void Drop() noexcept;
+    // Storage held alone with room for `capacity` characters, keeping the characters held.
     void Reserve(std::size_t capacity);
+    // For storage held alone; keeps the characters held up to the new size.
     void SetSize(std::size_t length) noexcept;
     void Append(const char* text, std::size_t length);
 

@@ -110,7 +110,8 @@ void CEVemPouCodeNode::LoadChain(CArchive& ar) {
         if (type == kChainEnd) return;
         std::unique_ptr<CEVemBaseStmtNode> statement(EVemMakeChainStatement(type));
         statement->Serialize(ar);
-        if (!EVemKindFitsClass(statement->NodeType, statement->GetRuntimeClass())) {
+        // A record that keeps the kind it was made by fits its class.
+        if (statement->NodeType != type && !EVemKindFitsClass(statement->NodeType, statement->GetRuntimeClass())) {
             EVemDeleteChain(statement.release());  // with the statements that an older record nested
             VemThrowArchive(CArchiveException::badClass);
         }

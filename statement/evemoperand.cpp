@@ -12,15 +12,15 @@ VEM_IMPLEMENT_SERIAL(CEVemArrayOperatorStmtNode, CEVemOpOnVarStmtNode, 5)
 void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseStmtNode::DumpNode(file, prefix);
     CString text;
-    text.Format("%sCbeType = %s\n", prefix.GetString(), EVemCbeTypeText(CbeType));
+    text.Format("%sCbeType = %s\n", prefix.GetString(), EVemCbeTypeText(Seen().CbeType));
     WriteDump(file, text);
 }
 
 void CEVemOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOpOnTypeStmtNode::DumpNode(file, prefix);
     CString text;
-    text.Format("%sNegOperand = %s\n%sAccuType = %s\n", prefix.GetString(), NegOperand == 1 ? "TRUE" : "FALSE",
-                prefix.GetString(), AccuType == 1 ? "normal" : "shadow");
+    text.Format("%sNegOperand = %s\n%sAccuType = %s\n", prefix.GetString(), Seen().NegOperand == 1 ? "TRUE" : "FALSE",
+                prefix.GetString(), Seen().AccuType == 1 ? "normal" : "shadow");
     WriteDump(file, text);
 }
 
@@ -34,7 +34,7 @@ int CEVemOpOnConstStmtNode::SetValue(CVemByteArray* value) {
 
 void CEVemOpOnConstStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
-    WriteDump(file, prefix + "Value = " + EVemValueText(CbeType, Value.get()));
+    WriteDump(file, prefix + "Value = " + EVemValueText(Seen().CbeType, Value.get()));
 }
 
 // offset width field (behind the statement part)
@@ -46,21 +46,21 @@ void CEVemOpOnConstStmtNode::DumpNode(CFile* file, CString prefix) {
 void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
     VemSerializeSchema(ar, kSchema);
     if (ar.IsStoring()) {
-        ar << Name << NearOffset << FarOffset << static_cast<u16>(AddressMode);
+        ar << Name << NearOffset << FarOffset << AddressModeLow;
     } else {
         u16 mode = 0;
         ar >> Name >> NearOffset >> FarOffset >> mode;
-        AddressMode = static_cast<tEVemAddressMode>(mode);
+        SetAddressMode(static_cast<tEVemAddressMode>(mode));
     }
 }
 
 void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
-    CString text = prefix + "Name = " + Name + prefix + "AddressMode = " + EVemAddressModeText(AddressMode);
+    CString text = prefix + "Name = " + Name + prefix + "AddressMode = " + EVemAddressModeText(GetAddressMode());
     text.AppendFormat("%sNearOffset = %u\n", prefix.GetString(), unsigned{NearOffset});
     text.AppendFormat("%sFarOffset = %u\n", prefix.GetString(), unsigned{FarOffset});
-    text += prefix + "VemNode = " + EVemPointerText(VemNode) + "\n";
-    text += prefix + "VemInstanceNode = " + EVemPointerText(InstanceNode) + "\n";
+    text += prefix + "VemNode = " + EVemPointerText(GetVemNode()) + "\n";
+    text += prefix + "VemInstanceNode = " + EVemPointerText(GetInstanceNode()) + "\n";
     WriteDump(file, text);
 }
 

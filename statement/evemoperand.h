@@ -14,11 +14,38 @@ public:
     CEVemOpOnTypeStmtNode() = default;
     explicit CEVemOpOnTypeStmtNode(tEVemNodeType type) : CEVemBaseStmtNode(type) {}
 
-    void SetCbeType(tCbeType type) override { CbeType = type; }
-    tCbeType GetCbeType() override { return CbeType; }
+    void SetCbeType(tCbeType type) override {
+        if (type != kCbeTypeUndef || More) Extra().CbeType = type;
+    }
+    tCbeType GetCbeType() override { return Seen().CbeType; }
     void DumpNode(CFile* file, CString prefix) override;
 
-    tCbeType CbeType = kCbeTypeUndef;
+    // A variable operand's near and far offsets and the low 16 bits of its address mode, in the room
+    // that the alignment leaves behind the code offset.
+    u16 NearOffset = 0;
+    u16 FarOffset = 0;
+    u16 AddressModeLow = kEVemNoAddressMode;
+
+protected:
+    // What a record does not hold and a load thus never sets, in a block made when a caller sets
+    // one of them: a loaded variable operand fits the allocator's block of 56 bytes.
+    struct Extras {
+        tCbeType CbeType = kCbeTypeUndef;
+        int NegOperand = 0;
+        tEVemAccuType AccuType = 0;
+        u16 AddressModeHigh = 0;
+        CVemBaseNode* VemNode = nullptr;
+        CVemBaseNode* InstanceNode = nullptr;
+    };
+    Extras& Extra() {
+        if (!More) More = std::make_unique<Extras>();
+        return *More;
+    }
+    const Extras& Seen() const {
+        static constexpr Extras kNone{};
+        return More ? *More : kNone;
+    }
+    std::unique_ptr<Extras> More;
 };
 
 // Base of the statements with an operand: whether it is negated and which accumulator is used.
@@ -28,14 +55,15 @@ public:
     CEVemOperatorStmtNode() = default;
     explicit CEVemOperatorStmtNode(tEVemNodeType type) : CEVemOpOnTypeStmtNode(type) {}
 
-    void SetNegOperand(int negOperand) override { NegOperand = negOperand; }
-    int GetNegOperand() override { return NegOperand; }
-    void SetAccuType(tEVemAccuType accuType) override { AccuType = accuType; }
-    tEVemAccuType GetAccuType() override { return AccuType; }
+    void SetNegOperand(int negOperand) override {
+        if (negOperand != 0 || More) Extra().NegOperand = negOperand;
+    }
+    int GetNegOperand() override { return Seen().NegOperand; }
+    void SetAccuType(tEVemAccuType accuType) override {
+        if (accuType != 0 || More) Extra().AccuType = accuType;
+    }
+    tEVemAccuType GetAccuType() override { return Seen().AccuType; }
     void DumpNode(CFile* file, CString prefix) override;
-
-    int NegOperand = 0;
-    tEVemAccuType AccuType = 0;
 };
 
 // A constant operand, kept as the target's bytes. The value is not stored.
@@ -68,20 +96,24 @@ public:
     u16 GetOffset() override { return NearOffset; }
     void SetFarOffset(u16 offset) override { FarOffset = offset; }
     u16 GetFarOffset() override { return FarOffset; }
-    void SetAddressMode(tEVemAddressMode mode) override { AddressMode = mode; }
-    tEVemAddressMode GetAddressMode() override { return AddressMode; }
-    void SetVemNode(CVemBaseNode* vemNode) override { VemNode = vemNode; }
-    CVemBaseNode* GetVemNode() override { return VemNode; }
-    void SetInstanceNode(CVemBaseNode* instanceNode) override { InstanceNode = instanceNode; }
-    CVemBaseNode* GetInstanceNode() override { return InstanceNode; }
+    void SetAddressMode(tEVemAddressMode mode) override {
+        AddressModeLow = static_cast<u16>(mode);
+        if ((mode >> 16) != 0 || More) Extra().AddressModeHigh = static_cast<u16>(mode >> 16);
+    }
+    tEVemAddressMode GetAddressMode() override {
+        return static_cast<tEVemAddressMode>(AddressModeLow | (u32{Seen().AddressModeHigh} << 16));
+    }
+    void SetVemNode(CVemBaseNode* vemNode) override {
+        if (vemNode || More) Extra().VemNode = vemNode;
+    }
+    CVemBaseNode* GetVemNode() override { return Seen().VemNode; }
+    void SetInstanceNode(CVemBaseNode* instanceNode) override {
+        if (instanceNode || More) Extra().InstanceNode = instanceNode;
+    }
+    CVemBaseNode* GetInstanceNode() override { return Seen().InstanceNode; }
     void DumpNode(CFile* file, CString prefix) override;
 
     CString Name;
-    u16 NearOffset = 0;
-    u16 FarOffset = 0;
-    tEVemAddressMode AddressMode = kEVemNoAddressMode;
-    CVemBaseNode* VemNode = nullptr;
-    CVemBaseNode* InstanceNode = nullptr;
 
 protected:
     void SerializeOperand(CArchive& ar) override;

@@ -1,6 +1,8 @@
 // CEVemBaseStmtNode: links, place, record and dump common to all statements.
 #include "statement/evemstmt.h"
 
+#include <array>
+
 VEM_IMPLEMENT_SERIAL(CEVemBaseStmtNode, CEVemBaseNode, 5)
 
 namespace {
@@ -13,9 +15,17 @@ constexpr i32 kFirstStatementType = 6;
 bool EVemIsStatement(const CEVemBaseNode* node) { return node && node->IsKindOf(RUNTIME_CLASS(CEVemBaseStmtNode)); }
 
 CEVemBaseStmtNode* EVemMakeChainStatement(u16 type) {
-    std::unique_ptr<CEVemBaseNode> node(EVemMakeNode(type, CString()));
-    if (!EVemIsStatement(node.get())) VemThrowUser();
-    return static_cast<CEVemBaseStmtNode*>(node.release());
+    // Whether a kind makes a statement, asked of each kind once.
+    static const std::array<bool, kEVemNodeTypeCount> statementKinds = [] {
+        std::array<bool, kEVemNodeTypeCount> kinds{};
+        for (int t = 0; t < kEVemNodeTypeCount; ++t) {
+            const std::unique_ptr<CEVemBaseNode> node(EVemMakeNode(t, CString()));
+            kinds[static_cast<std::size_t>(t)] = EVemIsStatement(node.get());
+        }
+        return kinds;
+    }();
+    if (type >= kEVemNodeTypeCount || !statementKinds[type]) VemThrowUser();
+    return static_cast<CEVemBaseStmtNode*>(EVemMakeNode(type, CString()));
 }
 
 void EVemDeleteChain(CEVemBaseNode* first) {

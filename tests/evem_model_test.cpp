@@ -200,6 +200,19 @@ TEST_F(EVemTest, VariableStatementKeepsItsOperand) {
     EXPECT_EQ(EVemGetCbeType(s.get()), kCbeTypeInt);
     EXPECT_EQ(EVemGetNegOperand(s.get()), 1);
     EXPECT_EQ(EVemGetAccuType(s.get()), 1u);
+    // A statement keeps every bit of what was set, in the object or beside it, and back to the default.
+    NodePtr t = Create(kEVemLdVariableStmtNode);
+    for (const u32 mode : {0x12345u, 0x10000u, 3u}) {
+        EVemSetAddressMode(t.get(), static_cast<tEVemAddressMode>(mode));
+        EXPECT_EQ(EVemGetAddressMode(t.get()), mode);
+    }
+    EVemSetNegOperand(s.get(), -7);
+    EVemSetVemNode(s.get(), nullptr);
+    EVemSetCbeType(s.get(), kCbeTypeUndef);
+    EXPECT_EQ(EVemGetNegOperand(s.get()), -7);
+    EXPECT_EQ(EVemGetVemNode(s.get()), nullptr);
+    EXPECT_EQ(EVemGetCbeType(s.get()), kCbeTypeUndef);
+    EXPECT_EQ(EVemGetInstanceNode(s.get()), instance);
 }
 
 TEST_F(EVemTest, AwlPositionAndLine) {

@@ -1,10 +1,13 @@
 // Collections and strings of the platform layer.
 #include <algorithm>
+#include <cctype>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <tuple>
+#include <vector>
 
 #include "memory_test_util.h"
 
@@ -163,8 +166,6 @@ TEST(Strings, FormattingSearchAndCase) {
     EXPECT_GT(CString("\xFC").Compare("z"), 0);  // bytes compare unsigned
 }
 
-// A string of up to 6 characters lies in the string's own word, a longer one in a block: every
-// operation, across that border and on itself, gives what the standard string gives.
 // Format writes what the C library writes, for the conversions it does itself and for the others.
 TEST(Strings, FormatWritesWhatSnprintfWrites) {
     auto same = [](const char* format, auto... args) {
@@ -186,14 +187,31 @@ TEST(Strings, FormatWritesWhatSnprintfWrites) {
     same("%s", std::string(300, 'y').c_str());
 }
 
+// A string of up to 6 characters lies in the string's own word, a longer one in a block that copies
+// share: every operation, across that border and on itself, gives what the standard string gives,
+// and no copy taken on the way sees a later change.
 TEST(Strings, ShortAndLongTextsFollowTheStandardString) {
     std::mt19937 random(7);
     CString s;
     std::string model;
+    std::vector<std::pair<CString, std::string>> copies;
     for (int step = 0; step < 4000; ++step) {
         const std::string piece(random() % 9, static_cast<char>('a' + random() % 26));
         const std::size_t cut = std::min<std::size_t>(random() % 5, model.size());
-        switch (random() % 9) {
+        switch (random() % 13) {
+            case 9: copies.emplace_back(s, model); break;
+            case 10:
+                s.MakeUpper();
+                for (char& c : model) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+                break;
+            case 11:
+                if (!model.empty()) s.SetAt(0, ' ');
+                s.TrimLeft();
+                if (!model.empty()) model.erase(0, 1);
+                break;
+            case 12:
+                if (!copies.empty()) std::tie(s, model) = copies[random() % copies.size()];
+                break;
             case 0:
                 s += piece.c_str();
                 model += piece;
@@ -245,6 +263,7 @@ TEST(Strings, ShortAndLongTextsFollowTheStandardString) {
         }
         ASSERT_EQ(s.view(), model) << "step " << step;
         ASSERT_EQ(std::strlen(s.GetString()), model.size());
+        for (const auto& [copy, text] : copies) ASSERT_EQ(copy.view(), text) << "step " << step;
     }
 }
 
