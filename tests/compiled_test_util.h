@@ -92,14 +92,7 @@ inline std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
     return paths;
 }
 
-inline std::vector<std::string> ChildNames(CVemBaseNode* node) {
-    std::vector<std::string> names;
-    CObList* list = VemGetChildList(node);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return names;
-}
+using vemtest::ChildNames;
 
 inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 

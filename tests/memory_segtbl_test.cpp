@@ -228,44 +228,12 @@ TEST(MemorySegTbl, DamagedStoredFormsFailCleanly) {
     VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
     VemSegTblAddNewSegment(t, NewArray({4}, 1));
     const ByteVec full = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
-    for (std::size_t n = 0; n < full.size(); ++n) {
-        CSegmentTable back;
-        const ByteVec cut(full.begin(), full.begin() + static_cast<long>(n));
-        EXPECT_THROW(Load(cut, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException) << n;
-    }
-    CSegmentTable back;
+    CSegmentTable back;  // cuts and shortages: the compiled task of the hostile records
     EXPECT_THROW(Load({0xFF, 0xFF, 0, 0}, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException);
 
     ByteVec newer = full;
     newer[newer.size() - 17] = 1;  // version word: ahead of usedNumbers (8 bytes), the name (1), three words
     EXPECT_THROW(Load(newer, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException);
-}
-
-TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
-    Table t;
-    VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
-    VemSegTblAddNewSegment(t, nullptr);
-    VemSegTblAddNewSegment(t, NewArray({4}, 1));
-    const ByteVec bytes = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
-    long k = 0;
-    for (;; ++k) {
-        vemtest::AllocationWatch watch;
-        bool failed = false;
-        {
-            watch.FailAfter(k);
-            CSegmentTable back;
-            try {
-                Load(bytes, [&](CArchive& ar) { back.Serialize(ar); });
-            } catch (const std::bad_alloc&) {
-                failed = true;
-            } catch (const CMemoryException&) {
-                failed = true;
-            }
-        }
-        EXPECT_EQ(watch.Live(), 0) << "allocation " << k;
-        if (!failed) break;
-    }
-    EXPECT_GE(k, 4);  // the two arrays with their storage at least
 }
 
 TEST(MemorySegTbl, AnUnknownEntryTagIsAnEmptyNumber) {

@@ -178,22 +178,6 @@ TEST_F(TuiTaskRecord, NewerVersionFails) {
     EXPECT_EQ(memtest::CauseOf([&] { LoadRecord(loaded.get(), record); }), CArchiveException::badIndex);
 }
 
-TEST_F(TuiTaskRecord, EveryTruncatedRecordFailsAndLeavesNothing) {
-    vemtest::TempDir dir;
-    NodePtr task = FullTask(dir);
-    const std::vector<u8> record = StoreRecord(task.get());
-    vemtest::AllocationWatch watch;
-    for (std::size_t length = 0; length < record.size(); ++length) {
-        {
-            NodePtr loaded = MakeNode(kVemTuiTaskNode);
-            EXPECT_THROW(LoadRecord(loaded.get(), std::vector<u8>(record.begin(), record.begin() + length)),
-                         CArchiveException)
-                << length;
-        }
-        ASSERT_EQ(watch.Live(), 0) << length;
-    }
-}
-
 // A task file holds the task as a new object of a new class: FFFF, class schema 5, the name.
 TEST_F(TuiTaskRecord, TaskFileObjectForm) {
     NodePtr task = SmallTask();
