@@ -236,6 +236,33 @@ TEST(MemorySegTbl, DamagedStoredFormsFailCleanly) {
     EXPECT_THROW(Load(newer, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException);
 }
 
+TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
+    Table t;
+    VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
+    VemSegTblAddNewSegment(t, nullptr);
+    VemSegTblAddNewSegment(t, NewArray({4}, 1));
+    const ByteVec bytes = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
+    long k = 0;
+    for (;; ++k) {
+        vemtest::AllocationWatch watch;
+        bool failed = false;
+        {
+            watch.FailAfter(k);
+            CSegmentTable back;
+            try {
+                Load(bytes, [&](CArchive& ar) { back.Serialize(ar); });
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            } catch (const CMemoryException&) {
+                failed = true;
+            }
+        }
+        EXPECT_EQ(watch.Live(), 0) << "allocation " << k;
+        if (!failed) break;
+    }
+    EXPECT_GE(k, 4);  // the two arrays with their storage at least
+}
+
 TEST(MemorySegTbl, AnUnknownEntryTagIsAnEmptyNumber) {
     Bytes b;
     b.u16_(2).u8_(7).u8_(0);                  // two entries of no array
