@@ -114,6 +114,27 @@ TEST(VariablesNode, SettersReachTheChildren) {
     VemDeleteNode(parent);
 }
 
+// The flat getters of fields that a store and a load carry without them.
+TEST(VariablesNode, SettersThatAnswerOrKeepSomething) {
+    CVemBaseNode* v = NewVariable("V", 0, kCbeTypeInt, 2);
+    VemSetVariableType(v, kCbeTypeArray);
+    EXPECT_EQ(VemGetVariableType(v), kCbeTypeArray);
+    EXPECT_EQ(VemGetNodeType(v), kVemVariableNode);  // only the constructor settles the node type
+    VemSetDclPosition(v, 11, 12);
+    unsigned a = 0, b = 0;
+    VemGetDclPosition(v, a, b);
+    EXPECT_EQ(a, 11u);
+    EXPECT_EQ(b, 12u);
+    EXPECT_EQ(VemIsNetVar(v), 0);
+    VemSetNetVar(v, 1);
+    EXPECT_EQ(VemIsNetVar(v), 1);
+    EXPECT_EQ(v->SetNetVar(0), 1);
+    EXPECT_EQ(VemGetVarQualifier(v), 0u);
+    VemSetVarQualifier(v, 7);
+    EXPECT_EQ(VemGetVarQualifier(v), 7u);
+    VemDeleteNode(v);
+}
+
 TEST(VariablesNode, PlainNamesOfTheDataTypes) {
     EXPECT_STREQ(VemCbeTypeName(kCbeTypeUndef), "UNDEF");
     EXPECT_STREQ(VemCbeTypeName(kCbeTypeTod), "TIME_OF_DAY");
