@@ -305,7 +305,7 @@ def main():
     lines.append("")
     lines.append("## Resources")
     lines.append("")
-    lines.append("Generated through the exported functions by `tests/resource_builder.cpp` with the shapes of "
+    lines.append("Generated through the exported functions by `tools/builder/resource_builder.cpp` with the shapes of "
                  "`bench/bench_support.cpp`:")
     lines.append("")
     lines.append("| Size | Tasks | Variables | Nodes | Statements | Bytes on disk |")

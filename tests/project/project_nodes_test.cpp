@@ -2,6 +2,8 @@
 #include "test_util.h"
 
 using vemtest::Bytes;
+using vemtest::ChildNames;
+using vemtest::NewNode;
 using vemtest::Frame;
 using vemtest::ReadFileBytes;
 using vemtest::ReadFileText;
@@ -9,21 +11,6 @@ using vemtest::TempDir;
 using vemtest::WriteFileBytes;
 
 namespace {
-
-CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, name);
-    return node;
-}
-
-std::vector<std::string> ChildNames(CVemBaseNode* parent) {
-    std::vector<std::string> names;
-    CObList* list = VemGetChildList(parent);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return names;
-}
 
 // Base record of a childless node with an empty extra text.
 Bytes& BaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::string& name) {

@@ -77,6 +77,20 @@ inline std::string DumpText(CVemBaseNode* node, const char* prefix) {
 }
 
 // A code node with a path, through the flat functions.
+// An empty segment table as it stands in a record.
+inline const std::vector<u8> kEmptyTable = vemtest::Bytes()
+                                               .u16_(0)  // no entries
+                                               .u16_(0)  // version
+                                               .u16_(1)  // numbers given out: byte array version
+                                               .u16_(0)  //   no bytes
+                                               .u8_(0)   //   little-endian
+                                               .u8_(1)   //   ByteSize
+                                               .u8_(0)   // name of the unit, empty
+                                               .u16_(0)  // number of segments
+                                               .u16_(0)  // start number
+                                               .u16_(0)  // next number
+                                               .v;
+
 inline CEVemBaseNode* CodeNode(const char* path) {
     CEVemBaseNode* code = EVemCreateNode(kEVemPouCodeNode, "unit");
     EVemSetPathName(code, path);
@@ -92,14 +106,7 @@ inline std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
     return paths;
 }
 
-inline std::vector<std::string> ChildNames(CVemBaseNode* node) {
-    std::vector<std::string> names;
-    CObList* list = VemGetChildList(node);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return names;
-}
+using vemtest::ChildNames;
 
 inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 

@@ -9,7 +9,7 @@
 set -uo pipefail
 tool=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 here=$(cd "$(dirname "$0")" && pwd)
-schema="$here/../docs/vemtool-json.schema.json"
+schema="$here/../../docs/vemtool-json.schema.json"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1

@@ -69,6 +69,21 @@ struct Bytes {
     }
 };
 
+// Names of the node's children, in order.
+inline std::vector<std::string> ChildNames(CVemBaseNode* parent) {
+    std::vector<std::string> names;
+    CObList* list = VemGetChildList(parent);
+    for (POSITION pos = list->GetHeadPosition(); pos;)
+        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
+    return names;
+}
+
+inline CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
+    CVemBaseNode* node = VemNewNode(type);
+    VemSetName(node, name);
+    return node;
+}
+
 // Node type word of the root and the version stamp with its end: the 27 bytes in front of every
 // node file.
 inline Bytes Frame(unsigned rootType) {

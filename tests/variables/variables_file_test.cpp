@@ -219,12 +219,3 @@ TEST(VariablesFile, ARecordOfAnUnknownVersionFailsTheLoad) {
     file[54] = 4;  // schema word of the variable record
     EXPECT_EQ(LoadBytes(dir, file), nullptr);
 }
-
-TEST(VariablesFile, EveryCutOfTheRecordFailsTheLoad) {
-    TempDir dir;
-    const std::pair<std::vector<u8>, std::size_t> files[] = {{VariableFileOfSchema(3).v, 27},
-                                                             {RootWithVariableFile(), 40}};
-    for (const auto& [file, from] : files)
-        for (std::size_t length = from; length < file.size(); ++length)
-            EXPECT_EQ(LoadBytes(dir, std::vector<u8>(file.begin(), file.begin() + length)), nullptr) << length;
-}

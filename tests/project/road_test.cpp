@@ -11,6 +11,8 @@
 using vemtest::MessageCapture;
 using vemtest::TempDir;
 
+using vemtest::ChildNames;
+
 namespace {
 
 using vembuild::ResourceShape;
@@ -36,15 +38,6 @@ std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
         paths.push_back(EVemGetPathName(static_cast<CEVemBaseNode*>(list->GetNext(pos))).str());
     }
     return paths;
-}
-
-std::vector<std::string> ChildNames(CVemBaseNode* node) {
-    std::vector<std::string> names;
-    CObList* list = VemGetChildList(node);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return names;
 }
 
 class Road : public ::testing::Test {

@@ -1,5 +1,6 @@
 // Builds a whole compiled resource the way a compiler does, through the exported functions only, so
-// that the tests, the benchmarks and the demonstrations share one kind of resource of any size.
+// that the tests, the benchmarks, the fuzz seeds and `vemtool demo` share one road to a resource:
+// the test resource of any size below, and the demo's packaging line (demo_build.h) on the same road.
 //
 // The resource "RES1": an executable node with "TASKS" (a task container) holding TASK1..TASKn and
 // "Global - Resource" holding the compiled task GLOBAL. Every compiled task has this layout:
@@ -19,6 +20,7 @@
 // statementsPerUnit statements; tasks of even number give the function blocks' paths in lower case.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "vem32.h"
@@ -75,5 +77,37 @@ int WriteResource(CVemBaseNode* exe, const std::string& directory, const std::st
 
 // Nodes of the tree below and including the root.
 long CountNodes(CVemBaseNode* root);
+
+// ---- the road that every built resource takes ----
+
+std::string Numbered(const char* prefix, long number);  // "V" 3 -> "V3"
+CVemBaseNode* Named(tVemNodeType type, const std::string& name);
+// Where each sub-segment starts in its segment: the data behind a header of kDataHeader bytes.
+const u16* StartOffsets();
+// The length of every segment of the task's table from 1 on, one behind the other.
+void AddSegmentLengths(CVemBaseNode* task);
+// Hangs the code node on the task; null (the statement model is off) adds nothing.
+void AddCodeNode(CVemBaseNode* task, CEVemBaseNode* code);
+
+// An executable node and what makes its parts.
+struct Road {
+    std::string name, configName, pathName;
+    tVemDeviceSettings settings{};
+    int tasks = 0;
+    std::function<std::string(int index)> taskName;
+    std::function<CVemBaseNode*(CVemBaseNode* global)> globalTask;           // hangs it below `global`
+    std::function<void(CVemBaseNode* container, int index)> compiledTask;    // hangs it below `container`
+    std::function<void(CVemBaseNode* exe, CVemBaseNode* container)> tables;  // the resource's own tables
+};
+
+// The executable node with "TASKS" (the tasks registered, then compiled) and "Global - Resource",
+// the program numbers computed, the code nodes moved to the executable and its tables filled.
+CVemBaseNode* BuildExecutable(const Road& road);
+
+// Writes every task below "TASKS" to directory/<task>.tsk (the old file stays until the new one is
+// whole) and reports it to the container, calling `written` after each; then the node file.
+// 1 on success.
+int WriteTasksAndNode(CVemBaseNode* exe, const std::string& directory, const std::string& nodeFile,
+                      const std::function<void()>& written = {});
 
 }  // namespace vembuild

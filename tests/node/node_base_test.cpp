@@ -2,18 +2,11 @@
 #include "node/basenode.h"
 #include "test_util.h"
 
+using vemtest::ChildNames;
+
 namespace {
 
 CVemBaseNode* Named(const char* name, u32 type = kVemBaseNode) { return new CVemBaseNode(type, name, 1); }
-
-std::vector<std::string> ChildNames(CVemBaseNode* parent) {
-    std::vector<std::string> names;
-    CObList* list = VemGetChildList(parent);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return names;
-}
 
 }  // namespace
 

@@ -8,6 +8,7 @@
 using compiledtest::CodeNode;
 using compiledtest::CodeNodePaths;
 using compiledtest::Concat;
+using compiledtest::kEmptyTable;
 using compiledtest::LoadRecord;
 using compiledtest::MakeNode;
 using compiledtest::NodePtr;
@@ -18,20 +19,6 @@ using vemtest::Bytes;
 namespace {
 
 using ExeRecord = compiledtest::SettingsTest;
-
-// An empty segment table as it stands in a record.
-const std::vector<u8> kEmptyTable = Bytes()
-                                        .u16_(0)  // no entries
-                                        .u16_(0)  // version
-                                        .u16_(1)  // numbers given out: byte array version
-                                        .u16_(0)  //   no bytes
-                                        .u8_(0)   //   little-endian
-                                        .u8_(1)   //   ByteSize
-                                        .u8_(0)   // name of the unit, empty
-                                        .u16_(0)  // number of segments
-                                        .u16_(0)  // start number
-                                        .u16_(0)  // next number
-                                        .v;
 
 tVemDeviceSettings DistinctSettings() {
     tVemDeviceSettings s{};

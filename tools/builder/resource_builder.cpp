@@ -6,31 +6,17 @@ namespace vembuild {
 
 namespace {
 
-// The prefix followed by the number, appended rather than prepended to a temporary string.
-std::string Numbered(const char* prefix, long number) {
-    std::string text = prefix;
-    text += std::to_string(number);
-    return text;
-}
-
 constexpr u16 kNoSegment = 0xFFFF;
 constexpr u16 kCodeSegment = 1;
 constexpr u16 kDataSegment = 2;
 constexpr u16 kIntSize = 2;
 constexpr int kSegmentKinds = 136;
 
-// Where each sub-segment starts in its segment: the data behind its header.
 constexpr std::array<u16, kSegmentKinds> kStartOffsets = [] {
     std::array<u16, kSegmentKinds> starts{};
     starts[kIpSegData] = kDataHeader;
     return starts;
 }();
-
-CVemBaseNode* Named(tVemNodeType type, const std::string& name) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, name.c_str());
-    return node;
-}
 
 CVemBaseNode* IntVariable(const std::string& name, u16 offset) {
     CVemBaseNode* v = VemCreateCVemVariableNode(name.c_str(), offset, kCbeTypeInt, kIntSize, 0);
@@ -84,10 +70,6 @@ CEVemBaseNode* CodeNode(const ResourceShape& shape, const std::string& name, con
     return code;
 }
 
-void AddCodeNode(CVemBaseNode* task, CEVemBaseNode* code) {
-    if (code) VemGetEvemRootNodeListPtr(task)->AddTail(code);
-}
-
 std::string LowerCase(std::string text) {
     for (char& c : text) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
     return text;
@@ -99,14 +81,6 @@ void AddTaskSegments(CVemBaseNode* task, const ResourceShape& shape, u16 dataLen
     VemSegTblAddNewSegment(table, nullptr);
     AddSegment(table, shape, CodeLength(shape));
     AddSegment(table, shape, dataLength);
-}
-
-// Every segment from 1 on, one behind the other.
-void AddSegmentLengths(CVemBaseNode* task) {
-    CSegmentTable* table = VemGetSegmentTable(task);
-    for (u16 s = 1; s <= VemSegTblGetMaxSegmentNo(table); ++s) {
-        VemAddNewSegmentLength(task, static_cast<u16>(VemBaGetLength(VemSegTblGetSegment(table, s))));
-    }
 }
 
 void AddFunctionBlocks(CVemBaseNode* task, const ResourceShape& shape, int taskIndex) {
@@ -142,7 +116,7 @@ CVemBaseNode* CompiledTask(CVemBaseNode* container, const ResourceShape& shape, 
     AddTaskSegments(task, shape, TaskDataLength(shape));
     AddFunctionBlocks(task, shape, index);
     VemSetSegmentNumbers(task, kDataSegment, kCodeSegment, kNoSegment, kNoSegment);
-    VemComputeOffsets(task, kStartOffsets.data());
+    VemComputeOffsets(task, StartOffsets());
     VemExpandArray(task);
     AddSegmentLengths(task);
     VemSetTaskDefEntry(task, TaskDefEntry(shape));
@@ -164,7 +138,7 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global, const ResourceShape& shape) {
     VemSetSegmentNumbers(function, kDataSegment, functionCode, kNoSegment, kNoSegment);
     VemAddChildTail(task, function);
     VemSetSegmentNumbers(task, kDataSegment, kCodeSegment, kNoSegment, kNoSegment);
-    VemComputeOffsets(task, kStartOffsets.data());
+    VemComputeOffsets(task, StartOffsets());
     AddSegmentLengths(task);
     AddCodeNode(task, CodeNode(shape, kGlobalTaskName, "C:\\PRJ\\GLOBAL.st", kEVemPouProg));
     AddCodeNode(task, CodeNode(shape, "GFUN", kGlobalFunctionPath, kEVemPouFunction));
@@ -244,27 +218,77 @@ std::string UnitName(int index) { return Numbered("FBI", index) + Numbered(" : F
 std::string UnitPath(int index) { return Numbered("C:\\PRJ\\FB", index) + ".st"; }
 
 CVemBaseNode* BuildResource(const ResourceShape& shape) {
-    CVemBaseNode* exe = Named(kVemExeNode, kResourceName);
-    VemSetConfigName(exe, "C:\\PRJ\\CFG1.cfg");
-    VemSetPathName(exe, "C:\\PRJ\\RES1.obj");
-    VemSetDeviceSettings(exe, DeviceSettings(shape));
+    Road road;
+    road.name = kResourceName;
+    road.configName = "C:\\PRJ\\CFG1.cfg";
+    road.pathName = "C:\\PRJ\\RES1.obj";
+    road.settings = DeviceSettings(shape);
+    road.tasks = shape.tasks;
+    road.taskName = TaskName;
+    road.globalTask = [&](CVemBaseNode* global) { return GlobalTask(global, shape); };
+    road.compiledTask = [&](CVemBaseNode* container, int index) { CompiledTask(container, shape, index); };
+    road.tables = [&](CVemBaseNode* exe, CVemBaseNode* container) { FillResourceTables(exe, container, shape); };
+    return BuildExecutable(road);
+}
+
+int WriteResource(CVemBaseNode* exe, const std::string& directory, const std::string& nodeFile) {
+    return WriteTasksAndNode(exe, directory, nodeFile);
+}
+
+long CountNodes(CVemBaseNode* root) {
+    long count = 0;
+    CountBelow(root, count);
+    return count;
+}
+
+std::string Numbered(const char* prefix, long number) {
+    std::string text = prefix;  // appended rather than prepended to a temporary string
+    text += std::to_string(number);
+    return text;
+}
+
+CVemBaseNode* Named(tVemNodeType type, const std::string& name) {
+    CVemBaseNode* node = VemNewNode(type);
+    VemSetName(node, name.c_str());
+    return node;
+}
+
+const u16* StartOffsets() { return kStartOffsets.data(); }
+
+void AddSegmentLengths(CVemBaseNode* task) {
+    CSegmentTable* table = VemGetSegmentTable(task);
+    for (u16 s = 1; s <= VemSegTblGetMaxSegmentNo(table); ++s) {
+        VemAddNewSegmentLength(task, static_cast<u16>(VemBaGetLength(VemSegTblGetSegment(table, s))));
+    }
+}
+
+void AddCodeNode(CVemBaseNode* task, CEVemBaseNode* code) {
+    if (code) VemGetEvemRootNodeListPtr(task)->AddTail(code);
+}
+
+CVemBaseNode* BuildExecutable(const Road& road) {
+    CVemBaseNode* exe = Named(kVemExeNode, road.name);
+    VemSetConfigName(exe, road.configName.c_str());
+    VemSetPathName(exe, road.pathName.c_str());
+    VemSetDeviceSettings(exe, road.settings);
     CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
     VemAddChildTail(exe, container);
     CVemBaseNode* global = Named(kVemBaseNode, kGlobalName);
     VemAddChildTail(exe, global);
-    for (int t = 0; t < shape.tasks; ++t) VemRegisterTask(container, TaskName(t).c_str());
-    CVemBaseNode* globalTask = GlobalTask(global, shape);
-    for (int t = 0; t < shape.tasks; ++t) CompiledTask(container, shape, t);
+    for (int t = 0; t < road.tasks; ++t) VemRegisterTask(container, road.taskName(t).c_str());
+    CVemBaseNode* globalTask = road.globalTask(global);
+    for (int t = 0; t < road.tasks; ++t) road.compiledTask(container, t);
     VemComputeProgramNumbers(exe, 0);
     VemAddFilteredEvemNodes(exe, globalTask);
     CObList* tasks = VemGetChildList(container);
     for (POSITION pos = tasks->GetHeadPosition(); pos;)
         VemAddFilteredEvemNodes(exe, static_cast<CVemBaseNode*>(tasks->GetNext(pos)));
-    FillResourceTables(exe, container, shape);
+    road.tables(exe, container);
     return exe;
 }
 
-int WriteResource(CVemBaseNode* exe, const std::string& directory, const std::string& nodeFile) {
+int WriteTasksAndNode(CVemBaseNode* exe, const std::string& directory, const std::string& nodeFile,
+                      const std::function<void()>& written) {
     CVemBaseNode* container = VemFindVemNodeByNameAndType(exe, "TASKS", kVemTaskContainerNode);
     if (!container) return 0;
     CObList* tasks = VemGetChildList(container);
@@ -278,14 +302,9 @@ int WriteResource(CVemBaseNode* exe, const std::string& directory, const std::st
         ar.Close();
         file.Commit();
         VemTaskCompiled(container, VemGetName(task), path.c_str());
+        if (written) written();
     }
     return VemWriteNode(exe, nodeFile.c_str());
-}
-
-long CountNodes(CVemBaseNode* root) {
-    long count = 0;
-    CountBelow(root, count);
-    return count;
 }
 
 }  // namespace vembuild

@@ -4,6 +4,8 @@
 #include "test_util.h"
 
 using vemtest::Bytes;
+using vemtest::ChildNames;
+using vemtest::NewNode;
 using vemtest::MessageCapture;
 using vemtest::ReadFileBytes;
 using vemtest::ReadFileText;
@@ -11,21 +13,6 @@ using vemtest::TempDir;
 using vemtest::WriteFileBytes;
 
 namespace {
-
-CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, name);
-    return node;
-}
-
-std::vector<std::string> ChildNames(CVemBaseNode* parent) {
-    std::vector<std::string> names;
-    CObList* list = VemGetChildList(parent);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        names.push_back(VemGetName(static_cast<CVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return names;
-}
 
 // Writes an object into a file of its own, as the compiler writes a task.
 void WriteObjectFile(const std::string& path, const CObject* object) {

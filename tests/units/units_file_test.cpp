@@ -208,31 +208,6 @@ TEST(UnitsFile, TreeOfUnitsComesBackWithItsClassesAndParents) {
     VemDeleteNode(loaded);
 }
 
-TEST(UnitsFile, MemoryShortageAtAnyPointOfACloneLeavesNothingBehind) {
-    CVemBaseNode* program = RichProgram();
-    CVemByteArray data;
-    VemSetDataSegmentPtr(program, &data);
-    for (long k = 0;; ++k) {
-        AllocationWatch watch;
-        watch.FailAfter(k);
-        CVemBaseNode* clone = nullptr;
-        try {
-            clone = VemClone(program);
-        } catch (const std::bad_alloc&) {
-        } catch (const CMemoryException&) {
-        }
-        watch.FailAfter(-1);
-        if (clone) {
-            EXPECT_EQ(clone->Children.GetCount(), 4);
-            VemDeleteNode(clone);
-            EXPECT_EQ(watch.Live(), 0) << k;
-            break;
-        }
-        EXPECT_EQ(watch.Live(), 0) << k;
-    }
-    VemDeleteNode(program);
-}
-
 TEST(UnitsFile, NewerRecordVersionsInsideAUnitFailTheLoad) {
     TempDir dir;
     // Versions of the statement list entry and of the byte array.

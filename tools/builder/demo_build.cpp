@@ -1,35 +1,21 @@
 #include "demo_build.h"
 
-#include <array>
 #include <vector>
+
+#include "resource_builder.h"
 
 namespace vemtool {
 
 namespace {
 
-// The prefix followed by the number, appended rather than prepended to a temporary string.
-std::string Numbered(const char* prefix, long number) {
-    std::string text = prefix;
-    text += std::to_string(number);
-    return text;
-}
+using vembuild::AddCodeNode;
+using vembuild::AddSegmentLengths;
+using vembuild::Named;
+using vembuild::Numbered;
 
 constexpr u16 kNone = 0xFFFF;
-constexpr u16 kHeader = 4;  // every data segment starts with a header of its own
+constexpr u16 kHeader = vembuild::kDataHeader;  // every data segment starts with a header of its own
 constexpr u8 kAlignment = 2;
-
-// Start of each sub segment in its segment: data and second initial values behind the header.
-const std::array<u16, 136> kStarts = [] {
-    std::array<u16, 136> starts{};
-    starts[kIpSegData] = kHeader;
-    return starts;
-}();
-
-CVemBaseNode* Named(tVemNodeType type, const std::string& name) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, name.c_str());
-    return node;
-}
 
 CVemBaseNode* Scalar(const char* name, u16 offset, tCbeType type, u16 size, const char* typeName) {
     CVemBaseNode* v = VemCreateCVemVariableNode(name, offset, type, size, 0);
@@ -89,10 +75,6 @@ CEVemBaseNode* CodeNode(const std::string& name, const std::string& path, tEVemP
         offset = static_cast<u16>(offset + 4);
     }
     return code;
-}
-
-void AddCode(CVemBaseNode* task, CEVemBaseNode* code) {
-    if (code) VemGetEvemRootNodeListPtr(task)->AddTail(code);
 }
 
 // The instruction list of a task's program: count while running, compare with the line speed,
@@ -190,19 +172,17 @@ CVemBaseNode* Task(CVemBaseNode* container, const DemoShape& shape, int index) {
     const u16 data = AddSegment(table, layout.Length(), kIpSegData);
     VemSetSegmentNumbers(task, data, code, kNone, kNone);
     VemSetDataSegLength(task, layout.Length());
-    VemComputeOffsets(task, kStarts.data());
+    VemComputeOffsets(task, vembuild::StartOffsets());
     VemExpandArray(task);
-    for (u16 s = 1; s <= VemSegTblGetMaxSegmentNo(table); ++s) {
-        VemAddNewSegmentLength(task, static_cast<u16>(VemBaGetLength(VemSegTblGetSegment(table, s))));
-    }
+    AddSegmentLengths(task);
     CVemByteArray* entry = VemBaNewByteArray(0, kAlignment, 1, 0);
     VemBaAppendWord(entry, code);
     VemBaAppendWord(entry, data);
     VemSetTaskDefEntry(task, entry);
-    AddCode(task, CodeNode(DemoTaskName(index), DemoTaskPath(index), kEVemPouProg, ProgramStatements(shape.units)));
+    AddCodeNode(task, CodeNode(DemoTaskName(index), DemoTaskPath(index), kEVemPouProg, ProgramStatements(shape.units)));
     for (int k = 0; k < shape.units; ++k) {
-        AddCode(task, CodeNode("Debounce", kDemoDebouncePath, kEVemPouFunctionBlock,
-                               {{kEVemLdVariableStmtNode, 2, "IN"}, {kEVemStVariableStmtNode, 3, "Q"}}));
+        AddCodeNode(task, CodeNode("Debounce", kDemoDebouncePath, kEVemPouFunctionBlock,
+                                   {{kEVemLdVariableStmtNode, 2, "IN"}, {kEVemStVariableStmtNode, 3, "Q"}}));
     }
     return task;
 }
@@ -241,58 +221,19 @@ CVemBaseNode* GlobalTask(CVemBaseNode* global) {
     VemSetSegmentNumbers(scale, data, scaleCode, kNone, kNone);
     VemAddChildTail(task, scale);
     VemSetSegmentNumbers(task, data, code, kNone, kNone);
-    VemComputeOffsets(task, kStarts.data());
-    for (u16 s = 1; s <= VemSegTblGetMaxSegmentNo(table); ++s) {
-        VemAddNewSegmentLength(task, static_cast<u16>(VemBaGetLength(VemSegTblGetSegment(table, s))));
-    }
-    AddCode(task, CodeNode("GLOBAL", "C:\\PLANT\\GLOBAL.st", kEVemPouProg,
-                           {{kEVemLdVariableStmtNode, 2, "EmergencyStop"}, {kEVemStVariableStmtNode, 3, "LineSpeed"}}));
-    AddCode(task, CodeNode("Scale", kDemoScalePath, kEVemPouFunction,
-                           {{kEVemLdVariableStmtNode, 2, "LineSpeed"}, {kEVemMulConstStmtNode, 3, {}}}));
+    VemComputeOffsets(task, vembuild::StartOffsets());
+    AddSegmentLengths(task);
+    AddCodeNode(task,
+                CodeNode("GLOBAL", "C:\\PLANT\\GLOBAL.st", kEVemPouProg,
+                         {{kEVemLdVariableStmtNode, 2, "EmergencyStop"}, {kEVemStVariableStmtNode, 3, "LineSpeed"}}));
+    AddCodeNode(task, CodeNode("Scale", kDemoScalePath, kEVemPouFunction,
+                               {{kEVemLdVariableStmtNode, 2, "LineSpeed"}, {kEVemMulConstStmtNode, 3, {}}}));
     return task;
 }
 
-}  // namespace
-
-std::string DemoTaskName(int index) {
-    if (index == 0) return "FAST";
-    if (index == 1) return "SLOW";
-    return Numbered("TASK", index + 1);
-}
-
-std::string DemoTaskPath(int index) { return "C:\\PLANT\\" + DemoTaskName(index) + ".st"; }
-
-CVemBaseNode* BuildDemo(const DemoShape& shape) {
-    CVemBaseNode* exe = Named(kVemExeNode, "C:\\PLANT\\LINE1.obj");
-    VemSetConfigName(exe, "C:\\PLANT\\PACKING.cfg");
-    VemSetPathName(exe, "C:\\PLANT\\LINE1.obj");
-    tVemDeviceSettings settings{};
-    settings.Alignment = kAlignment;
-    settings.ByteSize = 1;
-    settings.IpType = 7;
-    settings.MaxWatchEntries = 64;
-    settings.TaskDownload = 1;
-    settings.TaskStart = 1;
-    VemSetDeviceSettings(exe, settings);
-
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe, container);
-    CVemBaseNode* global = Named(kVemBaseNode, "Global - Resource");
-    VemAddChildTail(exe, global);
-    for (int t = 0; t < shape.tasks; ++t) VemRegisterTask(container, DemoTaskName(t).c_str());
-    CVemBaseNode* globalTask = GlobalTask(global);
-    for (int t = 0; t < shape.tasks; ++t) {
-        Task(container, shape, t);
-        if (shape.onTask) shape.onTask(t);
-    }
-
-    VemComputeProgramNumbers(exe, 0);
-    VemAddFilteredEvemNodes(exe, globalTask);
+// The resource's task definition segment: its header, then every task's entry.
+void TaskDefinitions(CVemBaseNode* exe, CVemBaseNode* container, const DemoShape& shape) {
     CObList* tasks = VemGetChildList(container);
-    for (POSITION pos = tasks->GetHeadPosition(); pos;)
-        VemAddFilteredEvemNodes(exe, static_cast<CVemBaseNode*>(tasks->GetNext(pos)));
-
-    // The resource's task definition segment: its header, then every task's entry.
     CVemByteArray* taskDefs = VemBaNewByteArray(0, kAlignment, 1, 0);
     VemBaAppendWord(taskDefs, 0);
     VemBaAppendByte(taskDefs, kIpSegTaskDef);
@@ -310,28 +251,44 @@ CVemBaseNode* BuildDemo(const DemoShape& shape) {
     VemSetTaskDefSegment(exe, taskDefs);
     VemSetDatacontFilesProjectName(exe, "PLANT");
     VemSetDatacontFilesUserLevel(exe, 2);
-    return exe;
+}
+
+}  // namespace
+
+std::string DemoTaskName(int index) {
+    if (index == 0) return "FAST";
+    if (index == 1) return "SLOW";
+    return Numbered("TASK", index + 1);
+}
+
+std::string DemoTaskPath(int index) { return "C:\\PLANT\\" + DemoTaskName(index) + ".st"; }
+
+CVemBaseNode* BuildDemo(const DemoShape& shape) {
+    vembuild::Road road;
+    road.name = road.pathName = "C:\\PLANT\\LINE1.obj";
+    road.configName = "C:\\PLANT\\PACKING.cfg";
+    road.settings.Alignment = kAlignment;
+    road.settings.ByteSize = 1;
+    road.settings.IpType = 7;
+    road.settings.MaxWatchEntries = 64;
+    road.settings.TaskDownload = 1;
+    road.settings.TaskStart = 1;
+    road.tasks = shape.tasks;
+    road.taskName = DemoTaskName;
+    road.globalTask = GlobalTask;
+    road.compiledTask = [&](CVemBaseNode* container, int t) {
+        Task(container, shape, t);
+        if (shape.onTask) shape.onTask(t);
+    };
+    road.tables = [&](CVemBaseNode* exe, CVemBaseNode* container) { TaskDefinitions(exe, container, shape); };
+    return vembuild::BuildExecutable(road);
 }
 
 int WriteDemo(CVemBaseNode* exe, const std::string& dir, const std::string& nodeFile, const DemoShape& shape) {
-    CVemBaseNode* container = VemFindVemNodeByNameAndType(exe, "TASKS", kVemTaskContainerNode);
-    if (!container) return 0;
-    CObList* tasks = VemGetChildList(container);
     int index = 0;
-    for (POSITION pos = tasks->GetHeadPosition(); pos;) {
-        auto* task = static_cast<CVemBaseNode*>(tasks->GetNext(pos));
-        const std::string path = dir + "/" + VemGetName(task).str() + ".tsk";
-        CFile file;
-        if (!file.Open(path.c_str(), CFile::modeCreate | CFile::modeWrite | CFile::typeBinary)) return 0;
-        CArchive ar(&file, CArchive::store);
-        const int written = VemWriteObject(task, ar);
-        ar.Close();
-        file.Close();
-        if (!written) return 0;
-        VemTaskCompiled(container, VemGetName(task), path.c_str());
+    return vembuild::WriteTasksAndNode(exe, dir, nodeFile, [&] {
         if (shape.onTask) shape.onTask(shape.tasks + index++);
-    }
-    return VemWriteNode(exe, nodeFile.c_str());
+    });
 }
 
 }  // namespace vemtool

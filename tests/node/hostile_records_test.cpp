@@ -1,14 +1,15 @@
 // Hostile node files: a registry of well-formed files, each cut at every byte, each with every
 // 16-bit word raised by one, and each loaded while every allocation in turn fails. A load never
-// crashes, gives null for what it cannot read and leaves nothing allocated behind.
+// crashes, gives null for what it cannot read and leaves nothing allocated behind. What loads
+// clones to the same bytes, and a clone that runs short of memory leaves nothing either.
 #include <filesystem>
 #include <functional>
 
 #include "alloc_hook.h"
+#include "compiled_test_util.h"
 #include "resource_builder.h"
-#include "test_util.h"
 #include "units/pou.h"
-#include "vem_settings.h"
+#include "variables/variable.h"
 
 using vemtest::AllocationWatch;
 using vemtest::TempDir;
@@ -66,15 +67,56 @@ CVemBaseNode* UpperLevels() {
     return project;
 }
 
+// A variable with every field of its record set, and a member.
+CVemBaseNode* RichVariable() {
+    auto* v = static_cast<CVemVariableNode*>(VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 5));
+    v->Reference = v->NetVar = v->VarInOut = 1;
+    v->ParentSegment = 3;
+    v->SubSegmentKind = kIpSegInit;
+    v->TypeName = "T";
+    v->ProgramNr = 6;
+    v->CanBeWatched = 0;
+    v->VarQualifier = 7;
+    v->InstanceText = "I";
+    v->PiLocation = "%QX0.1";
+    v->DclPositionA = 8;
+    v->DclPositionB = 9;
+    VemAddChildTail(v, VemCreateCVemVariableNode("C", 0, kCbeTypeBool, 1, 0));
+    return v;
+}
+
+// A compiled task with a variable, two segments (one Motorola), an entry, a data container file,
+// offsets and two code nodes.
+CVemBaseNode* CompiledTask() {
+    CVemBaseNode* task = compiledtest::Named(kVemTuiTaskNode, "TASK1");
+    VemAddChildTail(task, compiledtest::Variable("V", 4, 2));
+    CSegmentTable* table = VemGetSegmentTable(task);
+    VemSegTblAddNewSegment(table, nullptr);
+    CVemByteArray* data = VemBaNewByteArray(1, 2, 1, 0);
+    VemBaAppendWord(data, 0x1234);
+    VemSegTblAddNewSegment(table, data);
+    VemAddNewSegmentLength(task, 2);
+    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
+    VemBaAppendByte(entry, 0xAB);
+    VemSetTaskDefEntry(task, entry);
+    TempDir dir;
+    vemtest::WriteFileText(dir.file("t.cfg"), "cfg");
+    VemAddContainerFile(task, dir.file("t.cfg").c_str(), "CFG", 3);
+    VemGetEvemRootNodeListPtr(task)->AddTail(compiledtest::CodeNode("C:\\PRJ\\A.st"));
+    VemGetEvemRootNodeListPtr(task)->AddTail(compiledtest::CodeNode("C:\\PRJ\\B.st"));
+    return task;
+}
+
 struct GoldenRecord {
     const char* name;
     std::function<CVemBaseNode*()> make;
+    bool clonesToItsClass;  // upper levels and compiled tasks clone to other classes
 };
 
 const GoldenRecord kRecords[] = {
-    {"resource", SmallResource},
-    {"units", Units},
-    {"upper levels", UpperLevels},
+    {"resource", SmallResource, false},     {"units", Units, true},
+    {"upper levels", UpperLevels, false},   {"variable", RichVariable, true},
+    {"compiled task", CompiledTask, false},
 };
 
 class HostileRecords : public ::testing::TestWithParam<GoldenRecord> {
@@ -162,6 +204,33 @@ TEST_P(HostileRecords, EveryFailedAllocationLeavesNothing) {
         ASSERT_EQ(watch.Live(), 0) << k;
     }
     EXPECT_FALSE(messages.texts().empty());
+}
+
+TEST_P(HostileRecords, EveryShortageOfACloneLeavesNothingAndTheCloneWritesTheSameBytes) {
+    CVemBaseNode* source = VemLoadNode(path("good.vem").c_str());
+    ASSERT_NE(source, nullptr);
+    for (long k = 0;; ++k) {
+        AllocationWatch watch;
+        watch.FailAfter(k);
+        CVemBaseNode* clone = nullptr;
+        try {
+            clone = VemClone(source);
+        } catch (const std::bad_alloc&) {
+        } catch (const CMemoryException&) {
+        }
+        watch.FailAfter(-1);
+        if (clone) {
+            ASSERT_EQ(VemWriteNode(clone, path("clone.vem").c_str()), 1);
+            if (GetParam().clonesToItsClass) {
+                EXPECT_EQ(vemtest::ReadFileBytes(path("clone.vem")), bytes);
+            }
+            VemDeleteNode(clone);
+            EXPECT_EQ(watch.Live(), 0) << k;
+            break;
+        }
+        ASSERT_EQ(watch.Live(), 0) << k;
+    }
+    VemDeleteNode(source);
 }
 
 INSTANTIATE_TEST_SUITE_P(Golden, HostileRecords, ::testing::ValuesIn(kRecords), [](const auto& info) {
