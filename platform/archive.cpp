@@ -271,16 +271,16 @@ CArchive& CArchive::operator>>(CString& s) {
         if (!s.IsEmpty()) s.Empty();
         return *this;
     }
-    const u64 bytes = wide ? len * 2 : len;
-    if (wide && len > std::numeric_limits<u64>::max() / 2) VemThrowArchive(CArchiveException::endOfFile, FileName());
-    CheckRemaining(bytes);
-    if (bytes > std::numeric_limits<u32>::max()) VemThrowArchive(CArchiveException::endOfFile, FileName());
     if (!wide && len <= static_cast<u64>(m_end - m_cur)) {
-        // Most texts lie whole in the buffer: taken from there in one step.
+        // Most texts lie whole in the buffer, and thus in the file: taken from there in one step.
         s.SetString(reinterpret_cast<const char*>(m_cur), static_cast<int>(len));
         m_cur += len;
         return *this;
     }
+    const u64 bytes = wide ? len * 2 : len;
+    if (wide && len > std::numeric_limits<u64>::max() / 2) VemThrowArchive(CArchiveException::endOfFile, FileName());
+    CheckRemaining(bytes);
+    if (bytes > std::numeric_limits<u32>::max()) VemThrowArchive(CArchiveException::endOfFile, FileName());
     if (!wide) {
         char* out = s.GetBuffer(static_cast<int>(len));
         EnsureRead(out, static_cast<unsigned>(len));

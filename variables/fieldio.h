@@ -5,14 +5,17 @@
 #include "platform/archive.h"
 
 template <typename Disk, typename Field>
-void VemSerializeField(CArchive& ar, Field& field) {
-    if (ar.IsStoring()) {
-        ar << static_cast<Disk>(field);
-    } else {
-        Disk value;
-        ar >> value;
-        field = static_cast<Field>(value);
-    }
+void VemStoreField(CArchive& ar, const Field& field) {
+    ar << static_cast<Disk>(field);
+}
+
+// The load, which runs for every field of every node, is short enough to stand in its caller.
+template <typename Disk, typename Field>
+inline void VemSerializeField(CArchive& ar, Field& field) {
+    if (ar.IsStoring()) return VemStoreField<Disk>(ar, field);
+    Disk value;
+    ar >> value;
+    field = static_cast<Field>(value);
 }
 
 inline void VemSerializeText(CArchive& ar, CString& text) {
