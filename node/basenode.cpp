@@ -113,12 +113,12 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
     for (u16 i = 0; i < count; ++i) {
         u8 type;
         ar >> type;
-        CVemBaseNode* child = VemNewNodeForLoad(type);
+        CVemBaseNode* child = vem_nodetypes::NewForLoad(type);
         child->Parent = this;
         try {
             CArchive::RecordScope record(ar, child->GetRuntimeClass()->m_lpszClassName);
             child->Serialize(ar);
-            VemCheckStoredType(child);
+            vem_nodetypes::CheckStoredType(child);
             Children.AddTail(child);
         } catch (...) {
             delete child;

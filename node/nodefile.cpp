@@ -70,12 +70,12 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
         const vem_load::TaskFileScope taskFiles(ar->LoadContext());  // each task file once in the whole tree
         u16 type;
         *ar >> type;
-        node = VemNewNodeForLoad(type);
+        node = vem_nodetypes::NewForLoad(type);
         CheckStamp(*ar);
         {
             CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
             node->Serialize(*ar);
-            VemCheckStoredType(node);
+            vem_nodetypes::CheckStoredType(node);
         }
         ar->Close();
         file.Close();

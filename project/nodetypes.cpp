@@ -27,13 +27,13 @@ CVemBaseNode* VemNewNode(tVemNodeType type) {
     return node;
 }
 
-CVemBaseNode* VemNewNodeForLoad(u32 type) {
+CVemBaseNode* vem_nodetypes::NewForLoad(u32 type) {
     CVemBaseNode* node = type <= 0xFFFF ? VemNewNode(static_cast<tVemNodeType>(type)) : nullptr;
     if (!node) VemThrowArchive(CArchiveException::badClass);
     return node;
 }
 
-void VemCheckStoredType(const CVemBaseNode* node) {
+void vem_nodetypes::CheckStoredType(const CVemBaseNode* node) {
     const CRuntimeClass* made = nullptr;  // the class of VemNewNode for the stored type
     switch (node->NodeType) {
 #define VEM_NODE_TYPE(Value, Enumerator, Class, ...) \
