@@ -3,6 +3,9 @@
 // Creation by type needs the classes of the levels above and is made in project/nodetypes.cpp.
 #pragma once
 
+#include <cstddef>
+#include <iterator>
+
 #include "vem32_types.h"
 
 namespace vem_nodetypes {
@@ -35,6 +38,15 @@ constexpr const Row* Find(u32 type) {
 }
 
 constexpr const Row& RowOf(tVemNodeType type) { return *Find(type); }
+
+// Each value once, in rising order, so that a row added in the wrong place or twice fails here.
+constexpr bool RowsRise() {
+    for (std::size_t i = 1; i < std::size(kRows); ++i) {
+        if (kRows[i - 1].Type >= kRows[i].Type) return false;
+    }
+    return true;
+}
+static_assert(RowsRise(), "the rows of vem_node_types.def go by rising value");
 
 // The icon of a node of the class that a type makes; a unit marked global shows its own.
 template <class Node>

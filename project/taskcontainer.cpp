@@ -38,7 +38,7 @@ private:
 
 }  // namespace
 
-CVemBaseNode* VemReadTaskFile(const CString& path, const CArchive& outer) {
+CVemBaseNode* vem_load::ReadTaskFile(const CString& path, const CArchive& outer) {
     // A name of a pipe or a device would block the load or read without end: such a file is no
     // task file.
     CFileStatus status;
@@ -108,7 +108,7 @@ void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
             VemNoteMissingTask(lookup.reason, name, path, lookup.tried);
             continue;
         }
-        std::unique_ptr<CVemBaseNode> task(VemReadTaskFile(lookup.path, ar));
+        std::unique_ptr<CVemBaseNode> task(vem_load::ReadTaskFile(lookup.path, ar));
         if (!task) {
             VemNoteMissingTask(tVemMissingTask::kNotReadable, name, path, lookup.tried);
             continue;
