@@ -160,8 +160,7 @@ void CVemDataContainer::Serialize(CArchive& ar) {
         return;
     }
     DeleteAll();
-    const u32 count = ar.ReadCount();
-    ar.CheckRemaining(static_cast<u64>(count) * 3);  // empty key and a null reference at the least
+    const u32 count = ar.ReadCount(3);  // empty key and a null reference at the least
     for (u32 i = 0; i < count; ++i) {
         const CString key = ar.ReadString();
         Put(key, static_cast<CVemDataObject*>(ar.ReadOwnedObject(RUNTIME_CLASS(CVemDataObject))));

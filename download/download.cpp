@@ -258,8 +258,7 @@ void CVemDownloadList::Serialize(CArchive& ar) {
     }
     DeleteAllEntries();
     NameMap.RemoveAll();
-    const u32 count = ar.ReadCount();
-    ar.CheckRemaining(static_cast<u64>(count) * 2);  // a null reference at the least
+    const u32 count = ar.ReadCount(2);  // a null reference at the least
     for (u32 i = 0; i < count; ++i) {
         std::unique_ptr<CObject> entry(ar.ReadOwnedObject(RUNTIME_CLASS(CVemDownloadListEntry)));
         Add(entry.get());

@@ -21,21 +21,9 @@ class CEVemBaseNode;
 
 // Kind of a node of the tree.
 enum tVemNodeType : u32 {
-    kVemBaseNode = 1,
-    kVemVariableNode = 2,
-    kVemProgramNode = 3,
-    kVemFbNode = 4,
-    kVemFunctionNode = 5,
-    kVemArrayNode = 6,
-    kVemStructNode = 10,
-    kVemTaskNode = 11,
-    kVemExeNode = 12,
-    kVemResourceNode = 13,
-    kVemConfigNode = 14,
-    kVemProjectNode = 15,
-    kVemTuiTaskNode = 16,
-    kVemTaskContainerNode = 17,
-    kVemFbInstanceNode = 18,
+#define VEM_NODE_TYPE(Value, Enumerator, ...) Enumerator = Value,
+#include "vem_node_types.def"
+#undef VEM_NODE_TYPE
 };
 
 // Data type of a variable or of a statement's operand.

@@ -4,7 +4,7 @@
 // of cutting it; a question that would walk past a bound stops there.
 #pragma once
 
-#include "vem32_types.h"
+#include "platform/types.h"
 
 // ---- widths on disk --------------------------------------------------------------------------------
 
@@ -24,6 +24,9 @@ constexpr u32 kVemMaxByteArrayBytes = 0xFFFF;
 
 // Nesting of records that a load accepts, and depth of a walk through children and references.
 constexpr u32 kVemMaxNesting = 400;
+// Task files that a load reads inside one another (a container inside a task file naming another
+// task file); real trees have one level.
+constexpr u32 kVemMaxTaskFileNesting = 16;
 // One path map holds at most this many paths, and its paths at most this many bytes of text
 // (each path counted with kVemPathMapEntryCost bytes for its entry). A map that reaches either
 // bound keeps what it has; a compiled tree has far fewer.

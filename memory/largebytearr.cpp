@@ -103,11 +103,8 @@ void CLargeByteArray::Serialize(CArchive& ar) {
         if (m_length) ar.Write(m_data, static_cast<unsigned>(m_length));
         return;
     }
-    u16 count = 0;
-    ar >> count;
     // Refuse before anything is allocated: a count above the limit, or more bytes than the file holds.
-    if (count > m_maxSize) VemThrowMemory();
-    ar.CheckRemaining(count);
+    const u16 count = ar.ReadCount16(1, m_maxSize);
     SetLength(count, -1);
     if (count) ar.EnsureRead(m_data, count);
 }

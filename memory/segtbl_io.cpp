@@ -49,9 +49,7 @@ void CSegmentTable::Serialize(CArchive& ar) {
         VemStoreCount16(ar, static_cast<u64>(count));
         for (int i = 0; i < count; ++i) StoreEntry(ar, At(i));
     } else {
-        u16 count = 0;
-        ar >> count;
-        ar.CheckRemaining(count);  // every entry takes at least its tag
+        const u16 count = ar.ReadCount16(1);  // every entry takes at least its tag
         DeleteAllArrays();
         SetSize(count);
         for (int i = 0; i < count; ++i) SetAt(i, LoadEntry(ar));

@@ -57,18 +57,10 @@ CVemBaseNode::~CVemBaseNode() {
 }
 
 void CVemBaseNode::ApplyTypeRules() {
-    m_topGeometry = &GeometryOf(NodeType) != &GeometryOf(kVemBaseNode);
-    switch (NodeType) {
-        case kVemVariableNode:
-        case kVemTaskNode:
-        case kVemConfigNode: HasSymbol = 0; break;
-        case kVemExeNode:
-        case kVemProjectNode:
-            HasSymbol = 1;
-            Expanded = 1;
-            break;
-        default: HasSymbol = 1; break;
-    }
+    const vem_nodetypes::Row* row = vem_nodetypes::Find(NodeType);
+    m_topGeometry = row && row->Shape == vem_nodetypes::Row::Top;
+    HasSymbol = row ? row->HasSymbol : 1;
+    if (row && row->Expand == vem_nodetypes::Row::Open) Expanded = 1;
 }
 
 // Children are destroyed without recursion through the tree and without allocating: each
@@ -116,19 +108,17 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
         }
         return;
     }
-    u16 count;
-    ar >> count;
-    ar.CheckRemaining(static_cast<u64>(count) * kMinNodeRecordBytes);
+    const u16 count = ar.ReadCount16(kMinNodeRecordBytes);
     CArchive::DepthGuard depth(ar);
     for (u16 i = 0; i < count; ++i) {
         u8 type;
         ar >> type;
-        CVemBaseNode* child = VemNewNodeForLoad(type);
+        CVemBaseNode* child = vem_nodetypes::NewForLoad(type);
         child->Parent = this;
         try {
             CArchive::RecordScope record(ar, child->GetRuntimeClass()->m_lpszClassName);
             child->Serialize(ar);
-            VemCheckStoredType(child);
+            vem_nodetypes::CheckStoredType(child);
             Children.AddTail(child);
         } catch (...) {
             delete child;

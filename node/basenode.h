@@ -3,6 +3,7 @@
 #pragma once
 
 #include "memory/cbytearr.h"
+#include "node/nodetypes.h"
 #include "vem32_types.h"
 
 class VEM_API CVemBaseNode : public CObject {

@@ -5,7 +5,6 @@
 #include <memory>
 #include <new>
 
-#include "project/tasks.h"
 #include "vem_ext.h"
 #include "vem_node.h"
 #include "vem_plain.h"
@@ -67,16 +66,16 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
     CVemBaseNode* node = nullptr;
     std::unique_ptr<CArchive> ar;
     try {
-        VemTaskFileScope taskFiles;  // each task file once in the whole tree
         ar = std::make_unique<CArchive>(&file, CArchive::load);
+        const vem_load::TaskFileScope taskFiles(ar->LoadContext());  // each task file once in the whole tree
         u16 type;
         *ar >> type;
-        node = VemNewNodeForLoad(type);
+        node = vem_nodetypes::NewForLoad(type);
         CheckStamp(*ar);
         {
             CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
             node->Serialize(*ar);
-            VemCheckStoredType(node);
+            vem_nodetypes::CheckStoredType(node);
         }
         ar->Close();
         file.Close();

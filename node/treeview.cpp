@@ -44,7 +44,8 @@ void CVemBaseNode::ForgetDrawn() {
 const CVemBaseNode::Geometry& CVemBaseNode::GeometryOf(u32 nodeType) {
     static const Geometry normal{{0, 5}, {-4, 5}, {5, 14}, {4, 9}, {9, 9}, {9, 4}, {30, 25}};
     static const Geometry top{{0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {21, 21}};
-    return (nodeType == kVemExeNode || nodeType == kVemProjectNode) ? top : normal;
+    const vem_nodetypes::Row* row = vem_nodetypes::Find(nodeType);
+    return row && row->Shape == vem_nodetypes::Row::Top ? top : normal;
 }
 
 void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selected) {

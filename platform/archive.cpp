@@ -323,6 +323,20 @@ u32 CArchive::ReadCount() {
     return d;
 }
 
+u32 CArchive::ReadCount(u64 minBytesPerItem) {
+    const u32 count = ReadCount();
+    CheckRemaining(static_cast<u64>(count) * minBytesPerItem);
+    return count;
+}
+
+u16 CArchive::ReadCount16(u64 minBytesPerItem, u32 limit) {
+    u16 count;
+    *this >> count;
+    if (count > limit) VemThrowMemory();
+    CheckRemaining(static_cast<u64>(count) * minBytesPerItem);
+    return count;
+}
+
 // ---- object references -----------------------------------------------------------------------------
 
 void CArchive::WriteObject(const CObject* object) {
@@ -426,8 +440,9 @@ CObject* CArchive::ReadObjectImpl(const CRuntimeClass* asked, bool allowBackRefe
 }
 
 CArchive::DepthGuard::DepthGuard(CArchive& ar) : m_ar(ar) {
-    if (++m_ar.m_depth > kMaxDepth) {
-        --m_ar.m_depth;
+    vem_load::Context& context = *m_ar.m_context;
+    if (++context.Depth > context.Bounds.MaxNesting) {
+        --context.Depth;
         VemThrowArchive(CArchiveException::genericException, m_ar.FileName());
     }
 }

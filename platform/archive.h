@@ -20,6 +20,7 @@
 
 #include "platform/cstring.h"
 #include "platform/exceptions.h"
+#include "platform/loadcontext.h"
 #include "platform/object.h"
 
 class CFile;
@@ -28,8 +29,9 @@ class VEM_API CArchive {
 public:
     enum Mode : unsigned { store = 0, load = 1, bNoFlushOnDelete = 2 };
 
-    // Nesting of records and object references that a load accepts; real trees are a few dozen deep.
-    static constexpr int kMaxDepth = 400;
+    // Nesting of records and object references that a load accepts by default; real trees are a few
+    // dozen deep.
+    static constexpr int kMaxDepth = static_cast<int>(kVemMaxNesting);
 
     // The buffer takes whole runs of records between two calls of the file; each call costs a trip
     // to the system.
@@ -90,6 +92,12 @@ public:
 
     void WriteCount(u32 count);
     u32 ReadCount();
+    // The only ways to read a count before anything is made for it: each of the items takes at
+    // least `minBytesPerItem` bytes on disk, and a count that the rest of the file cannot hold
+    // raises end of file (cause 3). ReadCount16 reads a plain u16 count; one above `limit` raises
+    // the memory exception before the file is asked.
+    u32 ReadCount(u64 minBytesPerItem);
+    u16 ReadCount16(u64 minBytesPerItem, u32 limit = 0xFFFF);
 
     // Object references with the shared class and object numbering.
     void WriteObject(const CObject* object);
@@ -100,11 +108,11 @@ public:
     // owners, and no reference reaches an object that its owner has deleted during the load.
     CObject* ReadOwnedObject(const CRuntimeClass* asked);
 
-    // Counts nesting during a load; deeper than kMaxDepth fails as a corrupt file.
+    // Counts nesting during a load; deeper than the load's bound fails as a corrupt file.
     class DepthGuard {
     public:
         explicit DepthGuard(CArchive& ar);
-        ~DepthGuard() { --m_ar.m_depth; }
+        ~DepthGuard() { --m_ar.m_context->Depth; }
         DepthGuard(const DepthGuard&) = delete;
         DepthGuard& operator=(const DepthGuard&) = delete;
 
@@ -113,9 +121,14 @@ public:
     };
 
     // Nesting counted so far. An archive of a file that is read in the middle of another one's load
-    // starts at the depth of that one, so that the bound holds for the whole tree and its stack.
-    int Depth() const { return m_depth; }
-    void StartAtDepth(int depth) { m_depth = depth; }
+    // joins that load (JoinLoad), so that the bound holds for the whole tree and its stack.
+    int Depth() const { return m_context->Depth; }
+    void StartAtDepth(int depth) { m_context->Depth = depth; }
+
+    // The state of the load that this archive reads, shared with the archives that join it.
+    vem_load::Context& LoadContext() const { return *m_context; }
+    // Reads in the middle of `outer`'s load: its depth, bounds and task files read are this one's.
+    void JoinLoad(const CArchive& outer) { m_context = outer.m_context; }
 
     // Bytes of the file that the archive has consumed (load) or produced (store).
     u64 GetPosition() const;
@@ -174,7 +187,8 @@ private:
     std::size_t m_bufSize;
     u8* m_cur;
     u8* m_end;  // store: end of the buffer; load: end of the bytes read ahead
-    int m_depth = 0;
+    vem_load::Context m_ownContext;
+    vem_load::Context* m_context = &m_ownContext;
     u64 m_fileLength = 0;  // length of the file when a load began
     const char* m_recordClass = "";
 

@@ -13,24 +13,14 @@ VEM_IMPLEMENT_SERIAL(CMapStringToString, CObject, 0)
 VEM_IMPLEMENT_SERIAL(CMapWordToOb, CObject, 0)
 
 // Arrays are read element by element, so a hostile count fails at the end of the file instead of
-// allocating; each element takes at least `minBytes` of the file.
-namespace {
-
-u32 ReadBoundedCount(CArchive& ar, u64 minBytes) {
-    const u32 n = ar.ReadCount();
-    ar.CheckRemaining(static_cast<u64>(n) * minBytes);
-    return n;
-}
-
-}  // namespace
-
+// allocating; each element takes at least the bytes given to ReadCount.
 void CObArray::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
         ar.WriteCount(static_cast<u32>(GetSize()));
         for (CObject* o : v_) ar.WriteObject(o);
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 2);
+    const u32 n = ar.ReadCount(2);
     RemoveAll();
     v_.reserve(n);
     for (u32 i = 0; i < n; ++i) v_.push_back(ar.ReadObject(nullptr));
@@ -42,7 +32,7 @@ void CDWordArray::Serialize(CArchive& ar) {
         for (u32 d : v_) ar << d;
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 4);
+    const u32 n = ar.ReadCount(4);
     v_.assign(n, 0);
     for (u32& d : v_) ar >> d;
 }
@@ -53,7 +43,7 @@ void CWordArray::Serialize(CArchive& ar) {
         for (u16 w : v_) ar << w;
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 2);
+    const u32 n = ar.ReadCount(2);
     v_.assign(n, 0);
     for (u16& w : v_) ar >> w;
 }
@@ -64,7 +54,7 @@ void CStringArray::Serialize(CArchive& ar) {
         for (const CString& s : v_) ar << s;
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 1);
+    const u32 n = ar.ReadCount(1);
     v_.assign(n, CString());
     for (CString& s : v_) ar >> s;
 }
@@ -85,7 +75,7 @@ void CObList::Serialize(CArchive& ar) {
         for (POSITION pos = GetHeadPosition(); pos;) ar.WriteObject(GetNext(pos));
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 2);
+    const u32 n = ar.ReadCount(2);
     for (u32 i = 0; i < n; ++i) AddTail(ar.ReadObject(nullptr));
 }
 
@@ -105,7 +95,7 @@ void CStringList::Serialize(CArchive& ar) {
         for (POSITION pos = GetHeadPosition(); pos;) ar << GetNext(pos);
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 1);
+    const u32 n = ar.ReadCount(1);
     for (u32 i = 0; i < n; ++i) AddTail(ar.ReadString());
 }
 
@@ -121,7 +111,7 @@ void CMapStringToOb::Serialize(CArchive& ar) {
         }
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 3);
+    const u32 n = ar.ReadCount(3);
     for (u32 i = 0; i < n; ++i) {
         CString key = ar.ReadString();
         CObject* value = ar.ReadObject(nullptr);
@@ -139,7 +129,7 @@ void CMapStringToString::Serialize(CArchive& ar) {
         }
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 2);
+    const u32 n = ar.ReadCount(2);
     for (u32 i = 0; i < n; ++i) {
         CString key = ar.ReadString();
         CString value = ar.ReadString();
@@ -159,7 +149,7 @@ void CMapWordToOb::Serialize(CArchive& ar) {
         }
         return;
     }
-    const u32 n = ReadBoundedCount(ar, 4);
+    const u32 n = ar.ReadCount(4);
     for (u32 i = 0; i < n; ++i) {
         u16 key;
         ar >> key;

@@ -29,6 +29,7 @@ public:
     ~CVemExeNode() override;
 
     void Serialize(CArchive& ar) override;
+    VEM_NODE_TYPE_PICTURES(kVemExeNode)
     int GetContainerFileList(CStringList* list) override { return DataContainer.GetFileList(list); }
     int AddContainerFile(const char* filePath, const char* key, unsigned type) override {
         return DataContainer.AddFile(filePath, key, type);

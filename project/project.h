@@ -13,8 +13,7 @@ public:
 
     // base record, schema word (u16)
     void Serialize(CArchive& ar) override;
-    unsigned GetBitmapID() override { return 126; }
-    unsigned GetIconID() override { return 119; }
+    VEM_NODE_TYPE_PICTURES(kVemProjectNode)
 };
 
 class CVemConfigNode : public CVemBaseNode {
@@ -26,7 +25,7 @@ public:
 
     // base record, schema word (u16)
     void Serialize(CArchive& ar) override;
-    unsigned GetIconID() override { return 138; }
+    VEM_NODE_TYPE_PICTURES(kVemConfigNode)
 };
 
 class CVemResourceNode : public CVemBaseNode {
@@ -45,8 +44,7 @@ public:
     // Head and sorted are one operation here: counted, and inserted by node text.
     int AddChildHead(CVemBaseNode* child) override;
     int AddChildSorted(CVemBaseNode* child) override;
-    unsigned GetBitmapID() override { return 125; }
-    unsigned GetIconID() override { return 121; }
+    VEM_NODE_TYPE_PICTURES(kVemResourceNode)
     // "NAME  -  CONFIG": the file titles of the name and of ConfigName, in upper case.
     CString GetNodeText() override;
     int GetNoOfTask() override { return NoOfTask; }

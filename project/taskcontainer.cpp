@@ -12,46 +12,33 @@ VEM_IMPLEMENT_SERIAL(CVemTaskContainerNode, CVemBaseNode, 5)
 
 namespace {
 
-// Task files being read inside one another: a container in a task file that names a task file.
-int g_taskFileNesting = 0;
-
-// The task files read since the outermost load scope began. A file named a second time in one
-// load, by itself or by another, would be read again for every container that names it: a few
-// small files that name each other would multiply the tree with every level.
-int g_loadScopes = 0;
-std::vector<VemFileId> g_taskFilesRead;
-
+// A task file opened inside the load: refused beyond the load's nesting of task files, and when
+// the load read it before. A file named a second time in one load, by itself or by another, would
+// be read again for every container that names it: a few small files that name each other would
+// multiply the tree with every level.
 class TaskFileNesting {
 public:
-    explicit TaskFileNesting(const CString& path) {
-        if (g_taskFileNesting >= CVemTaskContainerNode::kMaxTaskFileNesting) {
-            VemThrowArchive(CArchiveException::badIndex);
-        }
+    TaskFileNesting(vem_load::Context& load, const CString& path) : m_load(load) {
+        if (m_load.TaskFileNesting >= m_load.Bounds.MaxTaskFileNesting) VemThrowArchive(CArchiveException::badIndex);
         VemFileId id;
-        if (g_loadScopes > 0 && VemFileIdentity(path, id)) {
-            if (std::find(g_taskFilesRead.begin(), g_taskFilesRead.end(), id) != g_taskFilesRead.end()) {
-                VemThrowArchive(CArchiveException::badIndex);
-            }
-            g_taskFilesRead.push_back(id);
+        if (m_load.TaskFileScopes > 0 && VemFileIdentity(path, id)) {
+            const auto& read = m_load.TaskFilesRead;
+            if (std::find(read.begin(), read.end(), id) != read.end()) VemThrowArchive(CArchiveException::badIndex);
+            m_load.TaskFilesRead.push_back(id);
         }
-        ++g_taskFileNesting;
+        ++m_load.TaskFileNesting;
     }
-    ~TaskFileNesting() { --g_taskFileNesting; }
+    ~TaskFileNesting() { --m_load.TaskFileNesting; }
     TaskFileNesting(const TaskFileNesting&) = delete;
     TaskFileNesting& operator=(const TaskFileNesting&) = delete;
+
+private:
+    vem_load::Context& m_load;
 };
 
 }  // namespace
 
-VemTaskFileScope::VemTaskFileScope() {
-    if (g_loadScopes++ == 0) g_taskFilesRead.clear();
-}
-
-VemTaskFileScope::~VemTaskFileScope() {
-    if (--g_loadScopes == 0) std::vector<VemFileId>().swap(g_taskFilesRead);
-}
-
-CVemBaseNode* VemReadTaskFile(const CString& path, int depth) {
+CVemBaseNode* vem_load::ReadTaskFile(const CString& path, const CArchive& outer) {
     // A name of a pipe or a device would block the load or read without end: such a file is no
     // task file.
     CFileStatus status;
@@ -60,9 +47,9 @@ CVemBaseNode* VemReadTaskFile(const CString& path, int depth) {
     if (!file.Open(path, CFile::modeRead | CFile::typeBinary)) return nullptr;
     std::unique_ptr<CObject> object;
     try {
-        TaskFileNesting nesting(path);
+        TaskFileNesting nesting(outer.LoadContext(), path);
         CArchive ar(&file, CArchive::load);
-        ar.StartAtDepth(depth);  // the tree goes on below the container that names the file
+        ar.JoinLoad(outer);  // the tree goes on below the container that names the file
         object.reset(ar.ReadObject(RUNTIME_CLASS(CVemBaseNode)));
         ar.Close();
     } catch (...) {
@@ -97,7 +84,7 @@ void CVemTaskContainerNode::Serialize(CArchive& ar) {
 // without a file or without a task, as it always did, and every entry that gives no child is noted
 // for the load's report.
 void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
-    VemTaskFileScope scope;
+    const vem_load::TaskFileScope scope(ar.LoadContext());
     VemTaskFileFinder finder(ar.GetFile() ? ar.GetFile()->GetFilePath() : CString());
     std::vector<std::pair<CString, CString>> read;  // entries whose task hangs below this node
     bool stopped = false;
@@ -121,7 +108,7 @@ void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
             VemNoteMissingTask(lookup.reason, name, path, lookup.tried);
             continue;
         }
-        std::unique_ptr<CVemBaseNode> task(VemReadTaskFile(lookup.path, ar.Depth()));
+        std::unique_ptr<CVemBaseNode> task(vem_load::ReadTaskFile(lookup.path, ar));
         if (!task) {
             VemNoteMissingTask(tVemMissingTask::kNotReadable, name, path, lookup.tried);
             continue;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "node/basenode.h"
+#include "vem_limits.h"
 
 class CVemTaskNode : public CVemBaseNode {
     VEM_DECLARE_SERIAL(CVemTaskNode)
@@ -14,8 +15,7 @@ public:
 
     // base record, schema word (u16); ResourceName is not stored
     void Serialize(CArchive& ar) override;
-    unsigned GetBitmapID() override { return 127; }
-    unsigned GetIconID() override { return 122; }
+    VEM_NODE_TYPE_PICTURES(kVemTaskNode)
     // The name without one leading backslash and then without "KOMPO.SYS\".
     CString GetNodeText() override;
     int SetResourceName(CString resourceName) override;
@@ -29,9 +29,8 @@ class CVemTaskContainerNode : public CVemBaseNode {
     VEM_DECLARE_SERIAL(CVemTaskContainerNode)
 public:
     static constexpr u16 kSchema = 0;
-    // Task files that may be read inside one another's load (a container inside a task file);
-    // real trees have one level.
-    static constexpr int kMaxTaskFileNesting = 16;
+    // Task files that a load reads inside one another by default (a container inside a task file).
+    static constexpr int kMaxTaskFileNesting = static_cast<int>(kVemMaxTaskFileNesting);
 
     CVemTaskContainerNode();  // always named "TASKS"
     ~CVemTaskContainerNode() override;
@@ -39,8 +38,7 @@ public:
     // Deletes the children first, in both directions, then: base record (no children), schema word
     // (u16), TaskList. A load then reads the task files.
     void Serialize(CArchive& ar) override;
-    unsigned GetBitmapID() override { return 127; }
-    unsigned GetIconID() override { return 122; }
+    VEM_NODE_TYPE_PICTURES(kVemTaskContainerNode)
     void TaskCompiled(const CString& taskName, const CString& filePath) override;
     void RegisterTask(const CString& taskName) override;
     tCompiledTasks AllTaskCompiledSuccesfully() override;
@@ -56,17 +54,8 @@ private:
 };
 
 // One task file: a node as an object of a class derived from CVemBaseNode. Null if the file cannot
-// be opened or holds a null object; archive exceptions pass on, with the file closed. The depth is
-// the nesting of the load that names the file, at which its tree goes on.
-CVemBaseNode* VemReadTaskFile(const CString& path, int depth = 0);
-
-// While one lives, each task file is read at most once: a file named again raises a corrupt file
-// (archive exception). A load of a node file holds one over the whole tree, and each container
-// holds one while it reads its tasks.
-class VemTaskFileScope {
-public:
-    VemTaskFileScope();
-    ~VemTaskFileScope();
-    VemTaskFileScope(const VemTaskFileScope&) = delete;
-    VemTaskFileScope& operator=(const VemTaskFileScope&) = delete;
-};
+// be opened or holds a null object; archive exceptions pass on, with the file closed. The file is
+// read as a part of `outer`'s load, at whose nesting its tree goes on.
+namespace vem_load {
+CVemBaseNode* ReadTaskFile(const CString& path, const CArchive& outer);
+}  // namespace vem_load

@@ -40,7 +40,7 @@ public:
         return DataContainer.SetCheckSum(key, checkSum);
     }
     CObList* GetEvemRootNodeListPtr() override { return &EvemRootNodeList; }
-    unsigned GetIconID() override { return GlobalFlag ? 137 : 122; }
+    VEM_NODE_TYPE_PICTURES(kVemTuiTaskNode)
     // The bare name, also in debug mode.
     CString GetNodeText() override { return Name; }
     CSegmentTable* GetSegmentTable() override { return SegmentTable; }

@@ -24,9 +24,7 @@ void EVemSerializeRootList(CArchive& ar, CObList& list) {
         return;
     }
     EVemDeleteRootList(list);
-    u16 count = 0;
-    ar >> count;
-    ar.CheckRemaining(count * kShortestCodeNodeRecord);
+    const u16 count = ar.ReadCount16(kShortestCodeNodeRecord);
     for (u16 i = 0; i < count; ++i) {
         std::unique_ptr<CEVemBaseNode> node(EVemCreateNode(kEVemPouCodeNode, CString()));
         if (!node) VemThrowUser();

@@ -106,8 +106,7 @@ public:
 
     void Serialize(CArchive& ar) override;
     CVemBaseNode* Clone() override;
-    unsigned GetBitmapID() override;
-    unsigned GetIconID() override;
+    VEM_NODE_TYPE_PICTURES(kVemProgramNode)
     void SetGlobal(int global) override;
     int GetGlobal() override;
     void NodeDump(CFile* file, CString indent) override;
@@ -126,8 +125,7 @@ public:
 
     void Serialize(CArchive& ar) override;
     CVemBaseNode* Clone() override;
-    unsigned GetBitmapID() override;
-    unsigned GetIconID() override;
+    VEM_NODE_TYPE_PICTURES(kVemFbNode)
     CString GetPouPathNameFromCodeSegNr(u16 codeSegment) override;
 
     // The function block's own segment kind, apart from the operations that variables answer.
@@ -151,8 +149,7 @@ public:
 
     void Serialize(CArchive& ar) override;
     CVemBaseNode* Clone() override;
-    unsigned GetBitmapID() override;
-    unsigned GetIconID() override;
+    VEM_NODE_TYPE_PICTURES(kVemFunctionNode)
     u16 GetOffset() override;
     void SetOffset(u16 offset) override;
     void SetSubSegmentKind(tIpSegmentKind kind) override;

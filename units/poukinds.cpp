@@ -30,10 +30,6 @@ void CVemProgramNode::Serialize(CArchive& ar) {
 
 CVemBaseNode* CVemProgramNode::Clone() { return new CVemProgramNode(*this); }
 
-unsigned CVemProgramNode::GetBitmapID() { return 112; }
-
-unsigned CVemProgramNode::GetIconID() { return GlobalFlag ? 137 : 118; }
-
 void CVemProgramNode::SetGlobal(int global) { GlobalFlag = global; }
 
 int CVemProgramNode::GetGlobal() { return GlobalFlag; }
@@ -69,10 +65,6 @@ void CVemFbNode::Serialize(CArchive& ar) {
 }
 
 CVemBaseNode* CVemFbNode::Clone() { return new CVemFbNode(*this); }
-
-unsigned CVemFbNode::GetBitmapID() { return 115; }
-
-unsigned CVemFbNode::GetIconID() { return 115; }
 
 // Which source belongs to a code segment among the units that this block calls: the first match in
 // depth-first order. The block's own number is the caller's to compare.
@@ -116,10 +108,6 @@ void CVemFunctionNode::Serialize(CArchive& ar) {
 }
 
 CVemBaseNode* CVemFunctionNode::Clone() { return new CVemFunctionNode(*this); }
-
-unsigned CVemFunctionNode::GetBitmapID() { return 114; }
-
-unsigned CVemFunctionNode::GetIconID() { return 124; }
 
 u16 CVemFunctionNode::GetOffset() { return Offset; }
 

@@ -119,9 +119,7 @@ void CStatList::Serialize(CArchive& ar) {
         }
         return;
     }
-    u16 count;
-    ar >> count;
-    ar.CheckRemaining(count * kStoredEntryBytes);
+    const u16 count = ar.ReadCount16(kStoredEntryBytes);
     for (u16 i = 0; i < count; ++i) {
         u16 key;
         ar >> key;

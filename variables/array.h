@@ -51,7 +51,7 @@ public:
     void SetReferenceNode(CVemBaseNode* node) override;
     u8 GetDimensions() override { return Dimensions; }
     void SetDimensions(u8 dimensions) override { Dimensions = dimensions; }
-    unsigned GetIconID() override { return 129; }
+    VEM_NODE_TYPE_PICTURES(kVemArrayNode)
     void ExpandArray() override;
     CVemDimRange* GetRange() override { return &Range; }
     u16 GetHeaderLength() override { return HeaderLength; }

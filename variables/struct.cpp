@@ -27,8 +27,6 @@ void CVemStructNode::Serialize(CArchive& ar) { CVemVariableNode::Serialize(ar); 
 
 CVemBaseNode* CVemStructNode::Clone() { return new CVemStructNode(*this); }
 
-unsigned CVemStructNode::GetIconID() { return 130; }
-
 // The members take the structure's segment, whether or not the structure's own rule let it change.
 void CVemStructNode::SetParentSegment(u16 segment) {
     CVemVariableNode::SetParentSegment(segment);

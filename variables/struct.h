@@ -18,7 +18,7 @@ public:
     // The variable record and nothing more.
     void Serialize(CArchive& ar) override;
     CVemBaseNode* Clone() override;
-    unsigned GetIconID() override;
+    VEM_NODE_TYPE_PICTURES(kVemStructNode)
     void SetParentSegment(u16 segment) override;
     int ShiftOffsets(u32 amount) override;
     int ComputeOffsets(const u16* startOffsets) override;
@@ -46,6 +46,7 @@ public:
     // The function block named "<instance> : <type>" below the compiled task that holds the
     // instance, or below a child of "Global - Resource" two levels above that task.
     CVemBaseNode* GetReferenceNode() override;
+    VEM_NODE_TYPE_PICTURES(kVemFbInstanceNode)
     void SetPredefinedFlag(int predefined) override;
     int IsPredefined() override;
 

@@ -111,10 +111,6 @@ void CVemVariableNode::GetDclPosition(unsigned& positionA, unsigned& positionB) 
     positionB = DclPositionB;
 }
 
-unsigned CVemVariableNode::GetBitmapID() { return 116; }
-
-unsigned CVemVariableNode::GetIconID() { return 125; }
-
 // Name, " : " and the type name if there is one; with the debug flag the layout as well, through
 // the virtual getters, so that arrays and structures answer for themselves. Segment numbers have
 // 13 bits; the bits above them are not part of the number.

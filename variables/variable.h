@@ -28,8 +28,7 @@ public:
     CString GetPiLocation() override;
     void SetDclPosition(unsigned positionA, unsigned positionB) override;
     void GetDclPosition(unsigned& positionA, unsigned& positionB) override;
-    unsigned GetBitmapID() override;
-    unsigned GetIconID() override;
+    VEM_NODE_TYPE_PICTURES(kVemVariableNode)
     CString GetNodeText() override;
     u16 GetParentSegment() override;
     void SetParentSegment(u16 segment) override;

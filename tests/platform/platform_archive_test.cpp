@@ -111,6 +111,24 @@ TEST(ArchiveCounts, SixteenBitsOrEscapedToThirtyTwo) {
     EXPECT_EQ(ar.ReadCount(), 0x12345u);
 }
 
+// A count is trusted only as far as the rest of the file can hold its items; the rest here is 4 bytes.
+TEST(ArchiveCounts, ACountIsCheckedAgainstTheRestOfTheFile) {
+    const auto read = [](u64 minBytes, bool sixteen, u32 limit) {
+        CMemFile file(std::vector<u8>{2, 0, 0, 0, 0, 0});
+        CArchive ar(&file, CArchive::load);
+        try {
+            return CauseOf([&] { sixteen ? void(ar.ReadCount16(minBytes, limit)) : void(ar.ReadCount(minBytes)); });
+        } catch (const CMemoryException&) {
+            return 100;
+        }
+    };
+    EXPECT_EQ(read(2, false, 0), -1);
+    EXPECT_EQ(read(3, false, 0), CArchiveException::endOfFile);
+    EXPECT_EQ(read(2, true, 2), -1);
+    EXPECT_EQ(read(3, true, 2), CArchiveException::endOfFile);
+    EXPECT_EQ(read(3, true, 1), 100);  // the limit is asked before the file
+}
+
 TEST(ArchiveNumbers, LittleEndianWithoutPadding) {
     EXPECT_EQ(Store([](CArchive& ar) { ar << u8(0x01) << u16(0x0302) << u32(0x07060504) << i32(-1); }),
               (std::vector<u8>{1, 2, 3, 4, 5, 6, 7, 0xFF, 0xFF, 0xFF, 0xFF}));
@@ -226,15 +244,25 @@ TEST(ArchiveObjects, BigNumbersUseTheEscape) {
     for (CObject* o : read) delete o;
 }
 
-TEST(ArchiveObjects, NestingIsBounded) {
-    // A chain of nodes each holding the next as its first child, deeper than the bound.
-    Bytes b;
-    const int depth = CArchive::kMaxDepth + 10;
-    for (int i = 0; i < depth; ++i) {
-        b.u16_(0).u8_(1).u8_(1).u8_(0).u32_(0).u8_(0).u16_(1).u8_(1);
-    }
-    CMemFile file(b.v);
-    CArchive ar(&file, CArchive::load);
-    CVemBaseNode root;
-    EXPECT_EQ(CauseOf([&] { root.Serialize(ar); }), CArchiveException::genericException);
+// A chain of nodes each holding the next as its first child, loaded under the load's bound and by
+// an archive that joins another load at its depth.
+TEST(ArchiveObjects, NestingIsBoundedOverTheWholeLoad) {
+    const auto load = [](int depth, int bound, int outerDepth) {
+        Bytes b;
+        for (int i = 0; i < depth; ++i) b.u16_(0).u8_(1).u8_(1).u8_(0).u32_(0).u8_(0).u16_(i + 1 < depth).u8_(1);
+        CMemFile outerFile, file(b.v);
+        CArchive outer(&outerFile, CArchive::load), ar(&file, CArchive::load);
+        outer.LoadContext().Bounds.MaxNesting = bound;
+        outer.StartAtDepth(outerDepth);
+        ar.JoinLoad(outer);
+        CVemBaseNode root;
+        const int cause = CauseOf([&] { root.Serialize(ar); });
+        EXPECT_EQ(outer.Depth(), outerDepth);
+        return cause;
+    };
+    EXPECT_EQ(load(CArchive::kMaxDepth + 10, CArchive::kMaxDepth, 0), CArchiveException::genericException);
+    EXPECT_EQ(load(CArchive::kMaxDepth - 1, CArchive::kMaxDepth, 0), -1);
+    EXPECT_EQ(load(20, 20, 0), -1);
+    EXPECT_EQ(load(20, 20, 1), CArchiveException::genericException);
+    EXPECT_EQ(load(21, 20, 0), CArchiveException::genericException);
 }
