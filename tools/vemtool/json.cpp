@@ -9,7 +9,9 @@ namespace vemtool {
 
 namespace {
 
-constexpr std::size_t kFlushAt = 1 << 20;  // the text goes out in pieces of about a megabyte
+// The text goes out in pieces of 128 KiB, still in the cache when the kernel copies them: 300 MB
+// took 0.1 s of system time so, against 0.1 to 0.5 s in pieces of a megabyte.
+constexpr std::size_t kFlushAt = 1 << 17;
 
 // The characters that a string holds as they are: printable ASCII but the quote and the backslash.
 struct PlainTable {
