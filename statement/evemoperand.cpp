@@ -1,6 +1,7 @@
 // Statements with an operand: type, operator, constant, variable and indexed variable.
 #include "statement/evemoperand.h"
 
+#include "node/dumptext.h"
 #include "statement/evemdump.h"
 
 VEM_IMPLEMENT_SERIAL(CEVemOpOnTypeStmtNode, CEVemBaseStmtNode, 5)
@@ -11,17 +12,18 @@ VEM_IMPLEMENT_SERIAL(CEVemArrayOperatorStmtNode, CEVemOpOnVarStmtNode, 5)
 
 void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseStmtNode::DumpNode(file, prefix);
-    CString text;
-    text.Format("%sCbeType = %s\n", prefix.GetString(), EVemCbeTypeText(CbeType));
-    WriteDump(file, text);
+    CVemDumpText text;
+    text << prefix.GetString() << "CbeType = " << EVemCbeTypeText(CbeType) << '\n';
+    text.WriteTo(file);
 }
 
 void CEVemOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOpOnTypeStmtNode::DumpNode(file, prefix);
-    CString text;
-    text.Format("%sNegOperand = %s\n%sAccuType = %s\n", prefix.GetString(), NegOperand == 1 ? "TRUE" : "FALSE",
-                prefix.GetString(), AccuType == 1 ? "normal" : "shadow");
-    WriteDump(file, text);
+    const char* p = prefix.GetString();
+    CVemDumpText text;
+    text << p << "NegOperand = " << (NegOperand == 1 ? "TRUE" : "FALSE") << '\n';
+    text << p << "AccuType = " << (AccuType == 1 ? "normal" : "shadow") << '\n';
+    text.WriteTo(file);
 }
 
 CEVemOpOnConstStmtNode::~CEVemOpOnConstStmtNode() = default;
@@ -56,12 +58,15 @@ void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
 
 void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
-    CString text = prefix + "Name = " + Name + prefix + "AddressMode = " + EVemAddressModeText(AddressMode);
-    text.AppendFormat("%sNearOffset = %u\n", prefix.GetString(), unsigned{NearOffset});
-    text.AppendFormat("%sFarOffset = %u\n", prefix.GetString(), unsigned{FarOffset});
-    text += prefix + "VemNode = " + EVemPointerText(VemNode) + "\n";
-    text += prefix + "VemInstanceNode = " + EVemPointerText(InstanceNode) + "\n";
-    WriteDump(file, text);
+    const char* p = prefix.GetString();
+    CVemDumpText text;
+    text << prefix << "Name = " << Name << prefix << "AddressMode = " << EVemAddressModeText(AddressMode);
+    text << p << "NearOffset = ";
+    text.Unsigned(unsigned{NearOffset}) << '\n' << p << "FarOffset = ";
+    text.Unsigned(unsigned{FarOffset}) << '\n';
+    text << prefix << "VemNode = " << EVemPointerText(VemNode) << '\n';
+    text << prefix << "VemInstanceNode = " << EVemPointerText(InstanceNode) << '\n';
+    text.WriteTo(file);
 }
 
 CEVemArrayOperatorStmtNode::~CEVemArrayOperatorStmtNode() = default;
