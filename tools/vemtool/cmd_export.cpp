@@ -56,7 +56,8 @@ void Segments(Json& j, Json::Name key, const std::optional<SegmentTableRecord>& 
 
 void Named(Json& j, Json::Name key, Json::Name nameKey, u32 value, const char* name) {
     j.Field(key, static_cast<long long>(value));
-    j.Field(nameKey, name);
+    j.Key(nameKey);
+    j.PlainString(name);
 }
 
 void Statement(Json& j, CEVemBaseNode* s, int depth);
@@ -353,6 +354,9 @@ int CmdExport(const Options& o) {
     Progress progress("export", State().progress ? Subtree(tree.get()).size() : 0);
     gProgress = &progress;
     gWritten = 0;
+    // The text leaves in pieces of its own; nothing has gone to the stream yet, which need not copy
+    // them once more.
+    std::setvbuf(Out(), nullptr, _IONBF, 0);
     Json j(Out(), o.Has("--compact"));
     j.BeginObject();
     j.Field("schema", "vem32/1");

@@ -132,6 +132,20 @@ bool AllPlain(const unsigned char* p, std::size_t count) {
 void Json::WriteString(const char* text) {
     static const char kDigits[] = "0123456789abcdef";
     const char* from = text ? text : "";
+    // Most strings are short names: copied in one pass up to their end while they stay plain.
+    constexpr std::size_t kShort = 64;
+    if (used_ + kShort + 2 <= text_.size()) {
+        char* const start = text_.data() + used_;
+        char* out = start;
+        *out++ = '"';
+        const auto* q = reinterpret_cast<const unsigned char*>(from);
+        for (const unsigned char* end = q + kShort; q < end && kPlain[*q]; ++q) *out++ = static_cast<char>(*q);
+        if (*q == 0) {
+            *out++ = '"';
+            used_ += static_cast<std::size_t>(out - start);
+            return;
+        }
+    }
     const std::size_t length = std::strlen(from);
     const auto* p = reinterpret_cast<const unsigned char*>(from);
     if (AllPlain(p, length)) {

@@ -47,6 +47,15 @@ public:
     void Bool(bool value);
     void Null();
     void String(const char* text);
+    // A text of the tool's own, such as the name of a number, that needs no escaping.
+    void PlainString(const char* text) {
+        Separate();
+        const std::size_t length = std::strlen(text);
+        char* out = Room(length + 2);
+        *out++ = '"';
+        std::memcpy(out, text, length);
+        out[length] = '"';
+    }
     void Hex(const unsigned char* bytes, std::size_t count);  // as a string of hexadecimal digits
 
     // Shorthands for a key and its value.
