@@ -6,6 +6,7 @@
 #include "memory/cbytearr.h"
 #include "memory/segkind.h"
 #include "memory/units.h"
+#include "node/dumptext.h"
 
 using vem_units::WordWidth;
 
@@ -46,6 +47,44 @@ unsigned BytesPerLine(unsigned byteSize) {
 }
 
 }  // namespace
+
+void vem_dump::AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text) {
+    static const char kDigits[] = "0123456789ABCDEF";
+    const u8 byteSize = array.GetByteSize();
+    u8 kind = 0xFF;
+    array.GetByte(static_cast<u16>(WordWidth(byteSize)), &kind);
+    text << prefix << VemSegmentKindName(kind) << '\n';
+    text << prefix << ByteSizeLine(byteSize) << '\n';
+    const unsigned perLine = BytesPerLine(byteSize);
+    const u8* bytes = array.GetBytePointer();
+    const u32 length = array.GetLength();
+    // A line starts as "    %04X : " behind the prefix.
+    const auto start = [&](u32 index) {
+        char head[16] = {' ', ' ', ' ', ' '};
+        std::size_t at = 4;
+        int shift = 28;
+        while (shift > 12 && (index >> shift) == 0) shift -= 4;
+        for (; shift >= 0; shift -= 4) head[at++] = kDigits[(index >> shift) & 15];
+        head[at++] = ' ';
+        head[at++] = ':';
+        head[at++] = ' ';
+        text << prefix;
+        text.Append(head, at);
+    };
+    start(0);
+    for (u32 i = 0; i < length; ++i) {
+        if (i != 0 && i % perLine == 0) {
+            text << '\n';
+            start(i);
+        }
+        const char hex[] = {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15], ' ', ' '};
+        text.Append(hex, i % perLine == 3 ? 4 : 3);
+    }
+    text << '\n';
+    CStringArray lines;
+    DumpTables(array, kind, lines);
+    for (int k = 0; k < lines.GetSize(); ++k) text << prefix << lines[k] << '\n';
+}
 
 // Kind, ByteSize, the bytes in hexadecimal, then the records of a table segment.
 void CVemByteArray::Dump(CStringArray& lines) {

@@ -5,6 +5,7 @@
 #include "platform/cstring.h"
 
 class CVemByteArray;
+class CVemDumpText;
 
 namespace vem_dump {
 
@@ -14,5 +15,8 @@ CString HexLineStart(u32 index);
 void AppendHexByte(CString& line, u8 value, bool wideGap);
 // The records of an instance table or the summary of a download table, by kind.
 void DumpTables(CVemByteArray& array, unsigned kind, CStringArray& lines);
+// The lines of CVemByteArray::Dump, each behind the prefix and ended by a line end, put straight
+// into the text without a string per line. Only for an array whose Dump is that one.
+void AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text);
 
 }  // namespace vem_dump

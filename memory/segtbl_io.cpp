@@ -1,8 +1,10 @@
 // CSegmentTable: the stored form and the text dump.
 #include <memory>
 
+#include "memory/bytearr_dump.h"
 #include "memory/layouts.h"
 #include "memory/segtbl.h"
+#include "node/dumptext.h"
 
 namespace {
 
@@ -62,7 +64,7 @@ void CSegmentTable::Serialize(CArchive& ar) {
         ar >> m_pouName >> m_noOfSegments >> m_startSegmentNo >> m_nextSegmentNo;
 }
 
-// Each piece is one write that begins with the prefix.
+// A segment is one write; each of its lines begins with the prefix.
 void CSegmentTable::Dump(const CString& prefix, CFile* file) {
     if (!file) return;
     auto put = [&](const CString& text) { file->Write(text.GetString(), static_cast<unsigned>(text.GetLength())); };
@@ -70,13 +72,18 @@ void CSegmentTable::Dump(const CString& prefix, CFile* file) {
     for (int i = 0; i < GetSize(); ++i) {
         CVemByteArray* array = At(i);
         if (!array) continue;
-        put(prefix + "\n" + "=====================================\n");
-        CString number;
-        number.Format("No: %d   0x%x     ", i, static_cast<unsigned>(i));
-        put(prefix + number);
-        CStringArray lines;
-        array->Dump(lines);
-        for (int k = 0; k < lines.GetSize(); ++k) put(prefix + lines[k] + "\n");
+        CVemDumpText text;
+        text << prefix << "\n=====================================\n" << prefix << "No: ";
+        text.Signed(i) << "   0x";
+        text.Hex(static_cast<unsigned>(i)) << "     ";
+        if (array->GetRuntimeClass() == RUNTIME_CLASS(CVemByteArray)) {
+            vem_dump::AppendPlainDump(*array, prefix, text);  // the common case, without a string per line
+        } else {
+            CStringArray lines;
+            array->Dump(lines);
+            for (int k = 0; k < lines.GetSize(); ++k) text << prefix << lines[k] << '\n';
+        }
+        text.WriteTo(file);
     }
     put(prefix + "\n" + "======== End Dump of SegmentTable ========= \n");
 }

@@ -1,6 +1,8 @@
 // CEVemBaseNode: record, head of the dump, and the table of kind texts.
 #include "statement/evembase.h"
 
+#include "node/dumptext.h"
+
 #include <cstring>
 
 #include "vem_settings.h"
@@ -93,10 +95,11 @@ void CEVemBaseNode::Serialize(CArchive& ar) {
 }
 
 void CEVemBaseNode::DumpNode(CFile* file, CString prefix) {
-    CString text;
-    text.Format("\n%sVersion = %u\n%sNodeType = %s\n", prefix.GetString(), unsigned{kSchema}, prefix.GetString(),
-                EVemNodeTypeText(NodeType));
-    WriteDump(file, text);
+    const char* p = prefix.GetString();
+    CVemDumpText text;
+    text << '\n' << p << "Version = ";
+    text.Unsigned(unsigned{kSchema}) << '\n' << p << "NodeType = " << EVemNodeTypeText(NodeType) << '\n';
+    text.WriteTo(file);
 }
 
 void CEVemBaseNode::WriteDump(CFile* file, const CString& text) {

@@ -1,6 +1,7 @@
 // Statements with an operand: type, operator, constant, variable and indexed variable.
 #include "statement/evemoperand.h"
 
+#include "node/dumptext.h"
 #include "statement/evemdump.h"
 
 VEM_IMPLEMENT_SERIAL(CEVemOpOnTypeStmtNode, CEVemBaseStmtNode, 5)
@@ -11,17 +12,18 @@ VEM_IMPLEMENT_SERIAL(CEVemArrayOperatorStmtNode, CEVemOpOnVarStmtNode, 5)
 
 void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseStmtNode::DumpNode(file, prefix);
-    CString text;
-    text.Format("%sCbeType = %s\n", prefix.GetString(), EVemCbeTypeText(Seen().CbeType));
-    WriteDump(file, text);
+    CVemDumpText text;
+    text << prefix.GetString() << "CbeType = " << EVemCbeTypeText(Seen().CbeType) << '\n';
+    text.WriteTo(file);
 }
 
 void CEVemOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOpOnTypeStmtNode::DumpNode(file, prefix);
-    CString text;
-    text.Format("%sNegOperand = %s\n%sAccuType = %s\n", prefix.GetString(), Seen().NegOperand == 1 ? "TRUE" : "FALSE",
-                prefix.GetString(), Seen().AccuType == 1 ? "normal" : "shadow");
-    WriteDump(file, text);
+    const char* p = prefix.GetString();
+    CVemDumpText text;
+    text << p << "NegOperand = " << (Seen().NegOperand == 1 ? "TRUE" : "FALSE") << '\n';
+    text << p << "AccuType = " << (Seen().AccuType == 1 ? "normal" : "shadow") << '\n';
+    text.WriteTo(file);
 }
 
 CEVemOpOnConstStmtNode::~CEVemOpOnConstStmtNode() = default;
@@ -56,12 +58,15 @@ void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
 
 void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
-    CString text = prefix + "Name = " + Name + prefix + "AddressMode = " + EVemAddressModeText(GetAddressMode());
-    text.AppendFormat("%sNearOffset = %u\n", prefix.GetString(), unsigned{NearOffset});
-    text.AppendFormat("%sFarOffset = %u\n", prefix.GetString(), unsigned{FarOffset});
-    text += prefix + "VemNode = " + EVemPointerText(GetVemNode()) + "\n";
-    text += prefix + "VemInstanceNode = " + EVemPointerText(GetInstanceNode()) + "\n";
-    WriteDump(file, text);
+    const char* p = prefix.GetString();
+    CVemDumpText text;
+    text << prefix << "Name = " << Name << prefix << "AddressMode = " << EVemAddressModeText(GetAddressMode());
+    text << p << "NearOffset = ";
+    text.Unsigned(unsigned{NearOffset}) << '\n' << p << "FarOffset = ";
+    text.Unsigned(unsigned{FarOffset}) << '\n';
+    text << prefix << "VemNode = " << EVemPointerText(GetVemNode()) << '\n';
+    text << prefix << "VemInstanceNode = " << EVemPointerText(GetInstanceNode()) << '\n';
+    text.WriteTo(file);
 }
 
 CEVemArrayOperatorStmtNode::~CEVemArrayOperatorStmtNode() = default;

@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include "node/dumptext.h"
+
 VEM_IMPLEMENT_SERIAL(CEVemBaseStmtNode, CEVemBaseNode, 5)
 
 namespace {
@@ -159,8 +161,11 @@ void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
 
 void CEVemBaseStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseNode::DumpNode(file, prefix);
-    CString text;
-    text.Format("%sAWL Position = %u %u\n%sUCODE Offset = %u\n", prefix.GetString(), unsigned{AwlLine},
-                unsigned{AwlColumn}, prefix.GetString(), unsigned{UcodeOffset});
-    WriteDump(file, text);
+    const char* p = prefix.GetString();
+    CVemDumpText text;
+    text << p << "AWL Position = ";
+    text.Unsigned(unsigned{AwlLine}) << ' ';
+    text.Unsigned(unsigned{AwlColumn}) << '\n' << p << "UCODE Offset = ";
+    text.Unsigned(unsigned{UcodeOffset}) << '\n';
+    text.WriteTo(file);
 }

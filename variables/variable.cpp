@@ -1,6 +1,7 @@
 #include "variables/variable.h"
 #include "vem_ext.h"
 
+#include "node/dumptext.h"
 #include "node/flags.h"
 #include "node/layoutepoch.h"
 #include "variables/fieldio.h"
@@ -211,19 +212,19 @@ void CVemVariableNode::SetReference(int reference) {
 
 void CVemVariableNode::NodeDump(CFile* file, CString indent) {
     const char* in = indent.GetString();
-    CString text;
-    text.Format("%s*VARIABLE: %s\n", in, Name.GetString());
-    text.AppendFormat("%sOffset: %u \n", in, static_cast<unsigned>(Offset));
-    text.AppendFormat("%sProgrammNr: %u \n", in, static_cast<unsigned>(ProgramNr));
-    text.AppendFormat("%sParentSegment: %u \n", in, static_cast<unsigned>(ParentSegment));
-    text.AppendFormat("%sGr\xF6_e: %u \n", in, static_cast<unsigned>(Size));
-    text.AppendFormat("%sVariablentyp: %u \n", in, static_cast<unsigned>(VariableType));
-    text.AppendFormat("%sScope: %u \n", in, static_cast<unsigned>(Scope));
-    text.AppendFormat("%sReferenz = %u \n", in, static_cast<unsigned>(Reference));
-    text.AppendFormat("%sVariableCanBeWatched = %u \n", in, static_cast<unsigned>(CanBeWatched));
-    text.AppendFormat("%sVarInOUt = %u \n", in, static_cast<unsigned>(VarInOut));
-    text += "\n";
-    WriteText(file, text);
+    CVemDumpText text;
+    text << in << "*VARIABLE: " << Name.GetString() << '\n';
+    text << in << "Offset: ";
+    text.Unsigned(Offset) << " \n" << in << "ProgrammNr: ";
+    text.Unsigned(ProgramNr) << " \n" << in << "ParentSegment: ";
+    text.Unsigned(ParentSegment) << " \n" << in << "Gr\xF6_e: ";
+    text.Unsigned(Size) << " \n" << in << "Variablentyp: ";
+    text.Unsigned(static_cast<unsigned>(VariableType)) << " \n" << in << "Scope: ";
+    text.Unsigned(static_cast<unsigned>(Scope)) << " \n" << in << "Referenz = ";
+    text.Unsigned(static_cast<unsigned>(Reference)) << " \n" << in << "VariableCanBeWatched = ";
+    text.Unsigned(static_cast<unsigned>(CanBeWatched)) << " \n" << in << "VarInOUt = ";
+    text.Unsigned(static_cast<unsigned>(VarInOut)) << " \n\n";
+    text.WriteTo(file);
     DumpChildren(file, indent);
 }
 

@@ -297,3 +297,31 @@ TEST(MemorySegTbl, DumpWritesEveryPieceWithThePrefix) {
         "P>\n======== End Dump of SegmentTable ========= \n";
     EXPECT_EQ(text, expected);
 }
+
+// The dump of a segment is its lines from VemBaDump behind the prefix, for either byte order
+// (the plain class is written straight, the other through its lines), ByteSize and length.
+TEST(MemorySegTbl, DumpOfASegmentIsItsLinesBehindThePrefix) {
+    for (const int motorola : {0, 1}) {
+        for (const u8 byteSize : {1, 2, 3, 5, 8}) {
+            for (const std::size_t length : {0U, 1U, 4U, 9U, 300U}) {
+                ByteVec bytes(length);
+                for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<u8>(i * 37 + 5);
+                CVemByteArray* array = NewArray(bytes, motorola, byteSize);
+                CStringArray lines;
+                VemBaDump(array, lines);
+                std::string expected = "->\n=====================================\n->No: 3   0x3     ";
+                for (int k = 0; k < lines.GetSize(); ++k) expected += "->" + lines[k].str() + "\n";
+                Table t;
+                VemSegTblAddNewSegment(t, 3, array);
+                CMemFile file;
+                VemSegTblDump(t, "->", &file);
+                const std::string text(file.Data().begin(), file.Data().end());
+                const std::string head = "->======== Dump of SegmentTable ========= \n";
+                const std::string tail = "->\n======== End Dump of SegmentTable ========= \n";
+                ASSERT_GT(text.size(), head.size() + tail.size());
+                EXPECT_EQ(text.substr(head.size(), text.size() - head.size() - tail.size()), expected)
+                    << "motorola " << motorola << ", ByteSize " << int{byteSize} << ", length " << length;
+            }
+        }
+    }
+}

@@ -7,7 +7,7 @@
 namespace vemtool {
 namespace {
 
-void Bytes(Json& j, const char* key, CVemByteArray* array) {
+void Bytes(Json& j, Json::Name key, CVemByteArray* array) {
     j.Key(key);
     if (!array) {
         j.Null();
@@ -26,7 +26,7 @@ void Bytes(Json& j, const char* key, CVemByteArray* array) {
     j.EndObject();
 }
 
-void Segments(Json& j, const char* key, const std::optional<SegmentTableRecord>& table) {
+void Segments(Json& j, Json::Name key, const std::optional<SegmentTableRecord>& table) {
     j.Key(key);
     if (!table) {
         j.Null();
@@ -54,14 +54,15 @@ void Segments(Json& j, const char* key, const std::optional<SegmentTableRecord>&
     j.EndObject();
 }
 
-void Named(Json& j, const char* key, const char* nameKey, u32 value, const char* name) {
+void Named(Json& j, Json::Name key, Json::Name nameKey, u32 value, const char* name) {
     j.Field(key, static_cast<long long>(value));
-    j.Field(nameKey, name);
+    j.Key(nameKey);
+    j.PlainString(name);
 }
 
 void Statement(Json& j, CEVemBaseNode* s, int depth);
 
-void StatementOrNull(Json& j, const char* key, CEVemBaseNode* s, int depth) {
+void StatementOrNull(Json& j, Json::Name key, CEVemBaseNode* s, int depth) {
     j.Key(key);
     if (s)
         Statement(j, s, depth + 1);
@@ -69,7 +70,7 @@ void StatementOrNull(Json& j, const char* key, CEVemBaseNode* s, int depth) {
         j.Null();
 }
 
-void NodeName(Json& j, const char* key, CVemBaseNode* node) {
+void NodeName(Json& j, Json::Name key, CVemBaseNode* node) {
     j.Key(key);
     if (node)
         j.String(VemGetName(node).GetString());
@@ -260,11 +261,8 @@ void UnitFields(Json& j, const ModelNode& m) {
     j.EndArray();
 }
 
-// The node at `at` with its subtree; gives the index behind the subtree.
-int Node(Json& j, const std::vector<ModelNode>& nodes, int at) {
-    if (gProgress) gProgress->Step(++gWritten);
-    const ModelNode& m = nodes[static_cast<std::size_t>(at)];
-    j.BeginObject();
+// A node's own fields, all but its children.
+void Fields(Json& j, const ModelNode& m) {
     Named(j, "type", "typeName", m.type, NodeTypeName(m.type));
     j.Field("class", m.className);
     j.Field("text", m.text);
@@ -279,7 +277,10 @@ int Node(Json& j, const std::vector<ModelNode>& nodes, int at) {
     if (m.tasks) {
         j.Key("tasks");
         j.BeginObject();
-        for (const auto& [key, file] : *m.tasks) j.Field(key, file);
+        for (const auto& [key, file] : *m.tasks) {
+            j.Key(key.GetString());
+            j.String(file.GetString());
+        }
         j.EndObject();
     }
     if (const CompiledRecord* c = m.compiled ? &*m.compiled : nullptr) {
@@ -312,6 +313,13 @@ int Node(Json& j, const std::vector<ModelNode>& nodes, int at) {
             j.Field("datacontFilesUserLevel", c->datacontFilesUserLevel);
         }
     }
+}
+
+// The node at `at` of a model with its subtree; gives the index behind the subtree.
+int Node(Json& j, const std::vector<ModelNode>& nodes, int at) {
+    const ModelNode& m = nodes[static_cast<std::size_t>(at)];
+    j.BeginObject();
+    Fields(j, m);
     j.Key("children");
     j.BeginArray();
     int next = at + 1;
@@ -319,6 +327,20 @@ int Node(Json& j, const std::vector<ModelNode>& nodes, int at) {
     j.EndArray();
     j.EndObject();
     return next;
+}
+
+// The tree below `node` read and written node by node: a model of the whole of a large tree would
+// take about as much memory as the tree itself.
+void Node(Json& j, CVemBaseNode* node) {
+    if (gProgress) gProgress->Step(++gWritten);
+    j.BeginObject();
+    Fields(j, ReadNode(node));
+    j.Key("children");
+    j.BeginArray();
+    CObList* children = VemGetChildList(node);
+    for (POSITION pos = children->GetHeadPosition(); pos;) Node(j, static_cast<CVemBaseNode*>(children->GetNext(pos)));
+    j.EndArray();
+    j.EndObject();
 }
 
 }  // namespace
@@ -329,10 +351,12 @@ int CmdExport(const Options& o) {
     Tree tree(Load(o, o.Files()[0]));
     if (!tree.get()) return kFailed;
     if (!OpenOutput(o.Value("--output"))) return kFailed;
-    const Model model(tree.get());
-    Progress progress("export", model.Nodes().size());
+    Progress progress("export", State().progress ? Subtree(tree.get()).size() : 0);
     gProgress = &progress;
     gWritten = 0;
+    // The text leaves in pieces of its own; nothing has gone to the stream yet, which need not copy
+    // them once more.
+    std::setvbuf(Out(), nullptr, _IONBF, 0);
     Json j(Out(), o.Has("--compact"));
     j.BeginObject();
     j.Field("schema", "vem32/1");
@@ -341,7 +365,7 @@ int CmdExport(const Options& o) {
     j.Bool(State().evem);
     j.Field("libraryVersion", GetVemDllVersion());
     j.Key("root");
-    Node(j, model.Nodes(), 0);
+    Node(j, tree.get());
     j.EndObject();
     gProgress = nullptr;
     return kOk;

@@ -11,8 +11,12 @@ namespace vemtool {
 
 namespace {
 
-// Results reach a file or pipe in large pieces; a terminal keeps its line buffering.
-constexpr std::size_t kOutputBuffer = std::size_t{1} << 20;
+// Results reach a file or pipe in large pieces; a terminal keeps its line buffering. The C library
+// takes the size only with a buffer of the caller's (else it picks one of a few KiB); the buffers
+// have no destructor, as the streams are flushed at the very end of the process.
+constexpr std::size_t kOutputBuffer = std::size_t{1} << 17;
+char gStdoutBuffer[kOutputBuffer];
+char gFileBuffer[kOutputBuffer];
 std::FILE* gOut = stdout;
 std::string gOutName = "standard output";
 
@@ -63,7 +67,7 @@ int Usage(const std::string& text) {
 std::FILE* Out() { return gOut; }
 
 void BufferStandardOutput() {
-    if (!StdoutIsTerminal()) std::setvbuf(stdout, nullptr, _IOFBF, kOutputBuffer);
+    if (!StdoutIsTerminal()) std::setvbuf(stdout, gStdoutBuffer, _IOFBF, kOutputBuffer);
 }
 
 bool OpenOutput(const std::string& path) {
@@ -75,7 +79,7 @@ bool OpenOutput(const std::string& path) {
     }
     gOut = f;
     gOutName = path;
-    std::setvbuf(f, nullptr, _IOFBF, kOutputBuffer);
+    std::setvbuf(f, gFileBuffer, _IOFBF, kOutputBuffer);
     return true;
 }
 

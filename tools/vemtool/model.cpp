@@ -144,6 +144,43 @@ std::unique_ptr<CompiledRecord> ReadCompiled(CVemBaseNode* n, u32 type) {
 
 }  // namespace
 
+ModelNode ReadNode(CVemBaseNode* n) {
+    const u32 type = VemGetNodeType(n);
+    ModelNode m{n,
+                type,
+                n->GetRuntimeClass()->m_lpszClassName,
+                VemGetNodeText(n),
+                VemGetName(n),
+                n->Serial,
+                n->Expanded,
+                n->ExtraText,
+                n->GetIconID(),
+                VemGetBitmapID(n),
+                -1,
+                0,
+                1,
+                {},
+                {},
+                {},
+                {},
+                {},
+                {}};
+    if (IsVariableType(type)) m.variable = ReadVariable(n);
+    if (type == kVemArrayNode) m.array = std::make_unique<ArrayRecord>(ReadArray(n));
+    if (IsUnitType(type)) m.unit = std::make_unique<UnitRecord>(ReadUnit(n));
+    if (type == kVemResourceNode || type == kVemExeNode) m.configName = std::make_unique<CString>(VemGetConfigName(n));
+    if (const CMapStringToString* tasks = VemGetTaskFileMap(n)) {
+        m.tasks = std::make_unique<std::vector<std::pair<CString, CString>>>();
+        CString key, file;
+        for (POSITION pos = tasks->GetStartPosition(); pos;) {
+            tasks->GetNextAssoc(pos, key, file);
+            m.tasks->emplace_back(key, file);
+        }
+    }
+    if (type == kVemTuiTaskNode || type == kVemExeNode) m.compiled = ReadCompiled(n, type);
+    return m;
+}
+
 Model::Model(CVemBaseNode* root, Progress* progress) {
     if (root) Add(root, -1, progress);
 }
@@ -151,43 +188,8 @@ Model::Model(CVemBaseNode* root, Progress* progress) {
 void Model::Add(CVemBaseNode* n, int parent, Progress* progress) {
     const int at = static_cast<int>(nodes_.size());
     if (progress) progress->Step(nodes_.size() + 1);
-    const u32 type = VemGetNodeType(n);
-    nodes_.push_back(ModelNode{n,
-                               type,
-                               n->GetRuntimeClass()->m_lpszClassName,
-                               VemGetNodeText(n),
-                               VemGetName(n),
-                               n->Serial,
-                               n->Expanded,
-                               n->ExtraText,
-                               n->GetIconID(),
-                               VemGetBitmapID(n),
-                               parent,
-                               0,
-                               1,
-                               {},
-                               {},
-                               {},
-                               {},
-                               {},
-                               {}});
-    {
-        ModelNode& m = nodes_.back();
-        if (IsVariableType(type)) m.variable = ReadVariable(n);
-        if (type == kVemArrayNode) m.array = std::make_unique<ArrayRecord>(ReadArray(n));
-        if (IsUnitType(type)) m.unit = std::make_unique<UnitRecord>(ReadUnit(n));
-        if (type == kVemResourceNode || type == kVemExeNode)
-            m.configName = std::make_unique<CString>(VemGetConfigName(n));
-        if (const CMapStringToString* tasks = VemGetTaskFileMap(n)) {
-            m.tasks = std::make_unique<std::vector<std::pair<CString, CString>>>();
-            CString key, file;
-            for (POSITION pos = tasks->GetStartPosition(); pos;) {
-                tasks->GetNextAssoc(pos, key, file);
-                m.tasks->emplace_back(key, file);
-            }
-        }
-        if (type == kVemTuiTaskNode || type == kVemExeNode) m.compiled = ReadCompiled(n, type);
-    }
+    nodes_.push_back(ReadNode(n));
+    nodes_.back().parent = parent;
     int children = 0;
     for (CVemBaseNode* child : Children(n)) {
         Add(child, at, progress);

@@ -130,6 +130,11 @@ struct ModelNode {
     std::unique_ptr<CompiledRecord> compiled;
 };
 
+// One node's own fields, read from the library; its place in a model (parent, children, size) is
+// left for the model to fill in. A writer that goes through the tree once reads node by node with it
+// and keeps no model.
+ModelNode ReadNode(CVemBaseNode* node);
+
 class Model {
 public:
     // Reads the tree below root; progress (when given) counts the nodes read.
