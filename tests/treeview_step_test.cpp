@@ -78,3 +78,16 @@ TEST_F(ShownTree, TheOperationsWalkFromTheNodeTheyAreAskedOn) {
     VemInitPrevNextStaticVar(&root);
     EXPECT_EQ(a->GetSelectedPrevNode(a), nullptr);
 }
+
+// The operations of a node keep the last node walked between calls; a node that goes is forgotten,
+// so the next step gives null, as at the start, never the deleted node (AddressSanitizer run).
+TEST_F(ShownTree, AStepNeverGivesBackANodeThatWent) {
+    for (const bool subtree : {false, true}) {
+        VemInitPrevNextStaticVar(&root);
+        CVemBaseNode* last = subtree ? b : a2;  // the last node walked before the target is missed
+        EXPECT_EQ((subtree ? b : a)->GetSelectedPrevNode(c), nullptr);
+        ASSERT_EQ(VemDeleteChildNode(&root, last), 1);
+        CVemBaseNode* back = c->GetSelectedPrevNode(c);
+        EXPECT_EQ(back, nullptr) << (back ? VemGetName(back).str() : "");
+    }
+}
