@@ -274,18 +274,11 @@ TEST(PlatformExceptions, EveryCauseHasItsTextAndEveryErrorNumberItsCause) {
     for (const auto& [cause, text] : archives) EXPECT_EQ(A(cause).GetErrorMessage().str(), text);
     EXPECT_EQ(CMemoryException().GetErrorMessage().str(), "Out of memory.");
     EXPECT_EQ(CNotSupportedException().GetErrorMessage().str(), "Unsupported operation was attempted.");
+    // clang-format off
     const std::pair<int, int> errors[] = {
-        {0, F::none},
-        {ENOENT, F::fileNotFound},
-        {ELOOP, F::badPath},
-        {ENFILE, F::tooManyOpenFiles},
-        {EROFS, F::accessDenied},
-        {EBADF, F::invalidFile},
-        {EFBIG, F::diskFull},
-        {ESPIPE, F::badSeek},
-        {EIO, F::hardIO},
-        {EBUSY, F::sharingViolation},
-        {EXDEV, F::genericException},
-    };
+        {0, F::none}, {ENOENT, F::fileNotFound}, {ELOOP, F::badPath}, {ENFILE, F::tooManyOpenFiles},
+        {EROFS, F::accessDenied}, {EBADF, F::invalidFile}, {EFBIG, F::diskFull}, {ESPIPE, F::badSeek},
+        {EIO, F::hardIO}, {EBUSY, F::sharingViolation}, {EXDEV, F::genericException}};
+    // clang-format on
     for (const auto& [error, cause] : errors) EXPECT_EQ(F::OsErrorToCause(error), cause) << error;
 }
