@@ -70,14 +70,17 @@ int VemBaReadIniFile(CVemByteArray* array, const char* fileName, const char* sec
     const long long count = CountOf(countText);
     if (count < 0) return 0;
     if (count > 0) {
-        // Past the highest numbered line the file holds, no line can add a byte any more.
-        const long long lastLine = ini.HighestNumberedKey(stem);
+        // A numbered line that the file lacks adds nothing, so the search steps from one line the
+        // file holds to the next: a number in a key name costs no time. Past the highest one no
+        // line can add a byte any more.
         u64 added = AddHexTokens(*array, ValueOf(ini, stem));
-        for (long long n = 0; static_cast<long long>(added) < count; ++n) {
+        for (const long long n : ini.NumberedKeys(stem)) {
+            if (static_cast<long long>(added) >= count) break;
+            if (n > 2 * count) return 0;
             added += AddHexTokens(*array, ValueOf(ini, stem + std::to_string(n)));
             if (n >= 2 * count) return 0;
-            if (n >= lastLine && static_cast<long long>(added) < count) return 0;
         }
+        if (static_cast<long long>(added) < count) return 0;
     }
     return array->GetLength() == static_cast<u64>(count) ? 1 : 0;
 }

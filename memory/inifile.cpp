@@ -1,5 +1,6 @@
 #include "memory/inifile.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -78,9 +79,9 @@ const std::string* IniSection::Find(const std::string& key) const {
     return it == m_values.end() ? nullptr : &it->second;
 }
 
-long long IniSection::HighestNumberedKey(const std::string& stem) const {
+std::vector<long long> IniSection::NumberedKeys(const std::string& stem) const {
     const std::string lower = Lower(stem);
-    long long highest = -1;
+    std::vector<long long> numbers;
     for (const auto& entry : m_values) {
         const std::string& key = entry.first;
         if (key.size() <= lower.size() || key.compare(0, lower.size(), lower) != 0) continue;
@@ -88,10 +89,10 @@ long long IniSection::HighestNumberedKey(const std::string& stem) const {
         // "%u" writes no leading zeros and no more than ten digits.
         if (digits.size() > 10 || (digits.size() > 1 && digits[0] == '0')) continue;
         if (digits.find_first_not_of("0123456789") != std::string::npos) continue;
-        const long long n = std::stoll(digits);
-        if (n > highest) highest = n;
+        numbers.push_back(std::stoll(digits));
     }
-    return highest;
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
 }
 
 }  // namespace vem_ini

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace vem_ini {
 
@@ -17,8 +18,8 @@ public:
     bool Load(const char* fileName, const char* section);
     // The value of a key, or null if the section does not have it.
     const std::string* Find(const std::string& key) const;
-    // The highest n for which the section holds the key `stem` followed by n in decimal, or -1.
-    long long HighestNumberedKey(const std::string& stem) const;
+    // Every n for which the section holds the key `stem` followed by n in decimal, ascending.
+    std::vector<long long> NumberedKeys(const std::string& stem) const;
 
 private:
     void TakeLine(const std::string& line);

@@ -49,11 +49,15 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     }
 }
 
+// Forgets a node that goes if the stepping through the shown nodes remembers it (treeview.cpp).
+void VemStepForget(const CVemBaseNode* node);
+
 CVemBaseNode::~CVemBaseNode() {
     const CVemDyingScope dying;
     VemPathMapsForget(this);
     DeleteAllChildren();
     if (m_drawn) ForgetDrawn();
+    VemStepForget(this);
 }
 
 void CVemBaseNode::ApplyTypeRules() {

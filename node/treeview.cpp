@@ -1,5 +1,6 @@
 // The tree view: painting into the host's device context, hit tests, and stepping through the
 // shown nodes with the cursor keys.
+#include <atomic>
 #include <mutex>
 #include <unordered_map>
 
@@ -8,8 +9,9 @@
 
 namespace {
 
-// Statics of the stepping; they live for one call of a flat stepping function.
-CVemBaseNode* g_prevNode = nullptr;
+// Statics of the stepping; they live for one call of a flat stepping function. A node that goes
+// is forgotten (VemStepForget), so no later step can hand it back.
+std::atomic<CVemBaseNode*> g_prevNode = nullptr;
 int g_nextFound = 0;
 
 constexpr COLORREF kSelectedBackground = 0x0000FFFF;  // yellow
@@ -141,13 +143,18 @@ CPoint CVemBaseNode::GetBottomOfTree() { return LastDrawn().BottomOfTree; }
 // The pointer stays valid until the node goes, so the node gets its own state here.
 CPoint* CVemBaseNode::GetChildAnchor() { return &Drawn().ChildAnchor; }
 
+void VemStepForget(const CVemBaseNode* node) {
+    CVemBaseNode* last = g_prevNode.load(std::memory_order_relaxed);
+    if (last == node) g_prevNode.compare_exchange_strong(last, nullptr, std::memory_order_relaxed);
+}
+
 void CVemBaseNode::InitPrevNextStaticVar() {
     g_prevNode = nullptr;
     g_nextFound = 0;
 }
 
 CVemBaseNode* CVemBaseNode::GetSelectedPrevNode(CVemBaseNode* target) {
-    if (this == target) return g_prevNode;
+    if (this == target) return g_prevNode.load(std::memory_order_relaxed);
     g_prevNode = this;
     if (!Expanded) return nullptr;
     for (POSITION pos = Children.GetHeadPosition(); pos;) {

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Line and branch coverage of the library by the test suite, per subsystem, with gcovr (installed
-# from Debian if it is missing). The library is built without optimisation with gcc's --coverage in
-# build-cov; the test program runs once and gcovr sums what it reached, folder by folder.
+# Line and branch coverage of the library by the test suite and the fuzz corpora, per subsystem, with
+# gcovr (installed from Debian if it is missing). The library is built without optimisation with
+# gcc's --coverage in build-cov; the test program runs once, then every fuzz harness, built without
+# libFuzzer, runs its seeds and its kept corpus (fuzz/corpus/<harness>) once, and gcovr sums what
+# they reached, folder by folder.
 #
 #   scripts/coverage.sh            table on standard output
 #   scripts/coverage.sh -m         the same as a Markdown table (for docs/reliability.md)
@@ -20,10 +22,18 @@ fi
 build=$PWD/build-cov
 cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="--coverage -O0" \
     -DCMAKE_EXE_LINKER_FLAGS=--coverage -DCMAKE_SHARED_LINKER_FLAGS=--coverage \
-    -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF -DCMAKE_CXX_COMPILER_LAUNCHER=ccache > /dev/null
-ninja -C $build -j2 vem32_tests > /dev/null
+    -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF -DVEM_BUILD_FUZZ_REPLAY=ON -DCMAKE_CXX_COMPILER_LAUNCHER=ccache > /dev/null
+ninja -C $build -j2 > /dev/null
 find $build -name '*.gcda' -delete
 $build/tests/vem32_tests --gtest_brief=1 > /dev/null 2>&1
+for fuzzer in $build/fuzz/*_fuzzer; do
+    name=$(basename $fuzzer _fuzzer)
+    inputs=()
+    for dir in $build/fuzz/seeds/$name $PWD/fuzz/corpus/$name; do
+        if [ -d $dir ]; then inputs+=($dir); fi
+    done
+    $fuzzer "${inputs[@]}" > /dev/null
+done
 
 json=$build/coverage.json
 gcovr -r . --object-directory $build --exclude-directories '.*CompilerId.*' --filter '(platform|node|memory|variables|units|project|download|statement)/' \

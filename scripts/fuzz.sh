@@ -5,9 +5,12 @@
 #   scripts/fuzz.sh [-t seconds] [-r runs] [-f] [harness ...]
 #
 # -t caps the time of each harness (default 60), -r its executions (default: no cap). Without names
-# all harnesses run. New inputs go to build-fuzz/corpus/<harness>, or with -f (fresh, as in CI) to
-# a scratch corpus that starts from the seeds alone; findings go to build-fuzz/findings.
-# libFuzzer's summary of each run (executions, time, peak RSS) is printed at the end.
+# all harnesses run. Each run starts from the seeds and the corpus kept in fuzz/corpus/<harness>;
+# afterwards the kept corpus and the run's new inputs are minimised together (-merge=1) back into
+# fuzz/corpus/<harness>, so the next campaign continues where this one ended. With -f (fresh, as in
+# CI) new inputs go to a scratch corpus and nothing is kept. Findings go to build-fuzz/findings.
+# libFuzzer's summary of each run (executions, time, features, corpus) is printed at the end.
+# Two runs may share the build: the build itself is serialised with a lock.
 set -euo pipefail
 # The harnesses work in a scratch directory of their own, so every path given to them is absolute.
 cd "$(dirname "$0")/.."
@@ -26,9 +29,14 @@ done
 shift $((OPTIND - 1))
 
 build=$PWD/build-fuzz
-CC=clang CXX=clang++ cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEM_BUILD_FUZZ=ON \
-    -DVEM_BUILD_TESTS=OFF -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF > /dev/null
-ninja -C $build -j2 > /dev/null
+mkdir -p $build
+(
+    flock 9
+    CC=clang CXX=clang++ cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEM_BUILD_FUZZ=ON \
+        -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache \
+        -DVEM_BUILD_TESTS=OFF -DVEM_BUILD_BENCH=OFF -DVEM_BUILD_TOOLS=OFF > /dev/null
+    ninja -C $build -j2 > /dev/null
+) 9> $build/.lock
 
 all=(node_file task_file bytearray segtbl code_chain hfile_open hfile_edit inifile questions)
 harnesses=("${@:-${all[@]}}")
@@ -65,7 +73,7 @@ status=0
 for name in "${harnesses[@]}"; do
     corpus=$build/corpus/$name
     if [ $fresh = 1 ]; then corpus=$scratch/$name; fi
-    mkdir -p "$corpus"
+    rm -rf "$corpus" && mkdir -p "$corpus"
     log=$build/findings/$name.log
     echo "== $name: up to ${seconds}s, runs $runs"
     kept=()  # the corpus kept in the sources, where the last campaign ended
@@ -81,7 +89,25 @@ for name in "${harnesses[@]}"; do
     execs=$(grep -o 'stat::number_of_executed_units: *[0-9]*' "$log" | grep -o '[0-9]*$' || echo '?')
     rss=$(grep -o 'stat::peak_rss_mb: *[0-9]*' "$log" | grep -o '[0-9]*$' || echo '?')
     secs=$(grep -o 'Done [0-9]* runs in [0-9]* second' "$log" | grep -o 'in [0-9]*' | grep -o '[0-9]*' || echo "$seconds")
-    summary+=("$(printf '%-12s %10s execs %6ss %6s MB' "$name" "$execs" "$secs" "$rss")")
+    cov=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*' || echo '?')
+    ft=$(grep -o 'ft: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*' || echo '?')
+    if [ $fresh = 0 ]; then
+        # Minimise the kept corpus and the new inputs together into a fresh directory, then keep that.
+        merged=$scratch/merged-$name
+        mkdir -p "$merged"
+        if $build/fuzz/${name}_fuzzer -merge=1 "$merged" "${kept[@]}" "$corpus" -max_len="$(max_len $name)" \
+            -rss_limit_mb=1024 -malloc_limit_mb=256 -timeout="$(unit_timeout $name)" > "$log.merge" 2>&1 &&
+            [ -n "$(ls -A "$merged")" ]; then
+            rm -rf fuzz/corpus/$name && mkdir -p fuzz/corpus/$name && cp "$merged"/* fuzz/corpus/$name/
+        else
+            status=1
+            echo "!! merging $name failed; the kept corpus stays; see $log.merge"
+        fi
+    fi
+    files=$(find fuzz/corpus/$name -type f 2>/dev/null | wc -l)
+    bytes=$(cat fuzz/corpus/$name/* 2>/dev/null | wc -c)
+    summary+=("$(printf '%-12s %10s execs %6ss %6s MB %6s edges %7s features %5s files %8s bytes kept' \
+        "$name" "$execs" "$secs" "$rss" "$cov" "$ft" "$files" "$bytes")")
 done
 printf '%s\n' "${summary[@]}"
 exit $status

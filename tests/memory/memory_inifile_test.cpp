@@ -78,6 +78,8 @@ TEST(MemoryIniFile, ResultAndBytesOfTheCases) {
         {"the next section head ends the search", "[Seg]\nDataBytes=1\n[X]\nData=01\n[Seg]\nData=01\n", 0, {}},
         {"a [ behind an = makes no section head", "[Seg]\nDataBytes=1\nNote=[x]\nData=7F\n", 1, {0x7F}},
         {"the first line of a key wins", "[Seg]\nDataBytes=1\nData=01\nData=02\n", 1, {0x01}},
+        {"lines far apart", "[Seg]\nDataBytes=2000000000\nData=01\nData1999999999=02\n", 0, {0x01, 0x02}},
+        {"a line beyond twice the count", "[Seg]\nDataBytes=1\nData3=01\n", 0, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);

@@ -1,4 +1,6 @@
 // The archive's encodings: strings, counts, schema words, object references.
+#include <cerrno>
+
 #include "memory_test_util.h"
 #include "node/basenode.h"
 
@@ -265,4 +267,46 @@ TEST(ArchiveObjects, NestingIsBoundedOverTheWholeLoad) {
     EXPECT_EQ(load(20, 20, 0), -1);
     EXPECT_EQ(load(20, 20, 1), CArchiveException::genericException);
     EXPECT_EQ(load(21, 20, 0), CArchiveException::genericException);
+}
+
+// Every cause of a file or archive failure has its text (with the file's name, or "an unnamed
+// file"), and the system's error numbers map onto the causes.
+TEST(PlatformExceptions, EveryCauseHasItsTextAndEveryErrorNumberItsCause) {
+    using F = CFileException;
+    using A = CArchiveException;
+    const std::pair<int, const char*> files[] = {
+        {F::fileNotFound, "f.vem was not found."},
+        {F::badPath, "f.vem contains an invalid path."},
+        {F::tooManyOpenFiles, "f.vem could not be opened because there are too many open files."},
+        {F::accessDenied, "Access to f.vem was denied."},
+        {F::invalidFile, "An invalid file handle was associated with f.vem."},
+        {F::directoryFull, "f.vem could not be created because the directory is full."},
+        {F::badSeek, "Seek failed on f.vem"},
+        {F::hardIO, "A hardware I/O error was reported while accessing f.vem."},
+        {F::sharingViolation, "A sharing violation occurred while accessing f.vem."},
+        {F::lockViolation, "A locking violation occurred while accessing f.vem."},
+        {F::diskFull, "Disk full while accessing f.vem."},
+        {F::endOfFile, "An attempt was made to access f.vem past its end."},
+        {F::removeCurrentDir, "An unexpected error occurred while accessing f.vem."},
+    };
+    for (const auto& [cause, text] : files) EXPECT_EQ(F(cause, -1, "f.vem").GetErrorMessage().str(), text);
+    const std::pair<int, const char*> archives[] = {
+        {A::readOnly, "Tried to write to an archive opened for loading: an unnamed file."},
+        {A::endOfFile, "Unexpected end of file while reading an unnamed file."},
+        {A::writeOnly, "Tried to read from an archive opened for storing: an unnamed file."},
+        {A::badIndex, "an unnamed file has a bad format."},
+        {A::badClass, "an unnamed file contains an unexpected object."},
+        {A::badSchema, "an unnamed file contains an incorrect schema."},
+        {A::bufferFull, "An unexpected error occurred while reading an unnamed file."},
+    };
+    for (const auto& [cause, text] : archives) EXPECT_EQ(A(cause).GetErrorMessage().str(), text);
+    EXPECT_EQ(CMemoryException().GetErrorMessage().str(), "Out of memory.");
+    EXPECT_EQ(CNotSupportedException().GetErrorMessage().str(), "Unsupported operation was attempted.");
+    // clang-format off
+    const std::pair<int, int> errors[] = {
+        {0, F::none}, {ENOENT, F::fileNotFound}, {ELOOP, F::badPath}, {ENFILE, F::tooManyOpenFiles},
+        {EROFS, F::accessDenied}, {EBADF, F::invalidFile}, {EFBIG, F::diskFull}, {ESPIPE, F::badSeek},
+        {EIO, F::hardIO}, {EBUSY, F::sharingViolation}, {EXDEV, F::genericException}};
+    // clang-format on
+    for (const auto& [error, cause] : errors) EXPECT_EQ(F::OsErrorToCause(error), cause) << error;
 }

@@ -102,6 +102,41 @@ TEST(Maps, StoreLoadStoreGivesTheSameBytes) {
     EXPECT_EQ(Keys(loaded), (std::vector<std::string>{"zeta", "alpha", "mid"}));
 }
 
+// Every collection stores, loads and stores again to the same bytes; objects go as null references.
+TEST(Collections, EveryKindLoadsWhatItStored) {
+    auto same = [](auto& original, int count) {
+        const std::vector<u8> first = memtest::Stored(original);
+        std::remove_reference_t<decltype(original)> loaded;
+        memtest::Load(first, [&](CArchive& ar) { loaded.Serialize(ar); });
+        EXPECT_EQ(memtest::Stored(loaded), first);
+        EXPECT_EQ(loaded.GetCount(), count);
+    };
+    CObArray objects;
+    objects.Add(nullptr);
+    CWordArray words;
+    for (u16 w : {1, 0xFFFF}) words.Add(w);
+    CStringArray texts;
+    for (const char* t : {"", "x"}) texts.Add(t);
+    CObList objectList;
+    objectList.AddTail(nullptr);
+    CStringList textList;
+    for (const char* t : {"a", "b", "a"}) textList.AddTail(t);
+    CMapStringToOb byName;
+    byName.SetAt("k", nullptr);
+    CMapWordToOb byWord;
+    for (u16 k : {3, 1}) byWord.SetAt(k, nullptr);
+    same(objects, 1);
+    same(words, 2);
+    same(texts, 2);
+    same(objectList, 1);
+    same(textList, 3);
+    same(byName, 1);
+    same(byWord, 2);
+    // A search that starts behind a position finds the next equal element.
+    EXPECT_EQ(textList.Find("a", textList.Find("a")), textList.GetTailPosition());
+    EXPECT_EQ(objectList.Find(nullptr, objectList.GetHeadPosition()), nullptr);
+}
+
 TEST(Lists, InsertAroundPositionsAndNullPositions) {
     CStringList list;
     list.AddTail("b");

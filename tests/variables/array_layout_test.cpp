@@ -1,6 +1,7 @@
 // Array expansion: one element node per index, laid out in the target's alignment and unit size.
 #include "compiled_test_util.h"
 #include "variables/array.h"
+#include "vem_limits.h"
 
 using compiledtest::ChildNames;
 using compiledtest::MakeNode;
@@ -173,6 +174,15 @@ TEST_F(ArrayLayout, RangesThatCannotBeExpandedLeaveTheArrayAlone) {
     EXPECT_THROW(VemExpandArray(huge), CInvalidArgException);
     EXPECT_NE(VemGetReferenceNode(huge), nullptr);
     EXPECT_TRUE(ChildNames(huge).empty());
+    // 17 arrays of 65535 bytes each make more nodes than one expansion may: the nodes made go again.
+    CVemBaseNode* inner = Named(kVemArrayNode, "I");
+    VemSetDimRange4Index(VemGetRange(inner), 0, {0, 65534, 0});
+    VemAddChildTail(inner, Element(kCbeTypeByte, 1));
+    CVemBaseNode* many = AddArray(exe.get(), "M", 0, inner, {{0, 16, 0}});
+    static_assert(17 * (1 + 65535) > kVemMaxExpandedNodes && 16 * (1 + 65535) <= kVemMaxExpandedNodes);
+    EXPECT_THROW(VemExpandArray(many), CInvalidArgException);
+    EXPECT_EQ(VemGetReferenceNode(many), inner);
+    EXPECT_TRUE(ChildNames(many).empty());
     CVemBaseNode* none = AddArray(exe.get(), "Z", 0, Element(kCbeTypeByte, 1), {});
     VemGetRange(none)->DimSize = 0;
     VemExpandArray(none);
