@@ -198,7 +198,7 @@ TEST_P(HostileRecords, EveryFailedAllocationLeavesNothing) {
         if (loaded) {
             VemDeleteNode(loaded);
             EXPECT_EQ(watch.Live(), 0) << k;
-            EXPECT_GT(k, 10);  // the loads before failed somewhere inside
+            EXPECT_GT(k, 1);  // the loads before failed inside, not only at the first allocation
             break;
         }
         ASSERT_EQ(watch.Live(), 0) << k;
