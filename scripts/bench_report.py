@@ -452,7 +452,7 @@ def main():
         lines.append(f"Toward a load within 5 × reading the bytes: the large resource loads in {load2 / read2:.1f} × "
                      "the time of reading its files. What stands in the way is the tree's shape: every node, every "
                      "link of a child list and every statement is an object of its own, some 800,000 allocations "
-                     "for 77 MB, three times the 26 MB of the files, and a fresh allocation with its first write "
+                     f"for {(heap or {}).get('heap_bytes', 0) / 1e6:.0f} MB, well above the 26 MB of the files, and a fresh allocation with its first write "
                      "costs about as much as reading the bytes of the record that fills it. Going further needs "
                      "the objects of one load in a few large blocks, which clashes with deleting single nodes "
                      "through the exported functions, and links inside the nodes instead of a list per parent, "
