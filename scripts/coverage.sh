@@ -7,13 +7,25 @@
 #
 #   scripts/coverage.sh            table on standard output
 #   scripts/coverage.sh -m         the same as a Markdown table (for docs/reliability.md)
+#   scripts/coverage.sh -t         the test suite alone, without the fuzz corpora
+#   scripts/coverage.sh -d FILE    also keep gcovr's line-by-line JSON in FILE, for
+#                                  scripts/coverage_lost.py (what one tree covers and another no longer does)
 #
 # Branches that only an exception can take and branches that the compiler proves unreachable are
 # not counted: gcc makes several of them for every call that may throw.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 markdown=0
-if [ "${1:-}" = -m ]; then markdown=1; fi
+tests_only=0
+detail=
+while getopts "mtd:" opt; do
+    case $opt in
+        m) markdown=1 ;;
+        t) tests_only=1 ;;
+        d) detail=$(realpath -m "$OPTARG") ;;
+        *) exit 2 ;;
+    esac
+done
 
 if ! command -v gcovr > /dev/null; then
     apt-get install -y gcovr > /dev/null
@@ -27,6 +39,7 @@ ninja -C $build -j2 > /dev/null
 find $build -name '*.gcda' -delete
 $build/tests/vem32_tests --gtest_brief=1 > /dev/null 2>&1
 for fuzzer in $build/fuzz/*_fuzzer; do
+    if [ $tests_only = 1 ]; then break; fi
     name=$(basename $fuzzer _fuzzer)
     inputs=()
     for dir in $build/fuzz/seeds/$name $PWD/fuzz/corpus/$name; do
@@ -36,8 +49,11 @@ for fuzzer in $build/fuzz/*_fuzzer; do
 done
 
 json=$build/coverage.json
-gcovr -r . --object-directory $build --exclude-directories '.*CompilerId.*' --filter '(platform|node|memory|variables|units|project|download|statement)/' \
-    --exclude-throw-branches --exclude-unreachable-branches --json-summary-pretty -o $json
+filters=(-r . --object-directory $build --exclude-directories '.*CompilerId.*'
+    --filter '(platform|node|memory|variables|units|project|download|statement)/'
+    --exclude-throw-branches --exclude-unreachable-branches)
+gcovr "${filters[@]}" --json-summary-pretty -o $json
+if [ -n "$detail" ]; then gcovr "${filters[@]}" --json -o "$detail"; fi
 python3 - "$json" $markdown <<'PY'
 import json, sys
 files = json.load(open(sys.argv[1]))["files"]
