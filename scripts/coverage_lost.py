@@ -3,20 +3,22 @@
 
     scripts/coverage.sh -t -d before.json     (on the old tree)
     scripts/coverage.sh -t -d after.json      (on the new tree)
-    scripts/coverage_lost.py before.json after.json
+    scripts/coverage_lost.py before.json[=ROOT] after.json[=ROOT]
 
 Lines are matched by file and text, not by number, so edits elsewhere in a file do not count as a
-loss. Exit status 1 when anything was lost, with each lost line listed as file:line.
+loss. ROOT is the source tree a run was made on (default: the current directory). Exit status 1 when anything was lost, with each lost line listed as file:line.
 """
 import json
+import os
 import sys
 
 
-def reached(path):
+def reached(arg):
+    path, _, root = arg.partition("=")
     out = {}
     for f in json.load(open(path))["files"]:
         try:
-            text = open(f["file"], encoding="latin-1").read().split("\n")
+            text = open(os.path.join(root or ".", f["file"]), encoding="latin-1").read().split("\n")
         except OSError:
             text = []
         for line in f["lines"]:
