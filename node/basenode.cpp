@@ -69,9 +69,13 @@ void CVemBaseNode::ApplyTypeRules() {
 
 // Children are destroyed without recursion through the tree and without allocating: each
 // node's own children move to the front of this list before it goes, so its destructor finds an
-// empty list.
+// empty list. The moved children still name the node that went as their parent, so no destructor
+// below may walk up: the path maps are forgotten once here, from this node, which is whole.
 void CVemBaseNode::DeleteAllChildren() {
     VemTouchLayout();
+    if (Children.IsEmpty()) return;
+    VemPathMapsForget(this);
+    const CVemDyingScope dying;
     while (!Children.IsEmpty()) {
         auto* child = static_cast<CVemBaseNode*>(Children.RemoveHead());
         Children.SpliceFront(child->Children);

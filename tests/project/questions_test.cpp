@@ -191,6 +191,21 @@ TEST_F(MappedTask, AfterAnExpansionTheMapHoldsOnlyLiveNodes) {
     EXPECT_EQ(map->GetCount(), 3);
 }
 
+// A task container lets its tasks go whenever it is stored, and their own children with them,
+// below a node that stays: no node walks up through a parent that went before it, and the map of
+// another tree stays.
+TEST_F(MappedTask, NodesDroppedBelowALiveNodeOfAnotherTreeLeaveTheMap) {
+    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
+    CVemBaseNode* other = VemNewNode(kVemTuiTaskNode);
+    VemAddChildTail(tasks, other);
+    VemAddChildTail(other, VemCreateCVemVariableNode("C", 0, kCbeTypeInt, 2, 0));
+    TempDir dir;
+    EXPECT_EQ(VemWriteNode(tasks, dir.file("tasks.vem").c_str()), 1);
+    EXPECT_TRUE(tasks->Children.IsEmpty());
+    EXPECT_EQ(map->GetCount(), 3);
+    VemDeleteNode(tasks);
+}
+
 // ---- widths on disk --------------------------------------------------------------------------------
 
 namespace {
