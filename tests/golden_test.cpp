@@ -229,6 +229,17 @@ std::string TaskContainerFiles() {
     return DumpText(task.get(), "P>");
 }
 
+// The container lists its tasks, compiled or not, ahead of its children.
+std::string TaskContainer() {
+    compiledtest::NodePtr tasks(VemNewNode(kVemTaskContainerNode));
+    Parts out;
+    out.add("empty", NodeDumpFile(tasks.get()));
+    VemRegisterTask(tasks.get(), "T1");
+    VemTaskCompiled(tasks.get(), "T2", "t2.tsk");
+    VemAddChildTail(tasks.get(), compiledtest::Named(kVemBaseNode, "x"));
+    return out.add("two tasks", DumpText(tasks.get(), "> ")).text;
+}
+
 std::string TaskCodeNodes() {
     compiledtest::NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
     VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
@@ -669,6 +680,7 @@ const GoldenCase kCases[] = {
     {"tuitask_segment_table_first", TaskSegmentTableFirst},
     {"tuitask_container_files", TaskContainerFiles},
     {"tuitask_code_nodes", TaskCodeNodes},
+    {"task_container", TaskContainer},
     {"evem_new_statement", EvemNewStatement},
     {"evem_kinds_zero_and_one", EvemKindsZeroAndOne},
     {"evem_kind_names", EvemKindNames},
