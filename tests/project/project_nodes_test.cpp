@@ -6,20 +6,13 @@ using vemtest::ChildNames;
 using vemtest::NewNode;
 using vemtest::Frame;
 using vemtest::ReadFileBytes;
-using vemtest::ReadFileText;
 using vemtest::TempDir;
-using vemtest::WriteFileBytes;
 
 namespace {
 
 // Base record of a childless node with an empty extra text.
 Bytes& BaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::string& name) {
     return b.u16_(0).u8_(type).u8_(expanded).str(name).u32_(0).u8_(0).u16_(0);
-}
-
-CVemBaseNode* LoadBytes(const TempDir& dir, const std::vector<u8>& bytes) {
-    WriteFileBytes(dir.file("in.vem"), bytes);
-    return VemLoadNode(dir.file("in.vem").c_str());
 }
 
 }  // namespace
@@ -128,81 +121,6 @@ TEST(ProjectNodes, ResourceRecordByteForByte) {
     want.u16_(0);   // schema word of the resource record
     want.str("C");  // ConfigName
     EXPECT_EQ(ReadFileBytes(dir.file("r.vem")), want.v);
-    VemDeleteNode(res);
-}
-
-TEST(ProjectNodes, ResourceLoadsWithItsChildrenAndNoCount) {
-    TempDir dir;
-    CVemBaseNode* project = NewNode(kVemProjectNode, "P");
-    CVemBaseNode* config = NewNode(kVemConfigNode, "K");
-    CVemBaseNode* res = NewNode(kVemResourceNode, "C:\\PRJ\\res1.obj");
-    VemSetConfigName(res, "..\\cfg\\main.cfg");
-    VemSetPathName(res, "C:\\PRJ\\res1.obj");
-    VemAddChildTail(project, config);
-    VemAddChildTail(config, res);
-    VemAddChildTail(res, NewNode(kVemTaskNode, "\\KOMPO.SYS\\T1"));
-    VemAddChildTail(res, NewNode(kVemBaseNode, "Global - Resource"));
-    ASSERT_EQ(VemWriteNode(project, dir.file("p.vem").c_str()), 1);
-    VemDeleteNode(project);
-
-    CVemBaseNode* loaded = VemLoadNode(dir.file("p.vem").c_str());
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetNodeType(loaded), kVemProjectNode);
-    CVemBaseNode* cfg = VemGetFirstNodeOfType(loaded, kVemConfigNode);
-    ASSERT_NE(cfg, nullptr);
-    EXPECT_EQ(cfg->Expanded, 0);
-    CVemBaseNode* r = VemGetFirstNodeOfType(cfg, kVemResourceNode);
-    ASSERT_NE(r, nullptr);
-    EXPECT_EQ(VemGetParentNode(r), cfg);
-    EXPECT_EQ(ChildNames(r), (std::vector<std::string>{"\\KOMPO.SYS\\T1", "Global - Resource"}));
-    EXPECT_EQ(VemGetConfigName(r), "..\\cfg\\main.cfg");
-    EXPECT_EQ(VemGetPathName(r), "");
-    EXPECT_EQ(VemGetNoOfTask(r), 0);
-    EXPECT_EQ(VemGetNodeText(r), "RES1  -  MAIN");
-    EXPECT_EQ(VemGetNodeText(VemGetFirstNodeOfType(r, kVemTaskNode)), "T1");
-
-    // The count is 16 bits wide and wraps: a deletion through a freshly loaded resource.
-    VemDeleteChildNode(r, VemGetFirstNodeOfType(r, kVemBaseNode));
-    EXPECT_EQ(VemGetNoOfTask(r), 65535);
-    VemDeleteNode(loaded);
-}
-
-TEST(ProjectNodes, ARecordOfANewerVersionDoesNotLoad) {
-    TempDir dir;
-    struct Case {
-        unsigned type;
-        unsigned expanded;
-        bool hasConfigName;
-    };
-    for (const Case& c : {Case{13, 1, true}, Case{14, 0, false}, Case{15, 1, false}, Case{11, 1, false}}) {
-        for (unsigned schema : {0u, 1u}) {
-            Bytes b = Frame(c.type);
-            BaseRecord(b, c.type, c.expanded, "N");
-            b.u16_(schema);
-            if (c.hasConfigName) b.str("C");
-            CVemBaseNode* n = LoadBytes(dir, b.v);
-            EXPECT_EQ(n != nullptr, schema == 0) << c.type;
-            if (n) VemDeleteNode(n);
-        }
-    }
-    // A resource record that ends before its ConfigName.
-    Bytes cut = Frame(13);
-    BaseRecord(cut, 13, 1, "N").u16_(0);
-    EXPECT_EQ(LoadBytes(dir, cut.v), nullptr);
-}
-
-TEST(ProjectNodes, CloneOfAnUpperLevelIsAPlainBaseNode) {
-    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
-    VemSetConfigName(res, "C");
-    VemAddChildTail(res, NewNode(kVemTaskNode, "T"));
-    CVemBaseNode* copy = VemClone(res);
-    EXPECT_EQ(copy->GetRuntimeClass(), RUNTIME_CLASS(CVemBaseNode));
-    EXPECT_EQ(VemGetNodeType(copy), kVemResourceNode);
-    EXPECT_EQ(VemGetConfigName(copy), "");
-    EXPECT_EQ(VemGetNodeText(copy), "R");
-    ASSERT_EQ(ChildNames(copy), (std::vector<std::string>{"T"}));
-    EXPECT_EQ(VemGetParentNode(copy), nullptr);
-    VemDeleteNode(copy);
     VemDeleteNode(res);
 }
 

@@ -35,20 +35,15 @@ TEST_F(TuiTask, NewTaskHasAnEmptyTableAndNoEntryMapOrOffsets) {
     EXPECT_THROW(VemGetAbsOffset(task.get(), 0), CInvalidArgException);
 }
 
+// The starts run on from segment 2 and wrap in sixteen bits.
 TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
     NodePtr task = TaskWithSegments();
-    const u32 expected[] = {0, 0, 100, 150, 175};
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]);
-    EXPECT_THROW(VemGetAbsOffset(task.get(), 5), CInvalidArgException);
-    EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
-}
-
-TEST_F(TuiTask, SegmentStartsWrapInSixteenBits) {
-    NodePtr task = MakeNode(kVemTuiTaskNode);
     VemAddNewSegmentLength(task.get(), 65530);
     VemAddNewSegmentLength(task.get(), 10);
-    EXPECT_EQ(VemGetAbsOffset(task.get(), 2), 65530u);
-    EXPECT_EQ(VemGetAbsOffset(task.get(), 3), 4u);
+    const u32 expected[] = {0, 0, 100, 150, 175, 65705 & 0xFFFF, (65705 + 10) & 0xFFFF};
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]) << i;
+    EXPECT_THROW(VemGetAbsOffset(task.get(), 7), CInvalidArgException);
+    EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
 }
 
 // Paths are upper case and found in any case. A structure adds a step but no key. A segment
