@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "alloc_hook.h"
 #include "download/datacontainer.h"
 #include "memory_test_util.h"
 
@@ -170,16 +169,5 @@ TEST(DataContainer, ADamagedStoredFormFailsWithoutLeaks) {
     good.u16_(1).str("A");
     DataObjectRecord(good, 1, "a", 0);
 
-    std::vector<std::vector<u8>> damaged = {shared.v, other.v, huge.v};
-    for (std::size_t cut = 0; cut < good.v.size(); ++cut) {
-        damaged.emplace_back(good.v.begin(), good.v.begin() + static_cast<long>(cut));
-    }
-    for (std::size_t i = 0; i < damaged.size(); ++i) {
-        vemtest::AllocationWatch watch;
-        {
-            CVemDataContainer loaded;
-            EXPECT_THROW(Load(loaded, damaged[i]), CArchiveException) << i;
-        }
-        EXPECT_EQ(watch.Live(), 0) << i;
-    }
+    memtest::ExpectDamagedLoadsFail<CVemDataContainer>({shared.v, other.v, huge.v}, good.v);
 }

@@ -84,16 +84,6 @@ Bytes& Double(Bytes& b, double value) {
 
 }  // namespace
 
-TEST(DownloadList, TailPathNameIsDirectoryFileAndIndex) {
-    CVemDownloadListEntry entry;
-    entry.SetTailPathName("D", 12);
-    EXPECT_EQ(entry.TailPathName, "D\\FILE12");
-    EXPECT_EQ(entry.Index, 12);
-    entry.SetTailPathName("", 7);  // no directory: the name stays
-    EXPECT_EQ(entry.TailPathName, "D\\FILE12");
-    EXPECT_EQ(entry.Index, 7);
-}
-
 TEST(DownloadList, SetPathNameMakesTheDirectoryBesideTheProject) {
     TempDir dir;
     MessageCapture messages;
@@ -363,18 +353,7 @@ TEST(DownloadList, ADamagedStoredFormFailsWithoutLeaks) {
     good.u16_(0);
     Double(good, 2.0).str("D");
 
-    std::vector<std::vector<u8>> damaged = {twice.v, wrongClass.v, newer.v, nan.v, huge.v};
-    for (std::size_t cut = 0; cut < good.v.size(); ++cut) {
-        damaged.emplace_back(good.v.begin(), good.v.begin() + static_cast<long>(cut));
-    }
-    for (std::size_t i = 0; i < damaged.size(); ++i) {
-        vemtest::AllocationWatch watch;
-        {
-            CVemDownloadList loaded;
-            EXPECT_THROW(Load(loaded, damaged[i]), CArchiveException) << i;
-        }
-        EXPECT_EQ(watch.Live(), 0) << i;
-    }
+    memtest::ExpectDamagedLoadsFail<CVemDownloadList>({twice.v, wrongClass.v, newer.v, nan.v, huge.v}, good.v);
     CVemDownloadList loaded;
     Load(loaded, good.v);
     EXPECT_EQ(loaded.GetEntryByIndex(2)->Name, "B");
