@@ -110,20 +110,6 @@ TEST(ProjectNodes, PathNameBelongsToTheResource) {
     VemDeleteNode(res);
 }
 
-TEST(ProjectNodes, ResourceRecordByteForByte) {
-    TempDir dir;
-    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
-    VemSetConfigName(res, "C");
-    VemSetPathName(res, "not stored");
-    ASSERT_EQ(VemWriteNode(res, dir.file("r.vem").c_str()), 1);
-    Bytes want = Frame(13);
-    BaseRecord(want, 13, 1, "R");
-    want.u16_(0);   // schema word of the resource record
-    want.str("C");  // ConfigName
-    EXPECT_EQ(ReadFileBytes(dir.file("r.vem")), want.v);
-    VemDeleteNode(res);
-}
-
 TEST(TaskNode, TextDropsOneBackslashAndTheSystemDirectory) {
     struct Case {
         const char* name;
@@ -140,24 +126,31 @@ TEST(TaskNode, TextDropsOneBackslashAndTheSystemDirectory) {
     }
 }
 
-TEST(TaskNode, ResourceNameIsNotStored) {
+// The resource stores its ConfigName but not its PathName; the task not its resource's name.
+TEST(ProjectNodes, RecordsByteForByte) {
     TempDir dir;
+    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
+    VemSetConfigName(res, "C");
+    VemSetPathName(res, "not stored");
+    Bytes resource = Frame(13);
+    BaseRecord(resource, 13, 1, "R").u16_(0).str("C");  // schema word of the resource record, ConfigName
     CVemBaseNode* task = NewNode(kVemTaskNode, "T");
     VemSetResourceName(task, "RES");
     EXPECT_EQ(VemGetResourceName(task), "RES");
     VemAddChildTail(task, NewNode(kVemBaseNode, "child"));
-    ASSERT_EQ(VemWriteNode(task, dir.file("t.vem").c_str()), 1);
-    Bytes want = Frame(11);
-    want.u16_(0).u8_(11).u8_(1).str("T").u32_(0).u8_(0).u16_(1);  // base record with one child
-    want.u8_(1);
-    BaseRecord(want, 1, 1, "child");
-    want.u16_(0);  // schema word of the task record
-    EXPECT_EQ(ReadFileBytes(dir.file("t.vem")), want.v);
-    VemDeleteNode(task);
-
-    CVemBaseNode* loaded = VemLoadNode(dir.file("t.vem").c_str());
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetResourceName(loaded), "");
-    EXPECT_EQ(ChildNames(loaded), (std::vector<std::string>{"child"}));
-    VemDeleteNode(loaded);
+    Bytes withChild = Frame(11);
+    withChild.u16_(0).u8_(11).u8_(1).str("T").u32_(0).u8_(0).u16_(1).u8_(1);  // base record with one child
+    BaseRecord(withChild, 1, 1, "child").u16_(0);                             // schema word of the task record
+    const std::pair<CVemBaseNode*, std::vector<u8>> rows[] = {{res, resource.v}, {task, withChild.v}};
+    for (auto [node, want] : rows) {
+        ASSERT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
+        EXPECT_EQ(ReadFileBytes(dir.file("n.vem")), want);
+        VemDeleteNode(node);
+        CVemBaseNode* loaded = VemLoadNode(dir.file("n.vem").c_str());
+        ASSERT_NE(loaded, nullptr);
+        EXPECT_EQ(VemGetResourceName(loaded), "");
+        ASSERT_EQ(VemWriteNode(loaded, dir.file("again.vem").c_str()), 1);
+        EXPECT_EQ(ReadFileBytes(dir.file("again.vem")), want);
+        VemDeleteNode(loaded);
+    }
 }
