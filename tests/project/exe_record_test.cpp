@@ -144,17 +144,6 @@ TEST_F(ExeRecord, DeviceSettingsTakeTheir129BytesAndLoadWidened) {
     EXPECT_EQ(StoreRecord(loaded.get()), record);
 }
 
-TEST_F(ExeRecord, MotorolaFormatHoldsSixteenBits) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    VemSetMotorolaFormat(exe.get(), 1);
-    NodePtr loaded = MakeNode(kVemExeNode);
-    LoadRecord(loaded.get(), StoreRecord(exe.get()));
-    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 1);
-    VemSetMotorolaFormat(exe.get(), 65536);
-    LoadRecord(loaded.get(), StoreRecord(exe.get()));
-    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 0);
-}
-
 // The marker and the reserved bytes are not looked at; an alignment of 0 is stored as it is.
 TEST_F(ExeRecord, MarkerAndReservedBytesAreSkippedAndAlignmentZeroLoadsAsOne) {
     LurSetEvemEnabled(0);

@@ -21,20 +21,6 @@ NodePtr TaskWithSegments(const char* name = "TASK1") {
 
 }  // namespace
 
-TEST_F(TuiTask, NewTaskHasAnEmptyTableAndNoEntryMapOrOffsets) {
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    EXPECT_EQ(VemGetNodeType(task.get()), kVemTuiTaskNode);
-    CSegmentTable* table = VemGetSegmentTable(task.get());
-    ASSERT_NE(table, nullptr);
-    EXPECT_EQ(VemSegTblGetNoOfSegments(table), 0);
-    EXPECT_EQ(VemSegTblGetStartSegmentNo(table), 0);
-    EXPECT_EQ(VemGetTaskDefEntry(task.get()), nullptr);
-    EXPECT_EQ(VemGetNodePath2NodeList(task.get()), nullptr);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.ANY"), 0u);
-    EXPECT_TRUE(VemGetEvemRootNodeListPtr(task.get())->IsEmpty());
-    EXPECT_THROW(VemGetAbsOffset(task.get(), 0), CInvalidArgException);
-}
-
 // The starts run on from segment 2 and wrap in sixteen bits.
 TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
     NodePtr task = TaskWithSegments();
@@ -44,6 +30,7 @@ TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
     for (int i = 0; i < 7; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]) << i;
     EXPECT_THROW(VemGetAbsOffset(task.get(), 7), CInvalidArgException);
     EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
+    EXPECT_THROW(VemGetAbsOffset(MakeNode(kVemTuiTaskNode).get(), 0), CInvalidArgException);  // no starts yet
 }
 
 // Paths are upper case and found in any case. A structure adds a step but no key. A segment
@@ -105,6 +92,7 @@ TEST_F(TuiTask, SegmentTableIsHandedOver) {
     VemSetSegmentTable(task.get(), none);  // a null table leaves a new empty one
     ASSERT_NE(VemGetSegmentTable(task.get()), nullptr);
     EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetSegmentTable(task.get())), 0);
+    EXPECT_EQ(VemSegTblGetStartSegmentNo(VemGetSegmentTable(task.get())), 0);
 }
 
 // Icons and the class of the clone are in node_classes_test.cpp.
