@@ -314,42 +314,38 @@ TEST(AddressIndex, RebuildsAfterTheTreeChanges) {
 
 // Every change that can move an answer makes the index stale; the next question rebuilds it.
 TEST(AddressIndex, EveryLayoutChangeMakesItStale) {
-    using Change = void (*)(CVemBaseNode * exe, CVemBaseNode * task, CVemBaseNode * v);
+    struct Where {
+        CVemBaseNode *exe, *t, *v;
+    };
+    using Change = void (*)(const Where&);
     const std::pair<const char*, Change> kChanges[] = {
-        {"rename", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetName(v, "W"); }},
-        {"offset", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetOffset(v, 6); }},
-        {"size", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetSize(v, 4); }},
-        {"type", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetVariableType(v, kCbeTypeWord); }},
-        {"segment", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetParentSegment(v, 1); }},
-        {"unit segments", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSetSegmentNumbers(t, 1, 2, 0, 0); }},
-        {"child added",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemAddChildTail(t, Var("N", 0, kCbeTypeInt, 2)); }},
-        {"child deleted", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode* v) { VemDeleteChildNode(t, v); }},
-        {"expanded", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemExpandArray(t); }},
+        {"rename", [](const Where& a) { VemSetName(a.v, "W"); }},
+        {"offset", [](const Where& a) { VemSetOffset(a.v, 6); }},
+        {"size", [](const Where& a) { VemSetSize(a.v, 4); }},
+        {"type", [](const Where& a) { VemSetVariableType(a.v, kCbeTypeWord); }},
+        {"segment", [](const Where& a) { VemSetParentSegment(a.v, 1); }},
+        {"unit segments", [](const Where& a) { VemSetSegmentNumbers(a.t, 1, 2, 0, 0); }},
+        {"child added", [](const Where& a) { VemAddChildTail(a.t, Var("N", 0, kCbeTypeInt, 2)); }},
+        {"child deleted", [](const Where& a) { VemDeleteChildNode(a.t, a.v); }},
+        {"expanded", [](const Where& a) { VemExpandArray(a.t); }},
         {"bounds",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) {
-             VemSetDimRange4Index(VemGetRange(Child(t, "INTS")), 0, tVemDimRange{1, 9, 0});
+         [](const Where& a) {
+             VemSetDimRange4Index(VemGetRange(Child(a.t, "INTS")), 0, tVemDimRange{1, 9, 0});
          }},
-        {"string length",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSetArrayElementSizeOfType(Child(t, "STRS"), 7); }},
+        {"string length", [](const Where& a) { VemSetArrayElementSizeOfType(Child(a.t, "STRS"), 7); }},
         {"segment added",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) {
-             VemSegTblAddNewSegment(VemGetSegmentTable(t), Segment(kTargets[0], 8));
-         }},
-        {"segment deleted",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSegTblDeleteSegment(VemGetSegmentTable(t), 2); }},
-        {"segment grown", [](CVemBaseNode*, CVemBaseNode* t,
-                             CVemBaseNode*) { VemBaAppendByte(VemSegTblGetSegment(VemGetSegmentTable(t), 2), 0); }},
-        {"segment start", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemAddNewSegmentLength(t, 4); }},
-        {"device settings", [](CVemBaseNode* exe, CVemBaseNode*,
-                               CVemBaseNode*) { VemSetDeviceSettings(exe, *VemGetDeviceSettings(exe)); }},
+         [](const Where& a) { VemSegTblAddNewSegment(VemGetSegmentTable(a.t), Segment(kTargets[0], 8)); }},
+        {"segment deleted", [](const Where& a) { VemSegTblDeleteSegment(VemGetSegmentTable(a.t), 2); }},
+        {"segment grown", [](const Where& a) { VemBaAppendByte(VemSegTblGetSegment(VemGetSegmentTable(a.t), 2), 0); }},
+        {"segment start", [](const Where& a) { VemAddNewSegmentLength(a.t, 4); }},
+        {"device settings", [](const Where& a) { VemSetDeviceSettings(a.exe, *VemGetDeviceSettings(a.exe)); }},
     };
     for (const auto& [what, change] : kChanges) {
         Tree tree(KnownLayout(kTargets[0], false));
         Index index(tree.get());
         CVemBaseNode* task = VemAddrIndexGetTask(index.index, 0);
         ASSERT_EQ(VemAddrIndexIsCurrent(index.index), 1) << what;
-        change(tree.get(), task, Child(task, "V"));
+        change({tree.get(), task, Child(task, "V")});
         EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 0) << what;
         tVemAddressHit hit{};
         VemAddrLookup(index.index, 0, kDataStart + 4, &hit);
