@@ -148,28 +148,24 @@ std::string ExeEveryFlag() {
     return DumpText(exe.get(), "P>");
 }
 
-std::string ExeTaskDefinitionSegment() {
+// The task definition segment; both tables print straight to the file, ahead of the text gathered
+// so far; the code nodes and the children.
+std::string ExeContents() {
+    Parts out;
     compiledtest::NodePtr exe = MakeNode(kVemExeNode, "R");
     CVemByteArray* taskDefs = VemBaNewByteArray(0, 1, 1, 0);
     for (int i = 0; i < 20; ++i) VemBaAppendByte(taskDefs, static_cast<u8>(i));
     VemSetTaskDefSegment(exe.get(), taskDefs);
-    return DumpText(exe.get(), "P>");
-}
-
-// Both tables print straight to the file, ahead of the text gathered so far.
-std::string ExeTablesAheadOfTheHead() {
-    compiledtest::NodePtr exe = MakeNode(kVemExeNode, "R");
+    out.add("task definition segment", DumpText(exe.get(), "P>"));
+    exe = MakeNode(kVemExeNode, "R");
     VemSegTblAddNewSegment(VemGetSegmentTable(exe.get()), VemBaNewByteArray(0, 1, 1, 0));
     VemSegTblAddNewSegment(VemGetComponentList(exe.get()), VemBaNewByteArray(0, 1, 1, 0));
-    return DumpText(exe.get(), "P>");
-}
-
-std::string ExeCodeNodesAndChildren() {
-    compiledtest::NodePtr exe = MakeNode(kVemExeNode, "R");
+    out.add("tables ahead of the head", DumpText(exe.get(), "P>"));
+    exe = MakeNode(kVemExeNode, "R");
     VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
     VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\B.st"));
     VemAddChildTail(exe.get(), VemNewNode(kVemTaskContainerNode));
-    return DumpText(exe.get(), "P>");
+    return out.add("code nodes and children", DumpText(exe.get(), "P>")).text;
 }
 
 // Project code 271 asks for the line maps behind the code nodes.
@@ -182,33 +178,23 @@ std::string ExeLineMaps() {
     return out.add("project code 271", DumpText(exe.get(), "P>")).text;
 }
 
-compiledtest::NodePtr TaskWithVariable(bool offsets) {
-    compiledtest::NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
-    VemAddChildTail(task.get(), compiledtest::Variable("V", 4, 2));
-    if (offsets) {
-        VemAddNewSegmentLength(task.get(), 100);
-        VemAddNewSegmentLength(task.get(), 50);
-    }
-    return task;
-}
-
+// The offsets and the path map, each with and without the other.
 std::string TaskOffsetsAndPaths() {
     LurSetEvemEnabled(0);
-    compiledtest::NodePtr task = TaskWithVariable(true);
-    VemCreateChildNodePathList(task.get());
-    return DumpText(task.get(), "P>");
-}
-
-std::string TaskWithoutMap() {
-    LurSetEvemEnabled(0);
-    return DumpText(TaskWithVariable(true).get(), "P>");
-}
-
-std::string TaskMapWithoutOffsets() {
-    LurSetEvemEnabled(0);
-    compiledtest::NodePtr task = TaskWithVariable(false);
-    VemCreateChildNodePathList(task.get());
-    return DumpText(task.get(), "P>");
+    Parts out;
+    for (const auto& [label, offsets, map] : {std::tuple{"offsets and paths", true, true},
+                                              {"without map", true, false},
+                                              {"map without offsets", false, true}}) {
+        compiledtest::NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
+        VemAddChildTail(task.get(), compiledtest::Variable("V", 4, 2));
+        if (offsets) {
+            VemAddNewSegmentLength(task.get(), 100);
+            VemAddNewSegmentLength(task.get(), 50);
+        }
+        if (map) VemCreateChildNodePathList(task.get());
+        out.add(label, DumpText(task.get(), "P>"));
+    }
+    return out.text;
 }
 
 // The table writes its own dump at once, so its lines stand ahead of the task's head line.
@@ -670,13 +656,9 @@ const GoldenCase kCases[] = {
     {"variable_with_a_child", VariableWithAChild},
     {"exe_switch_off", ExeSwitchOff},
     {"exe_every_flag", ExeEveryFlag},
-    {"exe_task_definition_segment", ExeTaskDefinitionSegment},
-    {"exe_tables_ahead_of_the_head", ExeTablesAheadOfTheHead},
-    {"exe_code_nodes_and_children", ExeCodeNodesAndChildren},
+    {"exe_contents", ExeContents},
     {"exe_line_maps", ExeLineMaps},
     {"tuitask_offsets_and_paths", TaskOffsetsAndPaths},
-    {"tuitask_without_map", TaskWithoutMap},
-    {"tuitask_map_without_offsets", TaskMapWithoutOffsets},
     {"tuitask_segment_table_first", TaskSegmentTableFirst},
     {"tuitask_container_files", TaskContainerFiles},
     {"tuitask_code_nodes", TaskCodeNodes},
