@@ -49,17 +49,6 @@ TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
     EXPECT_EQ(exe->GetTaskDefSegmentBytePointer()[0], 0x02);
 }
 
-// Project name and user level go through a store and load in the record tests.
-TEST_F(ExeNode, ContainerFilesOfTheExecutableOnly) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    VemSetDatacontFilesProjectName(task.get(), "PROJECT");
-    EXPECT_EQ(VemGetDatacontFilesProjectName(task.get()), nullptr);
-    CStringList keys;
-    EXPECT_EQ(VemGetContainerFileList(exe.get(), &keys), 1);
-    EXPECT_EQ(VemSetContainerFileCheckSum(exe.get(), "NONE", 1), 0);
-}
-
 TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
     NodePtr exe = MakeNode(kVemExeNode);
     CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);

@@ -131,22 +131,27 @@ TEST_F(TuiTask, UnitPathByCodeSegment) {
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 8), CString());
 }
 
+// The task's and the executable's; the project name and the user level are the executable's only.
 TEST_F(TuiTask, DataContainerFunctionsReachTheContainer) {
     vemtest::TempDir dir;
     vemtest::WriteFileText(dir.file("a.bin"), "x");
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    const std::string path = dir.file("a.bin");
-    EXPECT_EQ(VemAddContainerFile(task.get(), path.c_str(), "KEY", 7), 1);
-    EXPECT_EQ(VemSetContainerFileCheckSum(task.get(), "KEY", 0x1234), 1);
-    EXPECT_EQ(VemGetContainerFileType(task.get(), "KEY"), 7u);
-    EXPECT_EQ(VemGetContainerFileCheckSum(task.get(), "KEY"), 0x1234u);
-    CVemByteArray array;
-    EXPECT_EQ(VemWriteContainerFileContents2VemByteArray(task.get(), "KEY", &array), 1);
-    EXPECT_EQ(VemGetContainerFileType(task.get(), "OTHER"), 0u);
-    CStringList keys;
-    EXPECT_EQ(VemGetContainerFileList(task.get(), &keys), 1);
-    ASSERT_EQ(keys.GetCount(), 1);
-    EXPECT_EQ(keys.GetHead(), CString("KEY"));
-    CVemByteArray contents = VemGetContainerFileContents(task.get(), "KEY");
-    EXPECT_EQ(VemBaGetLength(&contents), 0u);
+    for (tVemNodeType type : {kVemTuiTaskNode, kVemExeNode}) {
+        NodePtr node = MakeNode(type);
+        EXPECT_EQ(VemSetContainerFileCheckSum(node.get(), "KEY", 1), 0);
+        EXPECT_EQ(VemAddContainerFile(node.get(), dir.file("a.bin").c_str(), "KEY", 7), 1);
+        EXPECT_EQ(VemSetContainerFileCheckSum(node.get(), "KEY", 0x1234), 1);
+        EXPECT_EQ(VemGetContainerFileType(node.get(), "KEY"), 7u);
+        EXPECT_EQ(VemGetContainerFileCheckSum(node.get(), "KEY"), 0x1234u);
+        CVemByteArray array;
+        EXPECT_EQ(VemWriteContainerFileContents2VemByteArray(node.get(), "KEY", &array), 1);
+        EXPECT_EQ(VemGetContainerFileType(node.get(), "OTHER"), 0u);
+        CStringList keys;
+        EXPECT_EQ(VemGetContainerFileList(node.get(), &keys), 1);
+        ASSERT_EQ(keys.GetCount(), 1);
+        EXPECT_EQ(keys.GetHead(), CString("KEY"));
+        CVemByteArray contents = VemGetContainerFileContents(node.get(), "KEY");
+        EXPECT_EQ(VemBaGetLength(&contents), 0u);
+        VemSetDatacontFilesProjectName(node.get(), "PROJECT");
+        EXPECT_EQ(VemGetDatacontFilesProjectName(node.get()) == nullptr, type == kVemTuiTaskNode);
+    }
 }
