@@ -83,48 +83,40 @@ std::string UnitsProgram() {
     return NodeDumpFile(p);
 }
 
-// Child units repeat the indent behind every line.
+// Child units repeat the indent behind every line; programs only add their head below other nodes.
 std::string UnitsNested() {
     compiledtest::NodePtr program = MakeNode(kVemProgramNode, "P");
     CVemBaseNode* fb = VemCreateCVemFbNode("F : T", "f.poe");
     AddEntry(fb, 1, 16, 2, 1);
     VemAddChildTail(program.get(), fb);
     VemAddChildTail(fb, VemCreateCVemFunctionNode("G", ""));
-    return NodeDumpFile(program.get());
-}
-
-// Programs only add their head below other nodes.
-std::string UnitsProgramBelowABase() {
+    Parts out;
+    out.add("program", NodeDumpFile(program.get()));
     compiledtest::NodePtr root = MakeNode(kVemBaseNode);
-    CVemBaseNode* program = compiledtest::Named(kVemProgramNode, "Q");
-    VemSetGlobal(program, -1);
-    VemAddChildTail(root.get(), program);
-    return NodeDumpFile(root.get());
+    CVemBaseNode* below = compiledtest::Named(kVemProgramNode, "Q");
+    VemSetGlobal(below, -1);
+    VemAddChildTail(root.get(), below);
+    return out.add("program below a base", NodeDumpFile(root.get())).text;
 }
 
-// Base nodes give their type with an indent that grows by level.
-std::string BaseNodesNested() {
+// Base nodes give their type with an indent that grows by level; the task its resource's name;
+// the variable the German labels, and its children.
+std::string NodesWithChildren() {
     compiledtest::NodePtr root = MakeNode(kVemBaseNode);
     CVemBaseNode* child = new CVemBaseNode(kVemTaskNode, "c", 1);
     VemAddChildTail(root.get(), child);
     VemAddChildTail(child, new CVemBaseNode(kVemConfigNode, "d", 1));
-    return NodeDumpFile(root.get());
-}
-
-std::string TaskNodeWithAChild() {
+    Parts out;
+    out.add("base nodes", NodeDumpFile(root.get()));
     compiledtest::NodePtr task = MakeNode(kVemTaskNode, "T");
     VemSetResourceName(task.get(), "R");
     VemAddChildTail(task.get(), compiledtest::Named(kVemBaseNode, "x"));
-    return NodeDumpFile(task.get());
-}
-
-// The German labels, and the children.
-std::string VariableWithAChild() {
+    out.add("task", NodeDumpFile(task.get()));
     compiledtest::NodePtr v(VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 1));
     VemSetProgramNr(v.get(), 3);
     VemSetParentSegment(v.get(), 12);
     VemAddChildTail(v.get(), VemCreateCVemVariableNode("C", 6, kCbeTypeBool, 1, 0));
-    return NodeDumpFile(v.get());
+    return out.add("variable", NodeDumpFile(v.get())).text;
 }
 
 // ---- executable nodes and compiled tasks ----
@@ -650,10 +642,7 @@ struct GoldenCase {
 const GoldenCase kCases[] = {
     {"units_program", UnitsProgram},
     {"units_nested", UnitsNested},
-    {"units_program_below_a_base", UnitsProgramBelowABase},
-    {"base_nodes_nested", BaseNodesNested},
-    {"task_node_with_a_child", TaskNodeWithAChild},
-    {"variable_with_a_child", VariableWithAChild},
+    {"nodes_with_children", NodesWithChildren},
     {"exe_switch_off", ExeSwitchOff},
     {"exe_every_flag", ExeEveryFlag},
     {"exe_contents", ExeContents},
