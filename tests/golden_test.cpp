@@ -566,31 +566,35 @@ std::string TreeSelectedAmongSiblings() {
     return Drawn(&root, dc, CPoint(0, 0), CPoint(10, 0), b, {&root, a, b, c});
 }
 
-// A project's relative points are all 0 but the text position (21, 21).
+// A project's relative points are all 0 but the text position (21, 21); an executable draws like
+// a project, expanded whatever it was made with.
 std::string TreeProject() {
     ShownNode project(kVemProjectNode, "Project", 119);
     CVemBaseNode* cfg = Add(&project, new ShownNode(kVemConfigNode, "Cfg", 138));
     CVemBaseNode* res = Add(&project, new ShownNode(kVemResourceNode, "Res", 121));
+    Parts out;
     CVemRecordingDC dc;
-    return Drawn(&project, dc, CPoint(0, 0), CPoint(0, 0), nullptr, {&project, cfg, res});
+    out.add("project", Drawn(&project, dc, CPoint(0, 0), CPoint(0, 0), nullptr, {&project, cfg, res}));
+    ShownNode exe(kVemExeNode, "E", 121, 125, 0);
+    CVemRecordingDC other;
+    return out.add("executable", Drawn(&exe, other, CPoint(0, 0), CPoint(5, 5), nullptr, {&exe})).text;
 }
 
-// A leaf variable has no symbol; its anchor stands nine below its origin.
-std::string TreeLeafVariables() {
-    CVemBaseNode parent(kVemBaseNode, "P", 1);
-    CVemBaseNode* v = Add(&parent, new CVemBaseNode(kVemVariableNode, "v", 0));
-    CVemBaseNode* w = Add(&parent, new CVemBaseNode(kVemVariableNode, "w", 0));
-    CVemRecordingDC dc;
-    return Drawn(&parent, dc, CPoint(20, 0), CPoint(20, 0), nullptr, {&parent, v, w});
-}
-
-// Children stand one below the other and widen the bottom.
+// Children stand one below the other and widen the bottom; a leaf variable has no symbol, its
+// anchor stands nine below its origin.
 std::string TreeChildren() {
     CVemBaseNode root(kVemBaseNode, "R", 1);
     CVemBaseNode* wide = Add(&root, new CVemBaseNode(kVemBaseNode, "LongerName", 1));
     CVemBaseNode* narrow = Add(&root, new CVemBaseNode(kVemBaseNode, "x", 1));
+    Parts out;
     CVemRecordingDC dc;
-    return Drawn(&root, dc, CPoint(20, 0), CPoint(20, 0), nullptr, {&root, wide, narrow});
+    out.add("children", Drawn(&root, dc, CPoint(20, 0), CPoint(20, 0), nullptr, {&root, wide, narrow}));
+    CVemBaseNode parent(kVemBaseNode, "P", 1);
+    CVemBaseNode* v = Add(&parent, new CVemBaseNode(kVemVariableNode, "v", 0));
+    CVemBaseNode* w = Add(&parent, new CVemBaseNode(kVemVariableNode, "w", 0));
+    CVemRecordingDC leaves;
+    return out.add("leaf variables", Drawn(&parent, leaves, CPoint(20, 0), CPoint(20, 0), nullptr, {&parent, v, w}))
+        .text;
 }
 
 // A collapsed node ends at its own text; expanded, its child is drawn.
@@ -603,13 +607,6 @@ std::string TreeCollapsed() {
     VemToggleExpanded(&node);
     dc.Clear();
     return out.add("expanded", Drawn(&node, dc, CPoint(20, 0), CPoint(20, 0), nullptr, {&node})).text;
-}
-
-// An executable draws like a project, expanded whatever it was made with.
-std::string TreeExecutable() {
-    ShownNode exe(kVemExeNode, "E", 121, 125, 0);
-    CVemRecordingDC dc;
-    return Drawn(&exe, dc, CPoint(0, 0), CPoint(5, 5), nullptr, {&exe});
 }
 
 // The relative points come from the type that the node was made with; a clone takes them from
@@ -672,10 +669,8 @@ const GoldenCase kCases[] = {
     {"tree_one_node", TreeOneNode},
     {"tree_selected_among_siblings", TreeSelectedAmongSiblings},
     {"tree_project", TreeProject},
-    {"tree_leaf_variables", TreeLeafVariables},
     {"tree_children", TreeChildren},
     {"tree_collapsed", TreeCollapsed},
-    {"tree_executable", TreeExecutable},
     {"tree_geometry_fixed_at_making", TreeGeometryFixedAtMaking},
     {"tree_wide_cells", TreeWideCells},
 };
