@@ -124,20 +124,17 @@ std::string NodesWithChildren() {
 using compiledtest::CodeNode;
 using compiledtest::DumpText;
 
-std::string ExeSwitchOff() {
-    LurSetEvemEnabled(0);
-    return DumpText(MakeNode(kVemExeNode, "R").get(), "P>");
-}
-
-std::string ExeEveryFlag() {
+std::string ExeFlags() {
     LurSetEvemEnabled(0);
     compiledtest::NodePtr exe = MakeNode(kVemExeNode, "R");
+    Parts out;
+    out.add("switch off", DumpText(exe.get(), "P>"));
     tVemDeviceSettings s = *VemGetDeviceSettings(exe.get());
     s.MotorolaFormat = s.ResourceGlobalSegTable = s.OnlineLinking = s.IncrementalDownload = 1;
     s.OneSegTableAtOnlineLinking = s.OnlineEditor = s.TaskDownload = s.TaskStart = 2;
     s.MaxWatchEntries = 300;
     VemSetDeviceSettings(exe.get(), s);
-    return DumpText(exe.get(), "P>");
+    return out.add("every flag", DumpText(exe.get(), "P>")).text;
 }
 
 // The task definition segment; both tables print straight to the file, ahead of the text gathered
@@ -252,16 +249,11 @@ std::string EvemKindsZeroAndOne() {
     return out.add("loaded kind 0", kEDump(bare.get(), "-")).text;
 }
 
-std::string EvemKindNames() {
+std::string EvemKindAndTypeNames() {
     Parts out;
     for (tEVemNodeType kind : {kEVemLdConstStmtNode, kEVemParXornIndexedVarStmtNode, kEVemIndexedRefStmtNode})
         out.add(std::to_string(kind), kEDump(Create(kind).get(), ""));
-    return out.text;
-}
-
-std::string EvemTypeNames() {
     evemtest::NodePtr abs = Create(kEVemStdAbsStmtNode);
-    Parts out;
     out.add("unset", kEDump(abs.get(), ""));
     for (u32 type : {1u, 14u, 37u, 40u, 38u, 0u}) {
         EVemSetCbeType(abs.get(), static_cast<tCbeType>(type));
@@ -391,7 +383,7 @@ std::string EvemStringParameters() {
         .text;
 }
 
-// The dump file replaces an older, longer one whole.
+// The dump file replaces an older, longer one whole; a new code node, and one of a function block.
 std::string EvemCodeNodeFile() {
     vemtest::TempDir dir;
     const std::string path = dir.file("unit.txt");
@@ -403,15 +395,11 @@ std::string EvemCodeNodeFile() {
     EVemAddNewStmtNode(code.get(), kEVemNotStmtNode);
     EVemAddNewStmtNode(code.get(), kEVemReturnStmtNode);
     EVemNodeDump(code.get(), path.c_str());
-    return vemtest::ReadFileText(path);
-}
-
-std::string EvemNewCodeNode() {
-    evemtest::NodePtr code = Create(kEVemPouCodeNode, "");
+    evemtest::NodePtr bare = Create(kEVemPouCodeNode, "");
     Parts out;
-    out.add("new", kEDump(code.get(), ""));
-    EVemSetPouType(code.get(), kEVemPouFunctionBlock);
-    return out.add("function block", kEDump(code.get(), "")).text;
+    out.add("file", vemtest::ReadFileText(path)).add("new", kEDump(bare.get(), ""));
+    EVemSetPouType(bare.get(), kEVemPouFunctionBlock);
+    return out.add("function block", kEDump(bare.get(), "")).text;
 }
 
 // ---- segments ----
@@ -640,8 +628,7 @@ const GoldenCase kCases[] = {
     {"units_program", UnitsProgram},
     {"units_nested", UnitsNested},
     {"nodes_with_children", NodesWithChildren},
-    {"exe_switch_off", ExeSwitchOff},
-    {"exe_every_flag", ExeEveryFlag},
+    {"exe_flags", ExeFlags},
     {"exe_contents", ExeContents},
     {"exe_line_maps", ExeLineMaps},
     {"tuitask_offsets_and_paths", TaskOffsetsAndPaths},
@@ -651,8 +638,7 @@ const GoldenCase kCases[] = {
     {"task_container", TaskContainer},
     {"evem_new_statement", EvemNewStatement},
     {"evem_kinds_zero_and_one", EvemKindsZeroAndOne},
-    {"evem_kind_names", EvemKindNames},
-    {"evem_type_names", EvemTypeNames},
+    {"evem_kind_and_type_names", EvemKindAndTypeNames},
     {"evem_sign_and_accumulator", EvemSignAndAccumulator},
     {"evem_address_modes", EvemAddressModes},
     {"evem_new_and_loaded_variable", EvemNewAndLoadedVariable},
@@ -661,8 +647,7 @@ const GoldenCase kCases[] = {
     {"evem_label_and_call", EvemLabelAndCall},
     {"evem_reference_and_conversion", EvemReferenceAndConversion},
     {"evem_string_parameters", EvemStringParameters},
-    {"evem_code_node_file", EvemCodeNodeFile},
-    {"evem_new_code_node", EvemNewCodeNode},
+    {"evem_code_node", EvemCodeNodeFile},
     {"segment_kind_names", SegmentKindNames},
     {"segment_byte_sizes", SegmentByteSizes},
     {"segment_instance_tables", SegmentInstanceTables},
