@@ -353,30 +353,27 @@ std::string EvemConstantValues() {
     return Parts().add("values", text).add("no value", kEDump(bare.get(), "")).text;
 }
 
-std::string EvemLabelAndCall() {
+// Labels, calls, references, conversions and the parameters of the string functions.
+std::string EvemOperands() {
     evemtest::NodePtr label = Create(kEVemLabelDefStmtNode, "L1");
     EVemSetLabelNum(label.get(), 7);
     EVemSetOffset(label.get(), 68);
     evemtest::NodePtr call = Create(kEVemCalFunStmtNode, "F");
     EVemSetTypeName(call.get(), "FUN");
-    return Parts().add("label", kEDump(label.get(), "")).add("call", kEDump(call.get(), ".")).text;
-}
-
-std::string EvemReferenceAndConversion() {
     evemtest::NodePtr ref = Create(kEVemStRefStmtNode);
     EVemSetOffset(ref.get(), 1);
     EVemSetFarOffset(ref.get(), 2);
     evemtest::NodePtr conv = Create(kEVemBcdToTypeStmtNode);
     EVemSetInType(conv.get(), kCbeTypeWord);
     EVemSetOutType(conv.get(), kCbeTypeInt);
-    return Parts().add("reference", kEDump(ref.get(), "")).add("conversion", kEDump(conv.get(), "")).text;
-}
-
-std::string EvemStringParameters() {
     evemtest::NodePtr replace = Create(kEVemStdStringReplaceStmtNode);
     CEVemBaseNode* p = EVemCreateNode(kEVemNotStmtNode, "");
     EVemSetStdStringPParamStmtNode(replace.get(), p);
     return Parts()
+        .add("label", kEDump(label.get(), ""))
+        .add("call", kEDump(call.get(), "."))
+        .add("reference", kEDump(ref.get(), ""))
+        .add("conversion", kEDump(conv.get(), ""))
         .add("replace", Mask(kEDump(replace.get(), ""), {{p, "p"}}))
         .add("insert", kEDump(Create(kEVemStdStringInsertStmtNode).get(), ""))
         .add("delete", kEDump(Create(kEVemStdStringDeleteStmtNode).get(), ""))
@@ -644,9 +641,7 @@ const GoldenCase kCases[] = {
     {"evem_new_and_loaded_variable", EvemNewAndLoadedVariable},
     {"evem_array_indexes", EvemArrayIndexes},
     {"evem_constant_values", EvemConstantValues},
-    {"evem_label_and_call", EvemLabelAndCall},
-    {"evem_reference_and_conversion", EvemReferenceAndConversion},
-    {"evem_string_parameters", EvemStringParameters},
+    {"evem_operands", EvemOperands},
     {"evem_code_node", EvemCodeNodeFile},
     {"segment_kind_names", SegmentKindNames},
     {"segment_byte_sizes", SegmentByteSizes},
