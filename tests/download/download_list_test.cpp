@@ -84,16 +84,6 @@ Bytes& Double(Bytes& b, double value) {
 
 }  // namespace
 
-TEST(DownloadList, TailPathNameIsDirectoryFileAndIndex) {
-    CVemDownloadListEntry entry;
-    entry.SetTailPathName("D", 12);
-    EXPECT_EQ(entry.TailPathName, "D\\FILE12");
-    EXPECT_EQ(entry.Index, 12);
-    entry.SetTailPathName("", 7);  // no directory: the name stays
-    EXPECT_EQ(entry.TailPathName, "D\\FILE12");
-    EXPECT_EQ(entry.Index, 7);
-}
-
 TEST(DownloadList, SetPathNameMakesTheDirectoryBesideTheProject) {
     TempDir dir;
     MessageCapture messages;
@@ -306,6 +296,11 @@ TEST(DownloadList, StoredFormByteForByte) {
     Double(want, 1.0);  // LastIndex
     want.str("D");      // PathName
     EXPECT_EQ(Stored(list), want.v);
+    // As an object the list has class schema 1.
+    Bytes object;
+    object.u16_(0xFFFF).u16_(1).u16_(16);  // new class, class schema 1, name length
+    for (char c : std::string("CVemDownloadList")) object.u8_(static_cast<u8>(c));
+    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }), object.raw(want.v).v);
 }
 
 TEST(DownloadList, LoadFindsEntriesByIndexButNotByName) {
@@ -363,29 +358,8 @@ TEST(DownloadList, ADamagedStoredFormFailsWithoutLeaks) {
     good.u16_(0);
     Double(good, 2.0).str("D");
 
-    std::vector<std::vector<u8>> damaged = {twice.v, wrongClass.v, newer.v, nan.v, huge.v};
-    for (std::size_t cut = 0; cut < good.v.size(); ++cut) {
-        damaged.emplace_back(good.v.begin(), good.v.begin() + static_cast<long>(cut));
-    }
-    for (std::size_t i = 0; i < damaged.size(); ++i) {
-        vemtest::AllocationWatch watch;
-        {
-            CVemDownloadList loaded;
-            EXPECT_THROW(Load(loaded, damaged[i]), CArchiveException) << i;
-        }
-        EXPECT_EQ(watch.Live(), 0) << i;
-    }
+    memtest::ExpectDamagedLoadsFail<CVemDownloadList>({twice.v, wrongClass.v, newer.v, nan.v, huge.v}, good.v);
     CVemDownloadList loaded;
     Load(loaded, good.v);
     EXPECT_EQ(loaded.GetEntryByIndex(2)->Name, "B");
-}
-
-TEST(DownloadList, AsAnObjectTheListHasClassSchema1) {
-    CVemDownloadList list;
-    Bytes want;
-    want.u16_(0xFFFF).u16_(1).u16_(16);  // new class, class schema 1, name length
-    for (char c : std::string("CVemDownloadList")) want.u8_(static_cast<u8>(c));
-    want.u16_(0).u16_(0);  // no elements, schema word
-    Double(want, 0.0).str("");
-    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }), want.v);
 }

@@ -112,13 +112,15 @@ struct Index {
     tVemAddressIndex* index;
 };
 
-struct Tree {
-    explicit Tree(CVemBaseNode* n) : node(n) {}
-    ~Tree() { VemDeleteNode(node); }
-    Tree(const Tree&) = delete;
-    Tree& operator=(const Tree&) = delete;
-    CVemBaseNode* node;
-};
+using Tree = xreftest::TreePtr;
+
+CVemBaseNode* Child(CVemBaseNode* parent, const char* name) {
+    for (POSITION pos = VemGetChildList(parent)->GetHeadPosition(); pos;) {
+        auto* child = static_cast<CVemBaseNode*>(VemGetChildList(parent)->GetNext(pos));
+        if (VemGetName(child) == name) return child;
+    }
+    return nullptr;
+}
 
 tVemAddressHit At(tVemAddressIndex* index, u32 address, int expected = kVemAddrFound) {
     tVemAddressHit hit{};
@@ -178,7 +180,7 @@ class KnownLayoutTest : public ::testing::TestWithParam<Target> {};
 TEST_P(KnownLayoutTest, ElementsMembersAndGapsAnswerExactly) {
     const Target& t = GetParam();
     Tree tree(KnownLayout(t, false));
-    Index index(tree.node);
+    Index index(tree.get());
     ASSERT_NE(index.index, nullptr);
     struct Row {
         const char* name;
@@ -222,7 +224,7 @@ TEST_P(KnownLayoutTest, ElementsMembersAndGapsAnswerExactly) {
     EXPECT_STREQ(bySegment.Name, "TASK1.DINTS[1]");
     // The expanded form of the same resource answers the same for every address.
     Tree expanded(KnownLayout(t, true));
-    Index other(expanded.node);
+    Index other(expanded.get());
     for (u32 address = 0; address < kDataStart + kDataLength + 4; ++address) {
         tVemAddressHit a{}, b{};
         const int ra = VemAddrLookup(index.index, 0, address, &a);
@@ -249,11 +251,11 @@ TEST(AddressIndex, EveryPathOfABuiltResourceMapsBack) {
         vemtest::TempDir dir;
         {
             Tree built(vembuild::BuildResource(shape));
-            ASSERT_EQ(vembuild::WriteResource(built.node, dir.path(), dir.file("res1.vem")), 1);
+            ASSERT_EQ(vembuild::WriteResource(built.get(), dir.path(), dir.file("res1.vem")), 1);
         }
         Tree loaded(VemLoadNode(dir.file("res1.vem").c_str()));
-        ASSERT_NE(loaded.node, nullptr);
-        Index index(loaded.node);
+        ASSERT_NE(loaded.get(), nullptr);
+        Index index(loaded.get());
         EXPECT_EQ(VemAddrIndexTaskCount(index.index), 4);          // GLOBAL and three tasks
         EXPECT_EQ(VemAddrIndexFindTask(index.index, "task2"), 1);  // the tasks of "TASKS" come first
         ExpectPathsMapBack(index.index, {});
@@ -262,7 +264,7 @@ TEST(AddressIndex, EveryPathOfABuiltResourceMapsBack) {
 
 TEST(AddressIndex, NoVariableAndBadQueries) {
     Tree tree(KnownLayout(kTargets[0], false));
-    Index index(tree.node);
+    Index index(tree.get());
     tVemAddressHit hit{};
     // The header of the data segment holds no variable; the code segment belongs to the task.
     hit = At(index.index, kDataStart + 1, kVemAddrNoVariable);
@@ -287,16 +289,12 @@ TEST(AddressIndex, NoVariableAndBadQueries) {
 
 TEST(AddressIndex, RebuildsAfterTheTreeChanges) {
     Tree tree(KnownLayout(kTargets[0], false));
-    Index index(tree.node);
+    Index index(tree.get());
     EXPECT_STREQ(At(index.index, kDataStart + 4).Name, "TASK1.ALIAS");
     EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 1);
     CVemBaseNode* task = VemAddrIndexGetTask(index.index, 0);
     VemSetOffset(VemGetChildNodeByName(VemFindVemNodeByNameAndType(task, "S", kVemStructNode), "M0"), 2);
-    CVemBaseNode* alias = nullptr;
-    for (POSITION pos = VemGetChildList(task)->GetHeadPosition(); pos;) {
-        auto* child = static_cast<CVemBaseNode*>(VemGetChildList(task)->GetNext(pos));
-        if (VemGetName(child) == "ALIAS") alias = child;
-    }
+    CVemBaseNode* alias = Child(task, "ALIAS");
     ASSERT_NE(alias, nullptr);
     VemSetOffset(alias, 0);
     EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 0);
@@ -307,59 +305,47 @@ TEST(AddressIndex, RebuildsAfterTheTreeChanges) {
     EXPECT_EQ(At(index.index, kDataStart + 0, kVemAddrNoVariable).Node, nullptr);
     // A new alignment moves the elements that have no nodes: 45 falls in the gap behind the first.
     EXPECT_STREQ(At(index.index, kDataStart + 45).Name, "TASK1.DINTS[0]");
-    tVemDeviceSettings settings = *VemGetDeviceSettings(tree.node);
+    tVemDeviceSettings settings = *VemGetDeviceSettings(tree.get());
     settings.Alignment = 2;
-    VemSetDeviceSettings(tree.node, settings);
+    VemSetDeviceSettings(tree.get(), settings);
     EXPECT_STREQ(At(index.index, kDataStart + 45).Name, "TASK1.DINTS");
     EXPECT_STREQ(At(index.index, kDataStart + 46).Name, "TASK1.DINTS[0]");
 }
 
-CVemBaseNode* Child(CVemBaseNode* parent, const char* name) {
-    for (POSITION pos = VemGetChildList(parent)->GetHeadPosition(); pos;) {
-        auto* child = static_cast<CVemBaseNode*>(VemGetChildList(parent)->GetNext(pos));
-        if (VemGetName(child) == name) return child;
-    }
-    return nullptr;
-}
-
 // Every change that can move an answer makes the index stale; the next question rebuilds it.
 TEST(AddressIndex, EveryLayoutChangeMakesItStale) {
-    using Change = void (*)(CVemBaseNode * exe, CVemBaseNode * task, CVemBaseNode * v);
+    struct Where {
+        CVemBaseNode *exe, *t, *v;
+    };
+    using Change = void (*)(const Where&);
     const std::pair<const char*, Change> kChanges[] = {
-        {"rename", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetName(v, "W"); }},
-        {"offset", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetOffset(v, 6); }},
-        {"size", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetSize(v, 4); }},
-        {"type", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetVariableType(v, kCbeTypeWord); }},
-        {"segment", [](CVemBaseNode*, CVemBaseNode*, CVemBaseNode* v) { VemSetParentSegment(v, 1); }},
-        {"unit segments", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSetSegmentNumbers(t, 1, 2, 0, 0); }},
-        {"child added",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemAddChildTail(t, Var("N", 0, kCbeTypeInt, 2)); }},
-        {"child deleted", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode* v) { VemDeleteChildNode(t, v); }},
-        {"expanded", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemExpandArray(t); }},
+        {"rename", [](const Where& a) { VemSetName(a.v, "W"); }},
+        {"offset", [](const Where& a) { VemSetOffset(a.v, 6); }},
+        {"size", [](const Where& a) { VemSetSize(a.v, 4); }},
+        {"type", [](const Where& a) { VemSetVariableType(a.v, kCbeTypeWord); }},
+        {"segment", [](const Where& a) { VemSetParentSegment(a.v, 1); }},
+        {"unit segments", [](const Where& a) { VemSetSegmentNumbers(a.t, 1, 2, 0, 0); }},
+        {"child added", [](const Where& a) { VemAddChildTail(a.t, Var("N", 0, kCbeTypeInt, 2)); }},
+        {"child deleted", [](const Where& a) { VemDeleteChildNode(a.t, a.v); }},
+        {"expanded", [](const Where& a) { VemExpandArray(a.t); }},
         {"bounds",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) {
-             VemSetDimRange4Index(VemGetRange(Child(t, "INTS")), 0, tVemDimRange{1, 9, 0});
+         [](const Where& a) {
+             VemSetDimRange4Index(VemGetRange(Child(a.t, "INTS")), 0, tVemDimRange{1, 9, 0});
          }},
-        {"string length",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSetArrayElementSizeOfType(Child(t, "STRS"), 7); }},
+        {"string length", [](const Where& a) { VemSetArrayElementSizeOfType(Child(a.t, "STRS"), 7); }},
         {"segment added",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) {
-             VemSegTblAddNewSegment(VemGetSegmentTable(t), Segment(kTargets[0], 8));
-         }},
-        {"segment deleted",
-         [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemSegTblDeleteSegment(VemGetSegmentTable(t), 2); }},
-        {"segment grown", [](CVemBaseNode*, CVemBaseNode* t,
-                             CVemBaseNode*) { VemBaAppendByte(VemSegTblGetSegment(VemGetSegmentTable(t), 2), 0); }},
-        {"segment start", [](CVemBaseNode*, CVemBaseNode* t, CVemBaseNode*) { VemAddNewSegmentLength(t, 4); }},
-        {"device settings", [](CVemBaseNode* exe, CVemBaseNode*,
-                               CVemBaseNode*) { VemSetDeviceSettings(exe, *VemGetDeviceSettings(exe)); }},
+         [](const Where& a) { VemSegTblAddNewSegment(VemGetSegmentTable(a.t), Segment(kTargets[0], 8)); }},
+        {"segment deleted", [](const Where& a) { VemSegTblDeleteSegment(VemGetSegmentTable(a.t), 2); }},
+        {"segment grown", [](const Where& a) { VemBaAppendByte(VemSegTblGetSegment(VemGetSegmentTable(a.t), 2), 0); }},
+        {"segment start", [](const Where& a) { VemAddNewSegmentLength(a.t, 4); }},
+        {"device settings", [](const Where& a) { VemSetDeviceSettings(a.exe, *VemGetDeviceSettings(a.exe)); }},
     };
     for (const auto& [what, change] : kChanges) {
         Tree tree(KnownLayout(kTargets[0], false));
-        Index index(tree.node);
+        Index index(tree.get());
         CVemBaseNode* task = VemAddrIndexGetTask(index.index, 0);
         ASSERT_EQ(VemAddrIndexIsCurrent(index.index), 1) << what;
-        change(tree.node, task, Child(task, "V"));
+        change({tree.get(), task, Child(task, "V")});
         EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 0) << what;
         tVemAddressHit hit{};
         VemAddrLookup(index.index, 0, kDataStart + 4, &hit);
@@ -370,7 +356,7 @@ TEST(AddressIndex, EveryLayoutChangeMakesItStale) {
 TEST(AddressIndex, LargestArrayAndDeepInstances) {
     // 65,535 BOOL elements without nodes, from offset 0 of a segment that holds them all.
     Tree tree(KnownLayout(kTargets[0], false));
-    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.node).index, 0);
+    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.get()).index, 0);
     CVemBaseNode* big = Array("BIG", 0, 1, 65535, Var("", 0, kCbeTypeBool, 1));
     VemAddChildTail(task, big);
     VemSetParentSegment(big, 3);
@@ -392,7 +378,7 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
         VemSetSegmentNumbers(fb, 2, 0xFFFF, 0xFFFF, 0xFFFF);
         VemAddChildTail(task, fb);
     }
-    Index index(tree.node);
+    Index index(tree.get());
     const u32 bigStart = kDataStart + kDataLength;
     const tVemAddressHit last = At(index.index, bigStart + 65534);
     EXPECT_STREQ(last.Name, "TASK1.BIG[65535]");
@@ -407,7 +393,7 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
 
 TEST(AddressIndex, HostileShapesAreAnsweredWithoutHarm) {
     Tree tree(KnownLayout(kTargets[0], false));
-    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.node).index, 0);
+    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.get()).index, 0);
     // A block whose instance refers to the block itself, an array without bounds, one of more
     // elements than a node holds, one of elements of size 0, and a variable of no segment.
     CVemBaseNode* fb = VemCreateCVemFbNode("SELF : LOOP", "C:\\PRJ\\LOOP.st");
@@ -428,7 +414,7 @@ TEST(AddressIndex, HostileShapesAreAnsweredWithoutHarm) {
     for (CVemBaseNode* v : {unbounded, huge, empty, lost}) VemAddChildTail(task, v);
     for (CVemBaseNode* v : {unbounded, huge, empty}) VemSetParentSegment(v, 2);
     VemSetParentSegment(lost, 0x1FFF);
-    Index index(tree.node);
+    Index index(tree.get());
     EXPECT_STREQ(At(index.index, kDataStart + 100).Name, "TASK1.SELF.Y");
     EXPECT_STREQ(At(index.index, kDataStart + 92).Name, "TASK1.NOBOUNDS[0,0,0,1]");
     EXPECT_STREQ(At(index.index, kDataStart + 105).Name, "TASK1.HUGE");  // the array, no element
@@ -452,7 +438,7 @@ struct CodeIndex {
 TEST(CodeIndex, OffsetToStatement) {
     vembuild::ResourceShape shape;  // statements at 0, 4, 8 on lines 10, 11, 12; 20 bytes of code
     Tree tree(vembuild::BuildResource(shape));
-    CodeIndex index(tree.node);
+    CodeIndex index(tree.get());
     ASSERT_NE(index.index, nullptr);
     struct Row {
         const char* unit;
@@ -503,8 +489,8 @@ TEST(CodeIndex, LastInChainOrderAndUnitsWithoutCode) {
         EVemSetUcodeOffset(s, offsets[i]);
     }
     EVemAddNewStmtNode(code, kEVemLdVariableStmtNode);  // no code offset: takes no part
-    VemGetEvemRootNodeListPtr(tree.node)->AddTail(code);
-    CodeIndex index(tree.node);
+    VemGetEvemRootNodeListPtr(tree.get())->AddTail(code);
+    CodeIndex index(tree.get());
     const std::pair<u32, u16> expected[] = {{2, 1}, {5, 3}, {8, 3}, {100, 3}};
     for (const auto& [offset, line] : expected) {
         tVemCodeHit hit{};
@@ -519,11 +505,11 @@ TEST(CodeIndex, LastInChainOrderAndUnitsWithoutCode) {
     {
         xreftest::SwitchOff off;
         Tree bare(vembuild::BuildResource(shape));
-        CodeIndex none(bare.node);
+        CodeIndex none(bare.get());
         EXPECT_EQ(VemCodeLookup(none.index, "FB0", 0, &hit), 0);
         EXPECT_EQ(hit.Failure, kVemCodeNoModel);
         LurSetEvemEnabled(1);
-        CodeIndex noCode(bare.node);
+        CodeIndex noCode(bare.get());
         EXPECT_EQ(VemCodeLookup(noCode.index, "C:\\PRJ\\FB0.st", 0, &hit), 0);
         EXPECT_EQ(hit.Failure, kVemCodeNoCodeNode);
         LurSetEvemEnabled(0);
@@ -569,26 +555,26 @@ TEST(LayoutDiff, WhatChangedAndTheVerdict) {
     Tree a(vembuild::BuildResource(shape));
     {
         Tree same(vembuild::BuildResource(shape));
-        Diff equal(VemDiffNew(a.node, same.node));
+        Diff equal(VemDiffNew(a.get(), same.get()));
         EXPECT_EQ(VemDiffCount(equal.diff), 0);
         EXPECT_EQ(VemDiffVerdict(equal.diff), kVemDiffEqual);
     }
     Tree b(vembuild::BuildResource(shape));
-    VemSetOffset(Find(b.node, "TASK1", "TASK1.V1"), 40);
-    VemSetSize(Find(b.node, "TASK1", "TASK1.V2"), 4);
-    VemSetVariableType(Find(b.node, "TASK2", "TASK2.S0.M1"), kCbeTypeUint);
-    CVemBaseNode* v7 = Find(b.node, "TASK2", "TASK2.V7");
-    VemDeleteChildNode(b.node, v7);
+    VemSetOffset(Find(b.get(), "TASK1", "TASK1.V1"), 40);
+    VemSetSize(Find(b.get(), "TASK1", "TASK1.V2"), 4);
+    VemSetVariableType(Find(b.get(), "TASK2", "TASK2.S0.M1"), kCbeTypeUint);
+    CVemBaseNode* v7 = Find(b.get(), "TASK2", "TASK2.V7");
+    VemDeleteChildNode(b.get(), v7);
     CVemBaseNode* added = Var("NEW", 60, kCbeTypeInt, 2);
-    VemAddChildTail(TaskOf(b.node, "TASK1"), added);
+    VemAddChildTail(TaskOf(b.get(), "TASK1"), added);
     VemSetParentSegment(added, 2);
-    CSegmentTable* table = VemGetSegmentTable(TaskOf(b.node, "TASK1"));
+    CSegmentTable* table = VemGetSegmentTable(TaskOf(b.get(), "TASK1"));
     VemBaPatchByte(VemSegTblGetSegment(table, 3), 0, 0xEE);  // code of FBI0 in TASK1
-    tVemDeviceSettings settings = *VemGetDeviceSettings(b.node);
+    tVemDeviceSettings settings = *VemGetDeviceSettings(b.get());
     settings.MaxWatchEntries = 65;
-    VemSetDeviceSettings(b.node, settings);
-    Diff diff(VemDiffNew(a.node, b.node));
-    CVemByteArray* oldCode = VemSegTblGetSegment(VemGetSegmentTable(TaskOf(a.node, "TASK1")), 3);
+    VemSetDeviceSettings(b.get(), settings);
+    Diff diff(VemDiffNew(a.get(), b.get()));
+    CVemByteArray* oldCode = VemSegTblGetSegment(VemGetSegmentTable(TaskOf(a.get(), "TASK1")), 3);
     const std::vector<std::string> expected = {
         "8  MaxWatchEntries 0 64>65",
         "3 TASK1 TASK1.V1 1 >",
@@ -616,22 +602,22 @@ TEST(LayoutDiff, IncompatibleAndFiles) {
     shape.alignment = 4;
     shape.tasks = 3;
     Tree b(vembuild::BuildResource(shape));
-    Diff diff(VemDiffNew(a.node, b.node));
+    Diff diff(VemDiffNew(a.get(), b.get()));
     EXPECT_EQ(VemDiffVerdict(diff.diff), kVemDiffIncompatible);
     EXPECT_STREQ(VemDiffReason(diff.diff), "the target's Alignment differs; task TASK3 is new");
-    VemSetName(b.node, "RES2");
-    Diff other(VemDiffNew(a.node, b.node));
+    VemSetName(b.get(), "RES2");
+    Diff other(VemDiffNew(a.get(), b.get()));
     EXPECT_EQ(VemDiffVerdict(other.diff), kVemDiffIncompatible);
     EXPECT_STREQ(VemDiffReason(other.diff),
                  "different resources RES1 and RES2; compared: the device settings and the tasks TASK1, TASK2, GLOBAL");
     EXPECT_EQ(other.Lines().front(), "9   0 RES1>RES2");
-    EXPECT_EQ(VemDiffNew(a.node, nullptr), nullptr);
-    EXPECT_EQ(VemDiffNew(VemGetFirstNodeOfType(a.node, kVemTuiTaskNode), a.node), nullptr);
+    EXPECT_EQ(VemDiffNew(a.get(), nullptr), nullptr);
+    EXPECT_EQ(VemDiffNew(VemGetFirstNodeOfType(a.get(), kVemTuiTaskNode), a.get()), nullptr);
     // Files: the same resource written twice is equal; a file that does not load gives null.
     vemtest::TempDir dir1, dir2;
-    ASSERT_EQ(vembuild::WriteResource(a.node, dir1.path(), dir1.file("a.vem")), 1);
+    ASSERT_EQ(vembuild::WriteResource(a.get(), dir1.path(), dir1.file("a.vem")), 1);
     Tree again(vembuild::BuildResource(vembuild::ResourceShape{}));
-    ASSERT_EQ(vembuild::WriteResource(again.node, dir2.path(), dir2.file("b.vem")), 1);
+    ASSERT_EQ(vembuild::WriteResource(again.get(), dir2.path(), dir2.file("b.vem")), 1);
     Diff files(VemDiffFiles(dir1.file("a.vem").c_str(), dir2.file("b.vem").c_str()));
     ASSERT_NE(files.diff, nullptr);
     EXPECT_EQ(VemDiffVerdict(files.diff), kVemDiffEqual);

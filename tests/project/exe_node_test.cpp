@@ -29,52 +29,6 @@ CVemBaseNode* AddTaskWithCode(CVemBaseNode* parent, const char* name, const char
 
 }  // namespace
 
-TEST_F(ExeNode, NewNodeHasTwoEmptyTablesAndDefinedSettings) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    EXPECT_EQ(VemGetNodeType(exe.get()), kVemExeNode);
-    ASSERT_NE(VemGetSegmentTable(exe.get()), nullptr);
-    ASSERT_NE(VemGetComponentList(exe.get()), nullptr);
-    EXPECT_NE(VemGetSegmentTable(exe.get()), VemGetComponentList(exe.get()));
-    EXPECT_EQ(VemGetTaskDefSegment(exe.get()), nullptr);
-    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 0);
-    const tVemDeviceSettings* settings = VemGetDeviceSettings(exe.get());
-    ASSERT_NE(settings, nullptr);
-    EXPECT_EQ(settings->Alignment, 1);
-    EXPECT_EQ(settings->ByteSize, 1);
-    EXPECT_EQ(settings->IpType, 0);
-    EXPECT_EQ(settings->MaxWatchEntries, 0);
-    EXPECT_STREQ(VemGetDatacontFilesProjectName(exe.get()), "");
-    EXPECT_EQ(VemGetDatacontFilesUserLevel(exe.get(), 0), 0);
-    EXPECT_EQ(VemGetNodePath2NodeList(exe.get()), nullptr);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(exe.get(), "X"), 0u);
-}
-
-TEST_F(ExeNode, ResourceBehaviourStays) {
-    NodePtr exe = MakeNode(kVemExeNode, "C:\\PRJ\\res1.obj");
-    VemSetConfigName(exe.get(), "..\\cfg\\main.cfg");
-    EXPECT_EQ(VemGetNodeText(exe.get()), CString("RES1  -  MAIN"));
-    VemAddChildTail(exe.get(), MakeNode(kVemBaseNode).release());
-    EXPECT_EQ(VemGetNoOfTask(exe.get()), 1);
-    VemSetPathName(exe.get(), "C:\\PRJ\\res1.obj");
-    EXPECT_EQ(VemGetObjFileName(exe.get()), CString("C:\\PRJ\\res1.obj"));
-}
-
-TEST_F(ExeNode, SettingsAreCopiedWholeAndMotorolaIsAField) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    tVemDeviceSettings settings{};
-    settings.Alignment = 4;
-    settings.IpType = 9;
-    settings.MotorolaFormat = 1;
-    VemSetDeviceSettings(exe.get(), settings);
-    settings.IpType = 10;
-    EXPECT_EQ(VemGetDeviceSettings(exe.get())->IpType, 9);
-    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 1);
-    VemSetMotorolaFormat(exe.get(), 0);
-    EXPECT_EQ(VemGetDeviceSettings(exe.get())->MotorolaFormat, 0);
-    VemSetDeviceSettings(exe.get(), settings);
-    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 1);
-}
-
 TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
     NodePtr exe = MakeNode(kVemExeNode);
     CSegmentTable* segments = VemSegTblNew();
@@ -93,25 +47,6 @@ TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
     EXPECT_EQ(VemGetTaskDefSegment(exe.get()), taskDefs);
     EXPECT_EQ(exe->GetTaskDefSegmentBytePointer(), VemBaGetBytePointer(taskDefs));
     EXPECT_EQ(exe->GetTaskDefSegmentBytePointer()[0], 0x02);
-}
-
-// Project name and user level go through a store and load in the record tests.
-TEST_F(ExeNode, ContainerFilesOfTheExecutableOnly) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    VemSetDatacontFilesProjectName(task.get(), "PROJECT");
-    EXPECT_EQ(VemGetDatacontFilesProjectName(task.get()), nullptr);
-    CStringList keys;
-    EXPECT_EQ(VemGetContainerFileList(exe.get(), &keys), 1);
-    EXPECT_EQ(VemSetContainerFileCheckSum(exe.get(), "NONE", 1), 0);
-}
-
-TEST_F(ExeNode, AbsoluteOffsetsWorkAsOnATask) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    VemAddNewSegmentLength(exe.get(), 100);
-    VemAddNewSegmentLength(exe.get(), 50);
-    EXPECT_EQ(VemGetAbsOffset(exe.get(), 3), 150u);
-    EXPECT_THROW(VemGetAbsOffset(exe.get(), 4), CInvalidArgException);
 }
 
 TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
@@ -162,22 +97,6 @@ TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
     EXPECT_EQ(VemGetProgramNr(inPlain), 1);
     EXPECT_EQ(VemGetProgramNr(inOther), 0);
     EXPECT_EQ(VemGetProgramNr(inLower), 0);
-}
-
-TEST_F(ExeNode, OneCodeNodePerUnitWhateverTheCase) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    NodePtr first = MakeNode(kVemTuiTaskNode, "T1");
-    NodePtr second = MakeNode(kVemTuiTaskNode, "T2");
-    VemGetEvemRootNodeListPtr(first.get())->AddTail(CodeNode("C:\\PRJ\\FB.st"));
-    VemGetEvemRootNodeListPtr(first.get())->AddTail(CodeNode("C:\\PRJ\\T1.st"));
-    VemGetEvemRootNodeListPtr(second.get())->AddTail(CodeNode("c:\\prj\\fb.ST"));
-    VemGetEvemRootNodeListPtr(second.get())->AddTail(CodeNode("C:\\PRJ\\T2.st"));
-    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), first.get()), 1);
-    EXPECT_EQ(VemAddFilteredEvemNodes(exe.get(), second.get()), 1);
-    EXPECT_EQ(CodeNodePaths(exe.get()),
-              (std::vector<std::string>{"C:\\PRJ\\FB.st", "C:\\PRJ\\T1.st", "C:\\PRJ\\T2.st"}));
-    EXPECT_TRUE(VemGetEvemRootNodeListPtr(first.get())->IsEmpty());
-    EXPECT_TRUE(VemGetEvemRootNodeListPtr(second.get())->IsEmpty());
 }
 
 TEST_F(ExeNode, UndefinedCodeNodeIsDeleted) {

@@ -121,7 +121,8 @@ std::size_t SettingsOffset(const std::vector<u8>& record) {
 
 }  // namespace
 
-TEST_F(ExeRecord, DeviceSettingsTakeTheir129Bytes) {
+// The settings take their 129 bytes; they load widened, without the reserved bytes.
+TEST_F(ExeRecord, DeviceSettingsTakeTheir129BytesAndLoadWidened) {
     LurSetEvemEnabled(0);
     NodePtr exe = ExeWithSettings();
     const std::vector<u8> record = StoreRecord(exe.get());
@@ -129,11 +130,6 @@ TEST_F(ExeRecord, DeviceSettingsTakeTheir129Bytes) {
     const std::vector<u8> tail = EmptyTail(kDistinctSettingsBytes);
     ASSERT_GT(record.size(), tail.size());
     EXPECT_EQ(std::vector<u8>(record.end() - static_cast<long>(tail.size()), record.end()), tail);
-}
-
-TEST_F(ExeRecord, SettingsLoadWidenedAndWithoutTheReservedBytes) {
-    NodePtr exe = ExeWithSettings();
-    const std::vector<u8> record = StoreRecord(exe.get());
     NodePtr loaded = MakeNode(kVemExeNode);
     EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
     const tVemDeviceSettings* s = VemGetDeviceSettings(loaded.get());
@@ -146,17 +142,6 @@ TEST_F(ExeRecord, SettingsLoadWidenedAndWithoutTheReservedBytes) {
     EXPECT_STREQ(VemGetDatacontFilesProjectName(loaded.get()), "AB");
     EXPECT_EQ(VemGetDatacontFilesUserLevel(loaded.get(), 0), 0x0203);
     EXPECT_EQ(StoreRecord(loaded.get()), record);
-}
-
-TEST_F(ExeRecord, MotorolaFormatHoldsSixteenBits) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    VemSetMotorolaFormat(exe.get(), 1);
-    NodePtr loaded = MakeNode(kVemExeNode);
-    LoadRecord(loaded.get(), StoreRecord(exe.get()));
-    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 1);
-    VemSetMotorolaFormat(exe.get(), 65536);
-    LoadRecord(loaded.get(), StoreRecord(exe.get()));
-    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 0);
 }
 
 // The marker and the reserved bytes are not looked at; an alignment of 0 is stored as it is.
@@ -212,31 +197,6 @@ TEST_F(ExeRecord, TablesEntryContainerAndCodeNodesComeBack) {
     EXPECT_EQ(StoreRecord(loaded.get()), record);
 }
 
-// Filtering does not know what a load brought: its names are not stored.
-TEST_F(ExeRecord, FilteredNamesAreNotStored) {
-    NodePtr exe = MakeNode(kVemExeNode);
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
-    VemAddFilteredEvemNodes(exe.get(), task.get());
-    NodePtr loaded = MakeNode(kVemExeNode);
-    LoadRecord(loaded.get(), StoreRecord(exe.get()));
-    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
-    VemAddFilteredEvemNodes(loaded.get(), task.get());
-    EXPECT_EQ(CodeNodePaths(loaded.get()).size(), 2u);
-}
-
-TEST_F(ExeRecord, SwitchOnWhenWrittenLeavesBytesWhenReadOff) {
-    NodePtr exe = ExeWithSettings();
-    VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
-    const std::vector<u8> on = StoreRecord(exe.get());
-    LurSetEvemEnabled(0);
-    const std::vector<u8> off = StoreRecord(exe.get());
-    EXPECT_EQ(std::vector<u8>(on.begin(), on.begin() + static_cast<long>(off.size())), off);
-    NodePtr loaded = MakeNode(kVemExeNode);
-    EXPECT_EQ(LoadRecord(loaded.get(), on), on.size() - off.size());
-    EXPECT_TRUE(VemGetEvemRootNodeListPtr(loaded.get())->IsEmpty());
-}
-
 // Version 0 held a download list and a byte buffer behind the tables and one more buffer behind
 // the task definition segment.
 TEST_F(ExeRecord, VersionZeroLoadsWithTheOldRowsDropped) {
@@ -265,20 +225,4 @@ TEST_F(ExeRecord, VersionZeroLoadsWithTheOldRowsDropped) {
     EXPECT_EQ(VemGetDeviceSettings(loaded.get())->IpType, 0x17);
     EXPECT_STREQ(VemGetDatacontFilesProjectName(loaded.get()), "AB");
     EXPECT_EQ(StoreRecord(loaded.get()), current);
-}
-
-// Written with the switch off, a file fails to load with it on; so does a newer version.
-TEST_F(ExeRecord, SwitchOffWhenWrittenAndNewerVersionFailTheLoad) {
-    LurSetEvemEnabled(0);
-    vemtest::TempDir dir;
-    NodePtr exe = ExeWithSettings();
-    ASSERT_EQ(VemWriteNode(exe.get(), dir.file("exe.vem").c_str()), 1);
-    std::vector<u8> bytes = vemtest::ReadFileBytes(dir.file("exe.vem"));
-    bytes[bytes.size() - EmptyTail(kDistinctSettingsBytes).size()] = 2;
-    vemtest::WriteFileBytes(dir.file("new.vem"), bytes);
-    vemtest::MessageCapture messages;
-    EXPECT_EQ(VemLoadNode(dir.file("new.vem").c_str()), nullptr);
-    LurSetEvemEnabled(1);
-    EXPECT_EQ(VemLoadNode(dir.file("exe.vem").c_str()), nullptr);
-    EXPECT_TRUE(messages.texts().empty());
 }

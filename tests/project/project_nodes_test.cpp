@@ -6,20 +6,13 @@ using vemtest::ChildNames;
 using vemtest::NewNode;
 using vemtest::Frame;
 using vemtest::ReadFileBytes;
-using vemtest::ReadFileText;
 using vemtest::TempDir;
-using vemtest::WriteFileBytes;
 
 namespace {
 
 // Base record of a childless node with an empty extra text.
 Bytes& BaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::string& name) {
     return b.u16_(0).u8_(type).u8_(expanded).str(name).u32_(0).u8_(0).u16_(0);
-}
-
-CVemBaseNode* LoadBytes(const TempDir& dir, const std::vector<u8>& bytes) {
-    WriteFileBytes(dir.file("in.vem"), bytes);
-    return VemLoadNode(dir.file("in.vem").c_str());
 }
 
 }  // namespace
@@ -117,95 +110,6 @@ TEST(ProjectNodes, PathNameBelongsToTheResource) {
     VemDeleteNode(res);
 }
 
-TEST(ProjectNodes, ResourceRecordByteForByte) {
-    TempDir dir;
-    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
-    VemSetConfigName(res, "C");
-    VemSetPathName(res, "not stored");
-    ASSERT_EQ(VemWriteNode(res, dir.file("r.vem").c_str()), 1);
-    Bytes want = Frame(13);
-    BaseRecord(want, 13, 1, "R");
-    want.u16_(0);   // schema word of the resource record
-    want.str("C");  // ConfigName
-    EXPECT_EQ(ReadFileBytes(dir.file("r.vem")), want.v);
-    VemDeleteNode(res);
-}
-
-TEST(ProjectNodes, ResourceLoadsWithItsChildrenAndNoCount) {
-    TempDir dir;
-    CVemBaseNode* project = NewNode(kVemProjectNode, "P");
-    CVemBaseNode* config = NewNode(kVemConfigNode, "K");
-    CVemBaseNode* res = NewNode(kVemResourceNode, "C:\\PRJ\\res1.obj");
-    VemSetConfigName(res, "..\\cfg\\main.cfg");
-    VemSetPathName(res, "C:\\PRJ\\res1.obj");
-    VemAddChildTail(project, config);
-    VemAddChildTail(config, res);
-    VemAddChildTail(res, NewNode(kVemTaskNode, "\\KOMPO.SYS\\T1"));
-    VemAddChildTail(res, NewNode(kVemBaseNode, "Global - Resource"));
-    ASSERT_EQ(VemWriteNode(project, dir.file("p.vem").c_str()), 1);
-    VemDeleteNode(project);
-
-    CVemBaseNode* loaded = VemLoadNode(dir.file("p.vem").c_str());
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetNodeType(loaded), kVemProjectNode);
-    CVemBaseNode* cfg = VemGetFirstNodeOfType(loaded, kVemConfigNode);
-    ASSERT_NE(cfg, nullptr);
-    EXPECT_EQ(cfg->Expanded, 0);
-    CVemBaseNode* r = VemGetFirstNodeOfType(cfg, kVemResourceNode);
-    ASSERT_NE(r, nullptr);
-    EXPECT_EQ(VemGetParentNode(r), cfg);
-    EXPECT_EQ(ChildNames(r), (std::vector<std::string>{"\\KOMPO.SYS\\T1", "Global - Resource"}));
-    EXPECT_EQ(VemGetConfigName(r), "..\\cfg\\main.cfg");
-    EXPECT_EQ(VemGetPathName(r), "");
-    EXPECT_EQ(VemGetNoOfTask(r), 0);
-    EXPECT_EQ(VemGetNodeText(r), "RES1  -  MAIN");
-    EXPECT_EQ(VemGetNodeText(VemGetFirstNodeOfType(r, kVemTaskNode)), "T1");
-
-    // The count is 16 bits wide and wraps: a deletion through a freshly loaded resource.
-    VemDeleteChildNode(r, VemGetFirstNodeOfType(r, kVemBaseNode));
-    EXPECT_EQ(VemGetNoOfTask(r), 65535);
-    VemDeleteNode(loaded);
-}
-
-TEST(ProjectNodes, ARecordOfANewerVersionDoesNotLoad) {
-    TempDir dir;
-    struct Case {
-        unsigned type;
-        unsigned expanded;
-        bool hasConfigName;
-    };
-    for (const Case& c : {Case{13, 1, true}, Case{14, 0, false}, Case{15, 1, false}, Case{11, 1, false}}) {
-        for (unsigned schema : {0u, 1u}) {
-            Bytes b = Frame(c.type);
-            BaseRecord(b, c.type, c.expanded, "N");
-            b.u16_(schema);
-            if (c.hasConfigName) b.str("C");
-            CVemBaseNode* n = LoadBytes(dir, b.v);
-            EXPECT_EQ(n != nullptr, schema == 0) << c.type;
-            if (n) VemDeleteNode(n);
-        }
-    }
-    // A resource record that ends before its ConfigName.
-    Bytes cut = Frame(13);
-    BaseRecord(cut, 13, 1, "N").u16_(0);
-    EXPECT_EQ(LoadBytes(dir, cut.v), nullptr);
-}
-
-TEST(ProjectNodes, CloneOfAnUpperLevelIsAPlainBaseNode) {
-    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
-    VemSetConfigName(res, "C");
-    VemAddChildTail(res, NewNode(kVemTaskNode, "T"));
-    CVemBaseNode* copy = VemClone(res);
-    EXPECT_EQ(copy->GetRuntimeClass(), RUNTIME_CLASS(CVemBaseNode));
-    EXPECT_EQ(VemGetNodeType(copy), kVemResourceNode);
-    EXPECT_EQ(VemGetConfigName(copy), "");
-    EXPECT_EQ(VemGetNodeText(copy), "R");
-    ASSERT_EQ(ChildNames(copy), (std::vector<std::string>{"T"}));
-    EXPECT_EQ(VemGetParentNode(copy), nullptr);
-    VemDeleteNode(copy);
-    VemDeleteNode(res);
-}
-
 TEST(TaskNode, TextDropsOneBackslashAndTheSystemDirectory) {
     struct Case {
         const char* name;
@@ -222,24 +126,31 @@ TEST(TaskNode, TextDropsOneBackslashAndTheSystemDirectory) {
     }
 }
 
-TEST(TaskNode, ResourceNameIsNotStored) {
+// The resource stores its ConfigName but not its PathName; the task not its resource's name.
+TEST(ProjectNodes, RecordsByteForByte) {
     TempDir dir;
+    CVemBaseNode* res = NewNode(kVemResourceNode, "R");
+    VemSetConfigName(res, "C");
+    VemSetPathName(res, "not stored");
+    Bytes resource = Frame(13);
+    BaseRecord(resource, 13, 1, "R").u16_(0).str("C");  // schema word of the resource record, ConfigName
     CVemBaseNode* task = NewNode(kVemTaskNode, "T");
     VemSetResourceName(task, "RES");
     EXPECT_EQ(VemGetResourceName(task), "RES");
     VemAddChildTail(task, NewNode(kVemBaseNode, "child"));
-    ASSERT_EQ(VemWriteNode(task, dir.file("t.vem").c_str()), 1);
-    Bytes want = Frame(11);
-    want.u16_(0).u8_(11).u8_(1).str("T").u32_(0).u8_(0).u16_(1);  // base record with one child
-    want.u8_(1);
-    BaseRecord(want, 1, 1, "child");
-    want.u16_(0);  // schema word of the task record
-    EXPECT_EQ(ReadFileBytes(dir.file("t.vem")), want.v);
-    VemDeleteNode(task);
-
-    CVemBaseNode* loaded = VemLoadNode(dir.file("t.vem").c_str());
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(VemGetResourceName(loaded), "");
-    EXPECT_EQ(ChildNames(loaded), (std::vector<std::string>{"child"}));
-    VemDeleteNode(loaded);
+    Bytes withChild = Frame(11);
+    withChild.u16_(0).u8_(11).u8_(1).str("T").u32_(0).u8_(0).u16_(1).u8_(1);  // base record with one child
+    BaseRecord(withChild, 1, 1, "child").u16_(0);                             // schema word of the task record
+    const std::pair<CVemBaseNode*, std::vector<u8>> rows[] = {{res, resource.v}, {task, withChild.v}};
+    for (auto [node, want] : rows) {
+        ASSERT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
+        EXPECT_EQ(ReadFileBytes(dir.file("n.vem")), want);
+        VemDeleteNode(node);
+        CVemBaseNode* loaded = VemLoadNode(dir.file("n.vem").c_str());
+        ASSERT_NE(loaded, nullptr);
+        EXPECT_EQ(VemGetResourceName(loaded), "");
+        ASSERT_EQ(VemWriteNode(loaded, dir.file("again.vem").c_str()), 1);
+        EXPECT_EQ(ReadFileBytes(dir.file("again.vem")), want);
+        VemDeleteNode(loaded);
+    }
 }

@@ -22,7 +22,9 @@ using vemtest::Bytes;
 using vemtest::Frame;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
+using vemtest::WriteContainerFile;
 using vemtest::WriteFileBytes;
+using vemtest::WriteObjectFile;
 
 namespace {
 
@@ -179,27 +181,6 @@ TEST(Reliability, ChainStatementsThatNameTheKindOfAnotherClassAreRefused) {
     EXPECT_EQ(LoadCode(old.v), CArchiveException::badClass);
     EXPECT_EQ(CEVemBaseNode::LiveCount(), before);
 }
-
-namespace {
-
-void WriteObjectFile(const std::string& path, CVemBaseNode* node) {
-    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
-    CArchive ar(&file, CArchive::store);
-    ASSERT_EQ(VemWriteObject(node, ar), 1);
-    ar.Close();
-}
-
-// A node file whose container maps the tasks to the files.
-void WriteContainerFile(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks) {
-    CVemBaseNode* root = VemNewNode(kVemResourceNode);
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(root, container);
-    for (const auto& [name, file] : tasks) VemTaskCompiled(container, name.c_str(), file.c_str());
-    ASSERT_EQ(VemWriteNode(root, path.c_str()), 1);
-    VemDeleteNode(root);
-}
-
-}  // namespace
 
 // Fifteen files, each naming the next one three times, were read 3^14 times in one load.
 TEST(Reliability, ATaskFileIsReadOnceInALoad) {

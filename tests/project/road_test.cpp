@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "alloc_hook.h"
+#include "compiled_test_util.h"
 #include "resource_builder.h"
 #include "test_util.h"
 #include "vem_settings.h"
@@ -11,6 +12,7 @@
 using vemtest::MessageCapture;
 using vemtest::TempDir;
 
+using compiledtest::CodeNodePaths;
 using vemtest::ChildNames;
 
 namespace {
@@ -29,15 +31,6 @@ CVemBaseNode* Task(CVemBaseNode* exe, int index) {
 
 CVemBaseNode* GlobalTask(CVemBaseNode* exe) {
     return Child(Child(exe, vembuild::kGlobalName, kVemBaseNode), vembuild::kGlobalTaskName, kVemTuiTaskNode);
-}
-
-std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
-    std::vector<std::string> paths;
-    CObList* list = VemGetEvemRootNodeListPtr(node);
-    for (POSITION pos = list->GetHeadPosition(); pos;) {
-        paths.push_back(EVemGetPathName(static_cast<CEVemBaseNode*>(list->GetNext(pos))).str());
-    }
-    return paths;
 }
 
 class Road : public ::testing::Test {
@@ -154,15 +147,18 @@ TEST_F(Road, WithoutTheStatementModel) {
 // The files of a resource read back only with the switch with which they were written. A task
 // file alone would load with its code node count left unread behind the record; but GLOBAL stands
 // inline in the node file, so the executable's own fields are read two bytes too early and the file
-// ends before them: the load fails, without a message.
-TEST_F(Road, SwitchOnWhenWrittenAndOffWhenRead) {
-    Write(shape_);
-    LurSetEvemEnabled(0);
-    MessageCapture messages;
-    vemtest::AllocationWatch watch;
-    EXPECT_EQ(VemLoadNode(NodeFile().c_str()), nullptr);
-    EXPECT_EQ(watch.Live(), 0);
-    EXPECT_TRUE(messages.texts().empty());
+// ends before them: the load fails, without a message. Written off and read on, it fails as well.
+TEST_F(Road, TheSwitchWhenWrittenAndWhenRead) {
+    for (int written : {1, 0}) {
+        LurSetEvemEnabled(written);
+        Write(shape_);
+        LurSetEvemEnabled(1 - written);
+        MessageCapture messages;
+        vemtest::AllocationWatch watch;
+        EXPECT_EQ(VemLoadNode(NodeFile().c_str()), nullptr) << written;
+        EXPECT_EQ(watch.Live(), 0);
+        EXPECT_TRUE(messages.texts().empty());
+    }
 }
 
 // Without GLOBAL the node file holds only the executable's record, whose code nodes stay unread
@@ -179,15 +175,6 @@ TEST_F(Road, SwitchOnWhenWrittenAndOffWhenReadWithoutInlineTasks) {
     EXPECT_EQ(ChildNames(Container(root)), (std::vector<std::string>{"TASK1", "TASK2"}));
     EXPECT_TRUE(CodeNodePaths(root).empty());
     VemDeleteNode(root);
-}
-
-TEST_F(Road, SwitchOffWhenWrittenAndOnWhenRead) {
-    LurSetEvemEnabled(0);
-    Write(shape_);
-    LurSetEvemEnabled(1);
-    MessageCapture messages;
-    EXPECT_EQ(VemLoadNode(NodeFile().c_str()), nullptr);
-    EXPECT_TRUE(messages.texts().empty());
 }
 
 // A large resource: 10 tasks of 5000 plain variables each.

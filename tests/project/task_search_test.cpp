@@ -60,19 +60,9 @@ protected:
         compiledtest::SettingsTest::TearDown();
     }
 
-    // A node file of one container that maps each task name to a stored file name.
-    void WriteContainer(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks) {
-        NodePtr root = MakeNode(kVemResourceNode, "R");
-        CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-        VemAddChildTail(root.get(), container);
-        for (const auto& [name, file] : tasks) VemTaskCompiled(container, name.c_str(), file.c_str());
-        ASSERT_EQ(VemWriteNode(root.get(), path.c_str()), 1);
-    }
     // A task file whose task is named after the place it stands, so a load shows which one it read.
     void WriteTask(const std::string& path, const char* name) {
-        NodePtr task = MakeNode(kVemTuiTaskNode, name);
-        const std::vector<u8> bytes = StoredObject(task.get());
-        vemtest::WriteFileBytes(path, bytes);
+        vemtest::WriteObjectFile(path, MakeNode(kVemTuiTaskNode, name).get());
     }
 
     TempDir dir_;
@@ -166,7 +156,7 @@ TEST_F(TaskSearch, TheFirstPlaceInOrderWins) {
         for (const char* d : {"n", "s1", "s2", "abs"})
             for (const auto& e : fs::directory_iterator(dir_.file(d))) fs::remove(e.path());
         for (const std::string& f : row.files) WriteTask(dir_.file(f), f.c_str());
-        WriteContainer(node, {{"T", row.stored}});
+        vemtest::WriteContainerFile(node, {{"T", row.stored}});
         VemSetTaskFileSearch(row.search);
         Loaded loaded(node);
         ASSERT_NE(loaded.root, nullptr);
@@ -188,7 +178,7 @@ TEST_F(TaskSearch, TheSearchPathIsSetAddedToAndCleared) {
     EXPECT_EQ(VemGetTaskFileSearch(), 1);
     fs::create_directory(dir_.file("s"));
     WriteTask(dir_.file("s/T.tsk"), "T");
-    WriteContainer(dir_.file("R.vem"), {{"T", "C:\\X\\T.tsk"}});
+    vemtest::WriteContainerFile(dir_.file("R.vem"), {{"T", "C:\\X\\T.tsk"}});
     const auto found = [&] { return ChildNames(Loaded(dir_.file("R.vem")).Tasks()).size(); };
     EXPECT_EQ(found(), 0u);
     EXPECT_EQ(VemAddTaskFileDirectory(nullptr), 0);
@@ -231,7 +221,7 @@ TEST_F(TaskSearch, TheReportListsEveryTaskLeftOut) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.stopper ? row.stopper : "whole");
-        WriteContainer(dir_.file("R.vem"), row.tasks);
+        vemtest::WriteContainerFile(dir_.file("R.vem"), row.tasks);
         Loaded loaded(dir_.file("R.vem"));
         ASSERT_NE(loaded.root, nullptr);
         // Walk the entries in the map's order, as the load does.
@@ -266,7 +256,7 @@ TEST_F(TaskSearch, TheReportListsEveryTaskLeftOut) {
         EXPECT_EQ(listed, expectedListed);
     }
     // The names tried: the stored one as a host name, then beside the node file, then the path.
-    WriteContainer(dir_.file("R.vem"), {{"T5", "C:\\A\\T5.TSK"}});
+    vemtest::WriteContainerFile(dir_.file("R.vem"), {{"T5", "C:\\A\\T5.TSK"}});
     Loaded loaded(dir_.file("R.vem"));
     ASSERT_EQ(loaded.report.Count, 1);
     EXPECT_EQ(loaded.Tried(0), (std::vector<std::string>{VemHostPath("C:\\A\\T5.TSK").str(), dir_.file("T5.TSK"),
@@ -302,7 +292,7 @@ TEST_F(TaskSearch, BadNamesStopTheReading) {
 #endif
     for (const auto& [stored, reason] : rows) {
         SCOPED_TRACE(stored);
-        WriteContainer(dir_.file("n/R.vem"), {{"T", stored}});
+        vemtest::WriteContainerFile(dir_.file("n/R.vem"), {{"T", stored}});
         Loaded loaded(dir_.file("n/R.vem"));
         ASSERT_NE(loaded.root, nullptr);
         EXPECT_TRUE(ChildNames(loaded.Tasks()).empty());
@@ -315,7 +305,7 @@ TEST_F(TaskSearch, BadNamesStopTheReading) {
 // for two equal names.
 TEST_F(TaskSearch, TwoNamesOfOneFoundFileFailTheLoad) {
     WriteTask(dir_.file("T.TSK"), "T");
-    WriteContainer(dir_.file("R.vem"), {{"A", "C:\\A\\T.TSK"}, {"B", "D:\\B\\t.tsk"}});
+    vemtest::WriteContainerFile(dir_.file("R.vem"), {{"A", "C:\\A\\T.TSK"}, {"B", "D:\\B\\t.tsk"}});
     Loaded loaded(dir_.file("R.vem"));
     EXPECT_EQ(loaded.root, nullptr);
     EXPECT_EQ(loaded.load.Failure, tVemLoadReport::kArchiveException);

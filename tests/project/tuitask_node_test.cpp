@@ -21,34 +21,16 @@ NodePtr TaskWithSegments(const char* name = "TASK1") {
 
 }  // namespace
 
-TEST_F(TuiTask, NewTaskHasAnEmptyTableAndNoEntryMapOrOffsets) {
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    EXPECT_EQ(VemGetNodeType(task.get()), kVemTuiTaskNode);
-    CSegmentTable* table = VemGetSegmentTable(task.get());
-    ASSERT_NE(table, nullptr);
-    EXPECT_EQ(VemSegTblGetNoOfSegments(table), 0);
-    EXPECT_EQ(VemSegTblGetStartSegmentNo(table), 0);
-    EXPECT_EQ(VemGetTaskDefEntry(task.get()), nullptr);
-    EXPECT_EQ(VemGetNodePath2NodeList(task.get()), nullptr);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.ANY"), 0u);
-    EXPECT_TRUE(VemGetEvemRootNodeListPtr(task.get())->IsEmpty());
-    EXPECT_THROW(VemGetAbsOffset(task.get(), 0), CInvalidArgException);
-}
-
+// The starts run on from segment 2 and wrap in sixteen bits.
 TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
     NodePtr task = TaskWithSegments();
-    const u32 expected[] = {0, 0, 100, 150, 175};
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]);
-    EXPECT_THROW(VemGetAbsOffset(task.get(), 5), CInvalidArgException);
-    EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
-}
-
-TEST_F(TuiTask, SegmentStartsWrapInSixteenBits) {
-    NodePtr task = MakeNode(kVemTuiTaskNode);
     VemAddNewSegmentLength(task.get(), 65530);
     VemAddNewSegmentLength(task.get(), 10);
-    EXPECT_EQ(VemGetAbsOffset(task.get(), 2), 65530u);
-    EXPECT_EQ(VemGetAbsOffset(task.get(), 3), 4u);
+    const u32 expected[] = {0, 0, 100, 150, 175, 65705 & 0xFFFF, (65705 + 10) & 0xFFFF};
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]) << i;
+    EXPECT_THROW(VemGetAbsOffset(task.get(), 7), CInvalidArgException);
+    EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
+    EXPECT_THROW(VemGetAbsOffset(MakeNode(kVemTuiTaskNode).get(), 0), CInvalidArgException);  // no starts yet
 }
 
 // Paths are upper case and found in any case. A structure adds a step but no key. A segment
@@ -110,6 +92,7 @@ TEST_F(TuiTask, SegmentTableIsHandedOver) {
     VemSetSegmentTable(task.get(), none);  // a null table leaves a new empty one
     ASSERT_NE(VemGetSegmentTable(task.get()), nullptr);
     EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetSegmentTable(task.get())), 0);
+    EXPECT_EQ(VemSegTblGetStartSegmentNo(VemGetSegmentTable(task.get())), 0);
 }
 
 // Icons and the class of the clone are in node_classes_test.cpp.
@@ -148,22 +131,27 @@ TEST_F(TuiTask, UnitPathByCodeSegment) {
     EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(task.get(), 8), CString());
 }
 
+// The task's and the executable's; the project name and the user level are the executable's only.
 TEST_F(TuiTask, DataContainerFunctionsReachTheContainer) {
     vemtest::TempDir dir;
     vemtest::WriteFileText(dir.file("a.bin"), "x");
-    NodePtr task = MakeNode(kVemTuiTaskNode);
-    const std::string path = dir.file("a.bin");
-    EXPECT_EQ(VemAddContainerFile(task.get(), path.c_str(), "KEY", 7), 1);
-    EXPECT_EQ(VemSetContainerFileCheckSum(task.get(), "KEY", 0x1234), 1);
-    EXPECT_EQ(VemGetContainerFileType(task.get(), "KEY"), 7u);
-    EXPECT_EQ(VemGetContainerFileCheckSum(task.get(), "KEY"), 0x1234u);
-    CVemByteArray array;
-    EXPECT_EQ(VemWriteContainerFileContents2VemByteArray(task.get(), "KEY", &array), 1);
-    EXPECT_EQ(VemGetContainerFileType(task.get(), "OTHER"), 0u);
-    CStringList keys;
-    EXPECT_EQ(VemGetContainerFileList(task.get(), &keys), 1);
-    ASSERT_EQ(keys.GetCount(), 1);
-    EXPECT_EQ(keys.GetHead(), CString("KEY"));
-    CVemByteArray contents = VemGetContainerFileContents(task.get(), "KEY");
-    EXPECT_EQ(VemBaGetLength(&contents), 0u);
+    for (tVemNodeType type : {kVemTuiTaskNode, kVemExeNode}) {
+        NodePtr node = MakeNode(type);
+        EXPECT_EQ(VemSetContainerFileCheckSum(node.get(), "KEY", 1), 0);
+        EXPECT_EQ(VemAddContainerFile(node.get(), dir.file("a.bin").c_str(), "KEY", 7), 1);
+        EXPECT_EQ(VemSetContainerFileCheckSum(node.get(), "KEY", 0x1234), 1);
+        EXPECT_EQ(VemGetContainerFileType(node.get(), "KEY"), 7u);
+        EXPECT_EQ(VemGetContainerFileCheckSum(node.get(), "KEY"), 0x1234u);
+        CVemByteArray array;
+        EXPECT_EQ(VemWriteContainerFileContents2VemByteArray(node.get(), "KEY", &array), 1);
+        EXPECT_EQ(VemGetContainerFileType(node.get(), "OTHER"), 0u);
+        CStringList keys;
+        EXPECT_EQ(VemGetContainerFileList(node.get(), &keys), 1);
+        ASSERT_EQ(keys.GetCount(), 1);
+        EXPECT_EQ(keys.GetHead(), CString("KEY"));
+        CVemByteArray contents = VemGetContainerFileContents(node.get(), "KEY");
+        EXPECT_EQ(VemBaGetLength(&contents), 0u);
+        VemSetDatacontFilesProjectName(node.get(), "PROJECT");
+        EXPECT_EQ(VemGetDatacontFilesProjectName(node.get()) == nullptr, type == kVemTuiTaskNode);
+    }
 }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "alloc_hook.h"
 #include "test_util.h"
 
 namespace memtest {
@@ -30,6 +31,22 @@ inline std::vector<u8> Stored(CObject& object) {
 }
 inline void Load(CObject& object, const std::vector<u8>& bytes) {
     Load(bytes, [&](CArchive& ar) { object.Serialize(ar); });
+}
+
+// Every damaged form, and the good one cut at every byte, fails to load into a new T and leaves
+// nothing allocated.
+template <class T>
+void ExpectDamagedLoadsFail(std::vector<std::vector<u8>> damaged, const std::vector<u8>& good) {
+    for (std::size_t cut = 0; cut < good.size(); ++cut)
+        damaged.emplace_back(good.begin(), good.begin() + static_cast<long>(cut));
+    for (std::size_t i = 0; i < damaged.size(); ++i) {
+        vemtest::AllocationWatch watch;
+        {
+            T loaded;
+            EXPECT_THROW(Load(loaded, damaged[i]), CArchiveException) << i;
+        }
+        EXPECT_EQ(watch.Live(), 0) << i;
+    }
 }
 
 // The cause of the archive exception the call raises, -1 if it raises none.

@@ -63,6 +63,22 @@ void WriteFileBytes(const std::string& path, const std::vector<u8>& bytes) {
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
+void WriteObjectFile(const std::string& path, const CObject* object) {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    CArchive ar(&file, CArchive::store);
+    ar.WriteObject(object);
+    ar.Close();
+}
+
+void WriteContainerFile(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks) {
+    CVemBaseNode* root = NewNode(kVemResourceNode, "R");
+    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
+    VemAddChildTail(root, container);
+    for (const auto& [name, file] : tasks) VemTaskCompiled(container, name.c_str(), file.c_str());
+    EXPECT_EQ(VemWriteNode(root, path.c_str()), 1);
+    VemDeleteNode(root);
+}
+
 std::string ReadFileText(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

@@ -48,6 +48,10 @@ void WriteFileText(const std::string& path, const std::string& text);
 bool FileExists(const std::string& path);
 // Files and other objects of the system that the process holds open.
 int OpenHandles();
+// The object in a file of its own, as the compiler writes a task.
+void WriteObjectFile(const std::string& path, const CObject* object);
+// A node file of a resource "R" whose task container maps each task name to a stored file name.
+void WriteContainerFile(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks);
 
 // Little-endian byte builders for hand-written records.
 struct Bytes {
