@@ -234,37 +234,6 @@ TEST_F(ResourceTree, SvgFileIsWellFormedAndShowsEveryShownText) {
     EXPECT_NE(doc.find(size), std::string::npos);
 }
 
-// The pictures on the page are the calls of a draw: a <use> for every icon drawn, each icon
-// defined once, one yellow box behind the selected text and one frame around it.
-TEST_F(ResourceTree, SvgHoldsWhatTheDrawPainted) {
-    CVemRecordingDC recording;
-    VemDraw(&exe, &recording, CPoint(4, 4), CPoint(4, 4), counter);
-    CVemSvgDC svg;
-    VemDraw(&exe, &svg, CPoint(4, 4), CPoint(4, 4), counter);
-    const std::string doc = svg.GetDocument(VemGetBottomOfTree(&exe));
-
-    std::map<unsigned, int> drawn;
-    for (const CVemDCCall& call : recording.Calls()) {
-        if (call.Op == "DrawIcon") ++drawn[static_cast<unsigned>(call.Args[2])];
-    }
-    std::size_t uses = 0;
-    for (const auto& [icon, count] : drawn) {
-        EXPECT_EQ(Count(doc, "<g id=\"i" + std::to_string(icon) + "\">"), 1u) << icon;
-        EXPECT_EQ(Count(doc, "xlink:href=\"#i" + std::to_string(icon) + "\""), static_cast<std::size_t>(count)) << icon;
-        uses += static_cast<std::size_t>(count);
-    }
-    EXPECT_EQ(Count(doc, "<use "), uses);
-    EXPECT_EQ(Count(doc, "<g id="), drawn.size());
-
-    EXPECT_EQ(Count(doc, "fill=\"#ffff00\""), 1u);
-    const std::size_t yellow = doc.find("fill=\"#ffff00\"");
-    const std::size_t counterText = doc.find("Z\xC3\xA4hler");
-    ASSERT_NE(counterText, std::string::npos);
-    EXPECT_LT(yellow, counterText);
-    EXPECT_EQ(doc.find("<text", yellow), doc.rfind("<text", counterText));  // right behind it
-    EXPECT_EQ(Count(doc, "stroke=\"#000000\""), 1u);
-}
-
 TEST(TreeViewSvg, TextsAreEscapedAndLatin1BecomesUtf8) {
     CVemSvgDC svg;
     svg.TextOut(0, 0, "a<b>&\"c\" \xFC\xDF\x80\x7F");
