@@ -2,8 +2,6 @@
 // subtrees and nodes that were never drawn.
 #include "treeview_test_util.h"
 
-using vemtest::Add;
-
 namespace {
 
 // A base node "Node" at (20, 40): its symbol rectangle is (14, 43, 21, 59) and its node rectangle
