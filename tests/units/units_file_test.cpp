@@ -1,17 +1,13 @@
 // Unit records in node files: the golden record of a function, the tails of the three kinds, what
 // a load gives back, and damaged records.
-#include "alloc_hook.h"
 #include "test_util.h"
 #include "units/pou.h"
 #include "variables/struct.h"
 #include "vem_bytearray.h"
 
-using vemtest::AllocationWatch;
 using vemtest::Bytes;
-using vemtest::MessageCapture;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
-using vemtest::WriteFileBytes;
 
 namespace {
 

@@ -45,11 +45,6 @@ std::vector<u8> Written(CVemBaseNode* node) {
     return vemtest::ReadFileBytes(dir.file("n.vem"));
 }
 
-struct DebugFlag {
-    explicit DebugFlag(int value) { VemSetDebugFlag(value); }
-    ~DebugFlag() { VemSetDebugFlag(0); }
-};
-
 }  // namespace
 
 TEST(UnitsPou, SegmentNumbersAndTheNccNumber) {

@@ -76,23 +76,11 @@ TEST(UnitsStatList, StoredFormGivesACountAndLineAndTwelveBytesPerEntry) {
 }
 
 TEST(UnitsStatList, ALineTwiceInAFileKeepsTheLaterEntry) {
-    const std::vector<u8> twice = Bytes()
-                                      .u16_(2)
-                                      .u16_(4)
-                                      .u16_(0)
-                                      .u16_(4)
-                                      .u32_(1)
-                                      .u16_(0)
-                                      .u16_(0)
-                                      .u16_(4)
-                                      .u16_(0)
-                                      .u16_(4)
-                                      .u32_(2)
-                                      .u16_(0)
-                                      .u16_(0)
-                                      .v;
+    Bytes twice;
+    twice.u16_(2);  // two entries of line 4: line, version, AwlLine, CodeLine, AEType, OperandType
+    for (u32 codeLine : {1u, 2u}) twice.u16_(4).u16_(0).u16_(4).u32_(codeLine).u16_(0).u16_(0);
     CStatList list;
-    Load(list, twice);
+    Load(list, twice.v);
     EXPECT_EQ(list.GetCount(), 1);
     EXPECT_EQ(list.GetEntry(4)->CodeLine, 2);
 }
