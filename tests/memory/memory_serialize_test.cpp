@@ -4,7 +4,6 @@
 
 using memtest::Array;
 using memtest::ByteVec;
-using memtest::CauseOf;
 using memtest::Load;
 using memtest::Stored;
 using vemtest::Bytes;

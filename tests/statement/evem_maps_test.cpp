@@ -3,7 +3,6 @@
 #include "evem_xref_test_util.h"
 #include "statement/evemlist.h"
 
-using evemtest::DumpText;
 using evemtest::EVemTest;
 using vemtest::MessageCapture;
 using xreftest::AddUnit;
@@ -133,12 +132,6 @@ protected:
         EVemDumpLineMaps(&file, "P>", exe.get(), names);
         return std::string(file.Data().begin(), file.Data().end());
     }
-
-    static std::string Head(const char* path) {
-        return std::string("\nP>\n======== AwlLine2UcodeOffset and EVEM-Node Map for ") + path + "  =========";
-    }
-
-    static std::string Statement(CEVemBaseNode* node) { return DumpText(node, "P>\tEVEMNODE>> "); }
 
     TreePtr exe = MakeExe();
 };
