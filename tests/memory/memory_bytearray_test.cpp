@@ -13,22 +13,6 @@ void AppendRaw(CVemByteArray* a, const ByteVec& bytes) {
 
 }  // namespace
 
-TEST(MemoryByteArray, StorageGrowsInStepsWithOneSpareStep) {
-    Array a(0, 1, 1);
-    EXPECT_EQ(VemBaGetBytePointer(a), nullptr);
-    VemBaAppendByte(a, 1);  // the first storage holds exactly the length
-    const u8* first = VemBaGetBytePointer(a);
-    VemBaAppendByte(a, 2);  // (2 / 1024 + 2) * 1024 = 2048 bytes
-    const u8* grown = VemBaGetBytePointer(a);
-    EXPECT_NE(grown, first);
-    for (int i = 2; i < 2048; ++i) VemBaAppendByte(a, 0);
-    EXPECT_EQ(VemBaGetBytePointer(a), grown);
-    VemBaAppendByte(a, 0);
-    EXPECT_NE(VemBaGetBytePointer(a), grown);
-    EXPECT_EQ(VemBaGetLength(a), 2049u);
-    EXPECT_EQ(a.bytes()[1], 2);
-}
-
 TEST(MemoryByteArray, RawAppendPadsFromTheAlignment) {
     struct Case {
         u16 alignment;

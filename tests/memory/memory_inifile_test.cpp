@@ -49,15 +49,6 @@ TEST(MemoryIniFile, MissingFileOrCountGivesZero) {
     EXPECT_EQ(ReadIni("[Other]\nDataBytes=1\n[Seg]\nData=01\n").result, 0);
 }
 
-TEST(MemoryIniFile, TheArrayIsNotClearedFirst) {
-    TempDir dir;
-    vemtest::WriteFileText(dir.file("b.ini"), "[Seg]\nDataBytes=1\nData=01\n");
-    Array a(0, 1, 1);
-    VemBaAppendByte(a, 0x77);
-    EXPECT_EQ(VemBaReadIniFile(a, dir.file("b.ini").c_str(), "Seg", "Data"), 0);
-    EXPECT_EQ(a.bytes(), (ByteVec{0x77, 0x01}));
-}
-
 TEST(MemoryIniFile, ResultAndBytesOfTheCases) {
     struct Case {
         const char* what;

@@ -212,15 +212,3 @@ TEST(MemoryFract, LayoutsOtherThanSixAreAnnouncedButKept) {
     EXPECT_EQ(VemBaGetAlignment(copy), 2);
     VemBaDeleteByteArray(copy);
 }
-
-TEST(MemoryFract, PopLastByteAndChecksumSeeRawBytes) {
-    Array a(0, 1, 6, 1);
-    VemBaAppendByte(a, 0x12);
-    u8 byte = 0x55;
-    ASSERT_EQ(VemBaPopLastByte(a, &byte), 1);
-    EXPECT_EQ(byte, 0);
-    EXPECT_EQ(VemBaGetLength(a), 5u);
-    Array b(0, 1, 1);
-    VemBaAppend(b, a.bytes().data(), 5);
-    EXPECT_EQ(VemBaComputeCheckSum(a, 7), VemBaComputeCheckSum(b, 7));
-}

@@ -210,32 +210,6 @@ TEST(MemorySegTbl, StoredFormByteForByte) {
     EXPECT_EQ(Stored([&](CArchive& ar) { again.Serialize(ar); }), bytes);
 }
 
-TEST(MemorySegTbl, AFractLayoutArrayComesBackLittleEndian) {
-    Table t;
-    VemSegTblAddNewSegment(t, NewArray({}, 0, 6, 1));
-    VemBaAppendDword(VemSegTblGetSegment(t, 0), 0x11223344);
-    const ByteVec bytes = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
-    EXPECT_EQ(bytes[2], 1);
-    CSegmentTable back;
-    Load(bytes, [&](CArchive& ar) { back.Serialize(ar); });
-    CVemByteArray* loaded = VemSegTblGetSegment(&back, 0);
-    EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemByteArray));
-    EXPECT_EQ(memtest::BytesOf(loaded), SegmentBytes(t, 0));
-}
-
-TEST(MemorySegTbl, DamagedStoredFormsFailCleanly) {
-    Table t;
-    VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
-    VemSegTblAddNewSegment(t, NewArray({4}, 1));
-    const ByteVec full = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
-    CSegmentTable back;  // cuts and shortages: the compiled task of the hostile records
-    EXPECT_THROW(Load({0xFF, 0xFF, 0, 0}, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException);
-
-    ByteVec newer = full;
-    newer[newer.size() - 17] = 1;  // version word: ahead of usedNumbers (8 bytes), the name (1), three words
-    EXPECT_THROW(Load(newer, [&](CArchive& ar) { back.Serialize(ar); }), CArchiveException);
-}
-
 TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
     Table t;
     VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
@@ -261,41 +235,6 @@ TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
         if (!failed) break;
     }
     EXPECT_GE(k, 4);  // the two arrays with their storage at least
-}
-
-TEST(MemorySegTbl, AnUnknownEntryTagIsAnEmptyNumber) {
-    Bytes b;
-    b.u16_(2).u8_(7).u8_(0);                  // two entries of no array
-    b.u16_(0).u16_(1).u16_(0).u8_(0).u8_(1);  // version, empty usedNumbers
-    b.str("").u16_(0).u16_(0).u16_(2);
-    CSegmentTable back;
-    Load(b.v, [&](CArchive& ar) { back.Serialize(ar); });
-    EXPECT_EQ(back.GetSize(), 2);
-    EXPECT_EQ(VemSegTblGetSegment(&back, 0), nullptr);
-    EXPECT_EQ(VemSegTblGetMaxSegmentNo(&back), 1);
-}
-
-TEST(MemorySegTbl, DumpWritesEveryPieceWithThePrefix) {
-    Table t;
-    VemSegTblAddNewSegment(t, 1, NewArray({8, 0, 1, 8, 0, 0, 0, 0}));
-    VemSegTblAddNewSegment(t, 10, NewArray({8, 0, 24, 8, 0, 0, 0, 0}));
-    CMemFile file;
-    VemSegTblDump(t, "P>", &file);
-    const std::string text(file.Data().begin(), file.Data().end());
-    const std::string expected =
-        "P>======== Dump of SegmentTable ========= \n"
-        "P>\n=====================================\n"
-        "P>No: 1   0x1     "
-        "P>Datasegment\n\n"
-        "P> ByteSize = 1 \n\n"
-        "P>    0000 : 08 00 01 08  00 00 00 00 \n"
-        "P>\n=====================================\n"
-        "P>No: 10   0xa     "
-        "P>Native Code\n"
-        "P> ByteSize = 1 \n\n"
-        "P>    0000 : 08 00 18 08  00 00 00 00 \n"
-        "P>\n======== End Dump of SegmentTable ========= \n";
-    EXPECT_EQ(text, expected);
 }
 
 // The dump of a segment is its lines from VemBaDump behind the prefix, for either byte order

@@ -4,7 +4,6 @@
 
 using memtest::Array;
 using memtest::ByteVec;
-using memtest::CauseOf;
 using memtest::Load;
 using memtest::Stored;
 using vemtest::Bytes;
@@ -105,51 +104,6 @@ TEST(MemorySerialize, TheTagWordGivesTheByteSize) {
     EXPECT_EQ(VemBaGetByteSize(loaded), 1);
     EXPECT_EQ(memtest::BytesOf(loaded), (ByteVec{0x42}));
     VemBaDeleteByteArray(loaded);
-}
-
-TEST(MemorySerialize, UnknownTagsGiveNullAndReadNothingMore) {
-    for (unsigned tag : {0u, 4u, 5u, 7u, 0xFFu}) {
-        CVemByteArray* array = VemBaNewByteArray(0, 1, 1, 0);
-        u16 after = 0;
-        Load({static_cast<u8>(tag), 1, 0x34, 0x12}, [&](CArchive& ar) {
-            VemBaSerialize(array, ar);
-            ar >> after;
-        });
-        EXPECT_EQ(array, nullptr) << tag;
-        EXPECT_EQ(after, 0x1234) << tag;
-    }
-}
-
-TEST(MemorySerialize, EveryTruncationRaisesTheArchiveException) {
-    const ByteVec full = ExampleBytes();
-    for (std::size_t n = 0; n < full.size(); ++n) {
-        CVemByteArray* array = nullptr;
-        const ByteVec cut(full.begin(), full.begin() + static_cast<long>(n));
-        EXPECT_THROW(Load(cut, [&](CArchive& ar) { VemBaSerialize(array, ar); }), CArchiveException) << n;
-        EXPECT_EQ(array, nullptr);
-    }
-}
-
-TEST(MemorySerialize, ACountAboveTheLimitIsTheMemoryExceptionBeforeAnyStorage) {
-    Bytes b;
-    b.u16_(0x0103).u16_(1).u16_(0xFFFF);  // 65535 bytes announced, none there
-    CVemByteArray* array = nullptr;
-    EXPECT_THROW(Load(b.v, [&](CArchive& ar) { VemBaSerialize(array, ar); }), CMemoryException);
-    EXPECT_EQ(array, nullptr);
-
-    Bytes shortOne;
-    shortOne.u16_(0x0103).u16_(1).u16_(100).raw({1, 2, 3});  // within the limit, but the file ends
-    EXPECT_EQ(CauseOf([&] { Load(shortOne.v, [&](CArchive& ar) { VemBaSerialize(array, ar); }); }),
-              CArchiveException::endOfFile);
-}
-
-TEST(MemorySerialize, ANewerRecordVersionIsRefused) {
-    Bytes b;
-    b.u16_(0x0103).u16_(2).u16_(0).u8_(0).u8_(1);
-    CVemByteArray* array = nullptr;
-    EXPECT_EQ(CauseOf([&] { Load(b.v, [&](CArchive& ar) { VemBaSerialize(array, ar); }); }),
-              CArchiveException::badIndex);
-    EXPECT_EQ(array, nullptr);
 }
 
 TEST(MemorySerialize, ArrayRecordAloneHasNoTagWord) {

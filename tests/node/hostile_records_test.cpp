@@ -183,7 +183,8 @@ TEST_P(HostileRecords, EveryRaisedWordLeavesNothing) {
     EXPECT_GT(failed, 0);
 }
 
-// Opening the file is not guarded: a shortage there passes to the caller.
+// Opening the file is not guarded: a shortage there passes to the caller. A shortage inside the
+// load asks for a rebuild.
 TEST_P(HostileRecords, EveryFailedAllocationLeavesNothing) {
     vemtest::MessageCapture messages;
     for (long k = 0;; ++k) {
@@ -203,7 +204,11 @@ TEST_P(HostileRecords, EveryFailedAllocationLeavesNothing) {
         }
         ASSERT_EQ(watch.Live(), 0) << k;
     }
-    EXPECT_FALSE(messages.texts().empty());
+    ASSERT_FALSE(messages.texts().empty());
+    EXPECT_EQ(messages.texts().back(),
+              "\nError while loading the current project. Please rebuild it."
+              "\r\nFehler beim Laden des aktuellen Projekts. Bitte \xFC"
+              "bersetzen sie es neu.");
 }
 
 TEST_P(HostileRecords, EveryShortageOfACloneLeavesNothingAndTheCloneWritesTheSameBytes) {

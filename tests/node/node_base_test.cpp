@@ -39,54 +39,6 @@ TEST(NodeDefaults, ABaseNodeAnswersTheNeutralValues) {
     VemDeleteNode(n);
 }
 
-TEST(NodeDefaults, NodeTypeDecidesSymbolAndExpansion) {
-    struct Case {
-        u32 type;
-        int expandedArg;
-        int hasSymbol;
-        int expanded;
-    };
-    for (const Case& c : {Case{2, 1, 0, 1}, Case{11, 0, 0, 0}, Case{14, 1, 0, 1}, Case{12, 0, 1, 1}, Case{15, 0, 1, 1},
-                          Case{1, 0, 1, 0}, Case{3, 1, 1, 1}}) {
-        CVemBaseNode n(c.type, "n", c.expandedArg);
-        EXPECT_EQ(n.HasSymbol, c.hasSymbol) << c.type;
-        EXPECT_EQ(n.Expanded, c.expanded) << c.type;
-    }
-    CVemBaseNode plain;
-    EXPECT_EQ(plain.NodeType, 1u);
-    EXPECT_EQ(plain.Expanded, 1);
-    EXPECT_EQ(plain.Serial, 0xFFFFFFFFu);
-}
-
-TEST(NodeTree, SortedAddGoesByBytesAndKeepsEqualTextsInOrderAndLastChildFollowsTailAndHead) {
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    int order = 0;
-    for (const char* name : {"B", "A", "B", "C", "a", "Z"}) {
-        CVemBaseNode* n = Named(name);
-        n->ExtraText.Format("%d", order++);
-        VemAddChildSorted(root, n);
-    }
-    EXPECT_EQ(ChildNames(root), (std::vector<std::string>{"A", "B", "B", "C", "Z", "a"}));
-    CObList* list = VemGetChildList(root);
-    POSITION pos = list->GetHeadPosition();
-    list->GetNext(pos);
-    auto* firstB = static_cast<CVemBaseNode*>(list->GetNext(pos));
-    auto* secondB = static_cast<CVemBaseNode*>(list->GetNext(pos));
-    EXPECT_EQ(firstB->ExtraText, "0");
-    EXPECT_EQ(secondB->ExtraText, "2");
-    EXPECT_EQ(VemGetParentNode(secondB), root);
-    EXPECT_EQ(VemGetLastChild(root), nullptr);  // sorted adds leave it alone; tail and head set it
-    CVemBaseNode* tail = Named("t");
-    VemAddChildTail(root, tail);
-    VemAddChildSorted(root, Named("b"));
-    EXPECT_EQ(VemGetLastChild(root), tail);
-    CVemBaseNode* head = Named("h");
-    VemAddChildHead(root, head);
-    EXPECT_EQ(VemGetLastChild(root), head);
-    EXPECT_EQ(ChildNames(root).front(), "h");
-    VemDeleteNode(root);
-}
-
 TEST(NodeTree, DeleteSearchesTheSubtreeAndGivesTheParent) {
     CVemBaseNode* root = VemNewNode(kVemBaseNode);
     CVemBaseNode* child = Named("child");
@@ -147,50 +99,6 @@ TEST(NodeFind, DirectChildrenOnly) {
     EXPECT_EQ(VemFindVemNodeByTypeNameAndType(root, "deep", kVemFbNode), nullptr);
     EXPECT_EQ(VemGetChildNodeByName(root, "x"), nullptr);  // only structures answer
     VemDeleteNode(root);
-}
-
-TEST(NodeClone, DeepCopyWithNewSerialsAndNoParent) {
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    CVemBaseNode* child = Named("child", kVemTaskNode);
-    child->ExtraText = "extra";
-    child->KlikedSymbol = 1;
-    VemAddChildTail(root, child);
-    VemAddChildTail(child, Named("leaf"));
-    VemSetExpanded(child, 0);
-
-    CVemBaseNode* copy = VemClone(child);
-    EXPECT_EQ(VemGetParentNode(copy), nullptr);
-    EXPECT_EQ(copy->NodeType, static_cast<u32>(kVemTaskNode));
-    EXPECT_EQ(VemGetName(copy), "child");
-    EXPECT_EQ(copy->ExtraText, "extra");
-    EXPECT_EQ(copy->Expanded, 0);
-    EXPECT_EQ(copy->KlikedSymbol, 1);
-    EXPECT_EQ(copy->HasSymbol, child->HasSymbol);
-    EXPECT_EQ(ChildNames(copy), (std::vector<std::string>{"leaf"}));
-    auto* leafCopy = static_cast<CVemBaseNode*>(VemGetChildList(copy)->GetHead());
-    EXPECT_EQ(VemGetParentNode(leafCopy), copy);
-    EXPECT_EQ(VemGetLastChild(copy), leafCopy);
-
-    CVemBaseNode* second = VemClone(child);
-    EXPECT_NE(copy->Serial, second->Serial);
-    vemtest::TempDir dir;
-    ASSERT_EQ(VemWriteNode(copy, dir.file("c.vem").c_str()), 1);
-    EXPECT_EQ(copy->Serial, 0u);
-    VemDeleteNode(copy);
-    VemDeleteNode(second);
-    VemDeleteNode(root);
-}
-
-TEST(NodeExpand, SetAndToggle) {
-    CVemBaseNode* n = VemNewNode(kVemBaseNode);
-    VemSetExpanded(n, 0);
-    EXPECT_EQ(n->Expanded, 0);
-    VemToggleExpanded(n);
-    EXPECT_EQ(n->Expanded, 1);
-    VemSetExpanded(n, 5);
-    VemToggleExpanded(n);
-    EXPECT_EQ(n->Expanded, 0);
-    VemDeleteNode(n);
 }
 
 TEST(NodePathMap, StepsAndEntriesByType) {

@@ -59,14 +59,6 @@ TEST(TreeViewPictures, EveryIconNumberHasADrawingOf32By32) {
     }
 }
 
-TEST(TreeViewPictures, TheLibraryModuleIsInTheChainFromTheStart) {
-    EXPECT_EQ(VemFindResourceModule(VemResourceKind::Icon, 117), &Library());
-    EXPECT_EQ(VemFindResourceModule(VemResourceKind::Bitmap, 158), &Library());
-    EXPECT_EQ(VemFindResourceModule(VemResourceKind::Icon, 158), nullptr);
-    CBitmap bitmap;
-    EXPECT_TRUE(bitmap.LoadBitmap(149));  // a host's own load finds it as well
-}
-
 TEST(TreeViewPictures, EveryBitmapNumberLoads) {
     for (unsigned id : kBitmapNumbers) {
         CBitmap bitmap;
@@ -130,30 +122,6 @@ TEST(TreeViewPictures, LoadBitmapTakesTheNodesNumberAndFallsBackToTheLeaf) {
     CBitmap fresh;
     EXPECT_EQ(VemLoadBitmap(&unknown, &fresh), 0);
     EXPECT_FALSE(fresh.IsAttached());
-}
-
-// While a host's module is the current source, a plain load takes the host's bitmap; the
-// library's functions take their own and leave the host's module current afterwards.
-TEST(TreeViewPictures, LibraryFunctionsUseTheLibrarysModuleForTheCall) {
-    HostModule host;
-    CVemResourceScope scope(&host);
-    CBitmap hosts;
-    ASSERT_TRUE(hosts.LoadBitmap(156));
-    EXPECT_EQ(hosts.Width(), 4);
-
-    CBitmap libraries;
-    ASSERT_EQ(VemDllLoadBitmapItemExpand(&libraries), 1);
-    EXPECT_EQ(libraries.Width(), 16);
-    EXPECT_EQ(VemGetResourceModule(), &host);
-
-    ShownNode node(kVemBaseNode, "n", 117, 156);
-    ASSERT_EQ(VemLoadBitmap(&node, &libraries), 1);
-    EXPECT_TRUE(SamePixels(libraries, [] {
-        CBitmap b;
-        VemDllLoadBitmapID(&b, 156);
-        return b;
-    }()));
-    EXPECT_EQ(VemGetResourceModule(), &host);
 }
 
 // A host's module in the chain stands behind the library's, which entered first; once removed,

@@ -45,25 +45,6 @@ TEST_F(ShownTree, PrevAndNextFollowThePaintingOrder) {
     check({{b, a2, b1}, {b1, b, c}, {c, b1, nullptr}});
 }
 
-// The flat functions start afresh each time, whatever the call before left behind.
-TEST_F(ShownTree, EachStepStartsAfresh) {
-    CVemBaseNode stranger(kVemBaseNode, "x", 1);
-    EXPECT_EQ(VemGetSelectedNextNode(&root, c), nullptr);  // leaves the found flag set
-    EXPECT_EQ(VemGetSelectedNextNode(&root, a), a1);
-    EXPECT_EQ(VemGetSelectedPrevNode(&root, &stranger), nullptr);  // leaves the last node behind
-    EXPECT_EQ(VemGetSelectedPrevNode(&root, &root), nullptr);
-}
-
-// Below a subtree, the operations of the node walk only that subtree.
-TEST_F(ShownTree, TheOperationsWalkFromTheNodeTheyAreAskedOn) {
-    VemInitPrevNextStaticVar(&root);
-    EXPECT_EQ(a->GetSelectedPrevNode(a2), a1);
-    VemInitPrevNextStaticVar(&root);
-    EXPECT_EQ(a->GetSelectedNextNode(a2), nullptr);
-    VemInitPrevNextStaticVar(&root);
-    EXPECT_EQ(a->GetSelectedPrevNode(a), nullptr);
-}
-
 // The operations of a node keep the last node walked between calls; a node that goes is forgotten,
 // so the next step gives null, as at the start, never the deleted node (AddressSanitizer run).
 TEST_F(ShownTree, AStepNeverGivesBackANodeThatWent) {

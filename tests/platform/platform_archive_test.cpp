@@ -48,16 +48,6 @@ TEST(ArchiveStrings, LengthPrefixesByLength) {
     EXPECT_EQ(prefix(0xFFFE), (std::vector<u8>{0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0x00, 0x00}));
 }
 
-TEST(ArchiveStrings, RoundTripOfEveryPrefixForm) {
-    for (std::size_t n : {0u, 1u, 254u, 255u, 0xFFFDu, 0xFFFEu, 0x10005u}) {
-        const std::string text(n, 'q');
-        CMemFile file(Store([&](CArchive& ar) { ar << CString(text) << CString("tail"); }));
-        CArchive ar(&file, CArchive::load);
-        EXPECT_EQ(ar.ReadString().str(), text);
-        EXPECT_EQ(ar.ReadString(), "tail");
-    }
-}
-
 // Texts of every length, many of them across a border of the buffer, read back with buffers of
 // several sizes; the numbers between them stay in step.
 TEST(ArchiveStrings, TextsAcrossBufferBordersReadBackWhole) {
@@ -147,13 +137,6 @@ TEST(ArchiveDirection, WrongDirectionAndShortFileRaiseTheirCauses) {
     CMemFile shortFile(std::vector<u8>{1});
     CArchive ar(&shortFile, CArchive::load);
     EXPECT_EQ(CauseOf([&] { ar >> w; }), CArchiveException::endOfFile);
-}
-
-TEST(ArchiveSchema, WordAboveCurrentVersionIsRefused) {
-    CMemFile file(std::vector<u8>{0x03, 0x00, 0x04, 0x00});
-    CArchive ar(&file, CArchive::load);
-    EXPECT_EQ(VemSerializeSchema(ar, 3), 3);
-    EXPECT_EQ(CauseOf([&] { VemSerializeSchema(ar, 3); }), CArchiveException::badIndex);
 }
 
 TEST(ArchiveObjects, ClassesAndObjectsShareOneNumbering) {

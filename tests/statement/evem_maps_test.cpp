@@ -3,7 +3,6 @@
 #include "evem_xref_test_util.h"
 #include "statement/evemlist.h"
 
-using evemtest::DumpText;
 using evemtest::EVemTest;
 using vemtest::MessageCapture;
 using xreftest::AddUnit;
@@ -34,20 +33,6 @@ Lines OffsetMap(CVemBaseNode* exe, const char* path) {
 }
 
 }  // namespace
-
-TEST_F(EVemTest, LineMapsHoldTheLastStatementOfEachLine) {
-    TreePtr exe = MakeExe();
-    const auto s = LoadStoreAdd(AddUnit(exe.get(), kPath));
-
-    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"5=20", "6=24"}));
-
-    CMapStringToOb statements;
-    EXPECT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), kPath, &statements), 1);
-    EXPECT_EQ(statements.GetCount(), 2);
-    EXPECT_EQ(StatementAt(statements, "5"), s[1]);
-    EXPECT_EQ(StatementAt(statements, "6"), s[2]);
-    EXPECT_EQ(StatementAt(statements, "7"), nullptr);
-}
 
 TEST_F(EVemTest, LineMapsKeepOutLineZeroAndShowUnplacedCode) {
     TreePtr exe = MakeExe();
@@ -98,42 +83,6 @@ TEST_F(EVemTest, LineMapsFollowTheOrderOfTheListMarkersAlone) {
     EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"1=0", "3=4", "4=6", "6=10", "7=12"}));
 }
 
-TEST_F(EVemTest, LineMapsAddToWhatTheCallerHad) {
-    TreePtr exe = MakeExe();
-    LoadStoreAdd(AddUnit(exe.get(), kPath));
-    CMapStringToString map;
-    map.SetAt("6", "1");
-    map.SetAt("99", "7");
-    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &map), 1);
-    EXPECT_EQ(Entries(map), (Lines{"6=24", "99=7", "5=20"}));
-}
-
-TEST_F(EVemTest, LineMapsFindTheUnitByItsExactPath) {
-    TreePtr exe = MakeExe();
-    AddUnit(exe.get(), "C:\\PRJ\\OTHER.POU");
-    LoadStoreAdd(AddUnit(exe.get(), kPath));
-    Append(AddUnit(exe.get(), kPath), {{kEVemLdVariableStmtNode, 40, 0x40, "x"}});  // a later twin
-
-    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"5=20", "6=24"}));
-
-    CMapStringToString offsets;
-    CMapStringToOb statements;
-    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), "C:\\PRJ\\main.pou", &offsets), 0);
-    EXPECT_EQ(EVemFillAwlLine2EvemNodeMap(exe.get(), "C:\\PRJ\\MAIN", &statements), 0);
-    EXPECT_TRUE(offsets.IsEmpty());
-    EXPECT_TRUE(statements.IsEmpty());
-}
-
-// An executable without units finds nothing; a unit with an empty chain gives an empty map.
-TEST_F(EVemTest, LineMapsOfAnExecutableWithoutUnitsOrStatements) {
-    TreePtr exe = MakeExe();
-    CMapStringToString map;
-    EXPECT_EQ(EVemFillAwlLine2UcodeOffsetMap(exe.get(), kPath, &map), 0);
-    EXPECT_TRUE(map.IsEmpty());
-    AddUnit(exe.get(), kPath);
-    EXPECT_TRUE(OffsetMap(exe.get(), kPath).empty());
-}
-
 TEST_F(EVemTest, LineMapsAskedOfAnotherNodeShowOneMessage) {
     TreePtr resource(VemNewNode(kVemResourceNode));
     // A node of the executable's type that is not of its class is refused all the same.
@@ -168,22 +117,6 @@ TEST_F(EVemTest, LineMapsWithTheSwitchOffGiveNothing) {
     EXPECT_TRUE(messages.texts().empty());
 }
 
-TEST_F(EVemTest, LineMapsOfALoadedCodeNode) {
-    TreePtr exe = MakeExe();
-    CEVemBaseNode* built = EVemCreateNode(kEVemPouCodeNode, "MAIN");
-    EVemSetPathName(built, kPath);
-    Append(built, {{kEVemInputInoutParamListStmtNode, 2, 0},
-                   {kEVemStVariableStmtNode, 2, 2, "in"},
-                   {kEVemEndParamListStmtNode, 3, 4},
-                   {kEVemStVariableStmtNode, 4, 6, "x"},
-                   {kEVemLdVariableStmtNode, 5}});
-    const std::vector<u8> record = evemtest::StoreRecord(built);
-    EVemDeleteNode(built);
-    VemGetEvemRootNodeListPtr(exe.get())->AddTail(evemtest::LoadRecord(record, kEVemPouCodeNode).release());
-
-    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"2=0", "3=4", "4=6", "5=52685"}));
-}
-
 // The dump of the executable prints the maps of its units.
 class EVemLineMapDumpTest : public EVemTest {
 protected:
@@ -200,31 +133,8 @@ protected:
         return std::string(file.Data().begin(), file.Data().end());
     }
 
-    static std::string Head(const char* path) {
-        return std::string("\nP>\n======== AwlLine2UcodeOffset and EVEM-Node Map for ") + path + "  =========";
-    }
-
-    static std::string Statement(CEVemBaseNode* node) { return DumpText(node, "P>\tEVEMNODE>> "); }
-
     TreePtr exe = MakeExe();
 };
-
-TEST_F(EVemLineMapDumpTest, AUnitWithoutLinesSaysSo) {
-    AddUnit(exe.get(), kPath);
-    EXPECT_EQ(Dump({kPath}), Head(kPath) + "\nP>No Entries in AWL-Line->UCODE-Offset/EvemNode MAP !!!");
-}
-
-// Each line with its offset in hexadecimal and its statement; the maps grow from unit to unit.
-TEST_F(EVemLineMapDumpTest, TheMapsGrowFromUnitToUnit) {
-    const char* pathB = "C:\\PRJ\\B.POU";
-    const auto a = LoadStoreAdd(AddUnit(exe.get(), kPath));
-    const auto b = Append(AddUnit(exe.get(), pathB), {{kEVemLdVariableStmtNode, 6, 0x2A, "q"}});
-    const std::string expected = Head(kPath) + "\nP>AWL-Line: 5 \t->  UCODE-Offset: 0X14 " + Statement(a[1]) +
-                                 "\nP>AWL-Line: 6 \t->  UCODE-Offset: 0X18 " + Statement(a[2]) + Head(pathB) +
-                                 "\nP>AWL-Line: 5 \t->  UCODE-Offset: 0X14 " + Statement(a[1]) +
-                                 "\nP>AWL-Line: 6 \t->  UCODE-Offset: 0X2a " + Statement(b[0]);
-    EXPECT_EQ(Dump({kPath, pathB}), expected);
-}
 
 TEST_F(EVemLineMapDumpTest, OnlyForTheirProjectCodeAndWithTheSwitchOn) {
     LoadStoreAdd(AddUnit(exe.get(), kPath));

@@ -160,15 +160,6 @@ TEST_F(EVemSwitch, SettersWithTheSwitchOffChangeNothing) {
     EXPECT_EQ(evemtest::DumpText(code.get(), ""), codeBefore);
 }
 
-TEST_F(EVemSwitch, MakingNodesNeedsTheSwitch) {
-    LurSetEvemEnabled(0);
-    EXPECT_EQ(EVemCreateNode(kEVemPouCodeNode, "U"), nullptr);
-    EXPECT_EQ(EVemCreateNode(kEVemLdVariableStmtNode, ""), nullptr);
-    EXPECT_EQ(EVemAddNewStmtNode(nullptr, kEVemLdVariableStmtNode), nullptr);
-    LurSetEvemEnabled(1);
-    EXPECT_EQ(EVemAddNewStmtNode(nullptr, kEVemLdVariableStmtNode), nullptr);
-}
-
 TEST_F(EVemSwitch, NullNodesAreSurvivedByTheFunctionsThatGiveNothing) {
     const long live = CEVemBaseNode::LiveCount();
     EVemDeleteNode(nullptr);

@@ -14,20 +14,6 @@ using xreftest::TreePtr;
 
 namespace {
 
-// Kinds that read their operand: the loads, the variable and indexed rows of the sixteen
-// six-row operators, Not and the closing parenthesis, conversions, calls, the load of a
-// reference, the standard functions with a variable operand.
-std::set<int> ReadKinds() {
-    std::set<int> kinds = {6, 8, 9, 38, 69, 129, 159, 160, 162, 164, 165, 167, 168, 169, 170, 176, 177};
-    for (int first : {14, 20, 26, 32, 39, 45, 51, 57, 63, 70, 76, 82, 88, 94, 100, 106})
-        for (int row : {1, 2, 4, 5}) kinds.insert(first + row);
-    for (auto [from, to] : {std::pair{112, 115}, {120, 123}, {132, 142}, {147, 150}, {155, 158}})
-        for (int kind = from; kind <= to; ++kind) kinds.insert(kind);
-    return kinds;
-}
-
-const std::set<int> kWriteKinds = {10, 11, 12, 13, 120, 121, 122, 123, 130, 176, 177};
-
 CVemBaseNode* Add(CVemBaseNode* parent, CVemBaseNode* child) {
     VemAddChildTail(parent, child);
     return child;
@@ -89,23 +75,6 @@ CEVemBaseNode* ReadWrite(CVemBaseNode* exe, const char* path, const char* operan
 
 }  // namespace
 
-TEST_F(EVemTest, AccessTablesHoldExactlyTheirKinds) {
-    const std::set<int> reads = ReadKinds();
-    ASSERT_EQ(reads.size(), 108u);
-    int readCount = 0;
-    int writeCount = 0;
-    for (int kind = -2; kind <= 300; ++kind) {
-        const auto type = static_cast<tEVemNodeType>(kind);
-        EXPECT_EQ(EVemIsReadAccess(type), reads.count(kind) ? 1 : 0) << kind;
-        EXPECT_EQ(EVemIsWriteAccess(type), kWriteKinds.count(kind) ? 1 : 0) << kind;
-        readCount += EVemIsReadAccess(type);
-        writeCount += EVemIsWriteAccess(type);
-    }
-    EXPECT_EQ(readCount, 108);
-    EXPECT_EQ(writeCount, 11);
-    for (int kind = 178; kind <= 186; ++kind) EXPECT_EQ(EVemIsReadAccess(static_cast<tEVemNodeType>(kind)), 0);
-}
-
 TEST_F(EVemTest, CheckAccessByKindOfAccess) {
     NodePtr load = Create(kEVemLdVariableStmtNode);
     NodePtr store = Create(kEVemStVariableStmtNode);
@@ -164,20 +133,6 @@ TEST_F(EVemTest, CheckForCallComparesTheNodeTextUpToItsType) {
     TreePtr leadingColon(new CVemBaseNode(kVemBaseNode, ":X", 1));
     EXPECT_EQ(EVemCheckForCall(Create(kEVemCalFbStmtNode, "P : Q").get(), twoColons.get(), 0), 1);
     EXPECT_EQ(EVemCheckForCall(Create(kEVemCalFbStmtNode, ":X").get(), leadingColon.get(), 0), 1);
-}
-
-TEST_F(EVemTest, PouTableHoldsEachCodeNodeByItsPath) {
-    TreePtr exe = MakeExe();
-    AddUnit(exe.get(), "C:\\PRJ\\A.POU");
-    CEVemBaseNode* b = AddUnit(exe.get(), "C:\\PRJ\\B.POU");
-    CEVemBaseNode* twin = AddUnit(exe.get(), "C:\\PRJ\\A.POU");
-    CEVemBaseNode* lower = AddUnit(exe.get(), "C:\\PRJ\\a.pou");
-    CMapStringToOb table;
-    EXPECT_EQ(EVemCRBuildPouTableEx(exe.get(), &table), 1);
-    EXPECT_EQ(table.GetCount(), 3);
-    EXPECT_EQ(table.PLookup("C:\\PRJ\\A.POU") ? *table.PLookup("C:\\PRJ\\A.POU") : nullptr, twin);
-    EXPECT_EQ(table.PLookup("C:\\PRJ\\B.POU") ? *table.PLookup("C:\\PRJ\\B.POU") : nullptr, b);
-    EXPECT_EQ(table.PLookup("C:\\PRJ\\a.pou") ? *table.PLookup("C:\\PRJ\\a.pou") : nullptr, lower);
 }
 
 TEST_F(EVemTest, PouTableEndsAtANodeOfAnotherKind) {
@@ -339,25 +294,4 @@ TEST_F(EVemTest, QueryNamesOperandsFromTheirUnitDown) {
     EXPECT_EQ(lines(program, m), std::vector<int>{});
     EXPECT_EQ(lines(block, x), std::vector<int>{7});
     EXPECT_EQ(lines(block, m), std::vector<int>{8});
-}
-
-TEST_F(EVemTest, QueryFindsCallsOfUnitsInAnyUnit) {
-    TreePtr exe = MakeExe();
-    TreePtr task = Task("T1");
-    CVemBaseNode* inst = Instance(task.get(), "inst", "FBT");
-    CVemBaseNode* fun = Add(task.get(), VemCreateCVemFunctionNode("F", ""));
-    CEVemBaseNode* a = AddUnit(exe.get(), "C:\\PRJ\\T1.POU");
-    Append(a, {{kEVemCalFbStmtNode, 3, 0, "inst"},
-               {kEVemLdVariableStmtNode, 4, 0, "inst"},
-               {kEVemCalcenFunStmtNode, 5, 0, "F"}});
-    CEVemBaseNode* b = AddUnit(exe.get(), "C:\\PRJ\\OTHER.POU");
-    Append(b, {{kEVemCalcFbStmtNode, 8, 0, "inst"}, {kEVemCalFunStmtNode, 9, 0, "F"}});
-
-    Query q;
-    for (CEVemBaseNode* unit : {a, b}) {
-        EXPECT_EQ(q.Run(unit, inst, 4), 1);
-        EXPECT_EQ(q.Run(unit, fun, 7), 1);
-    }
-    EXPECT_EQ(q.Hits(),
-              (Hits{"C:\\PRJ\\T1.POU:3:4", "C:\\PRJ\\T1.POU:5:4", "C:\\PRJ\\OTHER.POU:8:4", "C:\\PRJ\\OTHER.POU:9:4"}));
 }

@@ -28,28 +28,6 @@ TEST_F(HFileOpen, NewFileIsClosed) {
     EXPECT_TRUE(made->IsKindOf(RUNTIME_CLASS(CFile)));
 }
 
-TEST_F(HFileOpen, FlagsOfTheThreeForms) {
-    const std::string path = Put(Block({"A = 1"}) + kBody, "t.Typ");
-    CHFile file;
-    ASSERT_EQ(file.OpenRead(path.c_str(), 0), 1);
-    EXPECT_EQ(file.CanRead(), 1);
-    EXPECT_EQ(file.CanWrite(), 0);
-    EXPECT_EQ(file.IsTypeFile(), 1);
-    EXPECT_EQ(file.HasHeader(), 1);
-    EXPECT_EQ(file.FileName(), path.c_str());
-    file.Close();
-    EXPECT_EQ(file.FileName(), "--no-file-currently-open--");
-    EXPECT_EQ(file.CanRead(), 0);
-    ASSERT_EQ(file.OpenUpdate(path.c_str(), 0), 1);
-    EXPECT_EQ(file.CanRead() + file.CanWrite(), 2);
-    file.Close();
-    ASSERT_EQ(file.OpenCreate(dir_.file("new.st").c_str(), 0), 1);
-    EXPECT_EQ(file.CanRead(), 0);
-    EXPECT_EQ(file.CanWrite(), 1);
-    EXPECT_EQ(file.IsTypeFile(), 0);
-    EXPECT_EQ(file.HasHeader(), 0);
-}
-
 TEST_F(HFileOpen, UnopenableFile) {
     const std::string missing = dir_.file("missing.st");
     CHFile file;
@@ -65,19 +43,6 @@ TEST_F(HFileOpen, UnopenableFile) {
         EXPECT_EQ(e.m_strFileName, missing.c_str());
     }
     EXPECT_EQ(file.CloseChecked(0), 1);
-}
-
-TEST_F(HFileOpen, HeaderDisplacedWhenMoreThanBlockAndBody) {
-    const std::pair<std::string, int> cases[] = {
-        {Block({"A = 1"}) + kBody, 0},
-        {"junk\r\n" + Block({"A = 1"}) + kBody, 1},
-        {Block({"A = 1"}) + "(* comment *)\r\n" + kBody, 1},
-        {Block({"A = 1"}), 1},
-    };
-    for (const auto& [text, displaced] : cases) {
-        auto file = Opened(text);
-        EXPECT_EQ(file->HeaderDisplaced(), displaced) << text;
-    }
 }
 
 // Closes the descriptor behind the file's back, so that the platform's close fails.
@@ -169,23 +134,6 @@ protected:
         return all;
     }
 };
-
-TEST_F(HFileBody, LengthAndReadSkipTheBlock) {
-    const std::string text = Block({"A = 1"}) + kBody;
-    auto file = Opened(text);
-    EXPECT_EQ(file->GetLength(), kBody.size());
-    EXPECT_EQ(ReadAll(*file, 5), kBody);
-    EXPECT_EQ(file->BodyPosition(), static_cast<i64>(text.size()));
-    EXPECT_EQ(file->GetPosition(), 0u);
-}
-
-TEST_F(HFileBody, WithoutBlockLengthFromKeyword) {
-    const std::string text = "(* c *)\r\n" + kBody;
-    auto file = Opened(text);
-    EXPECT_EQ(file->GetValue("A"), "");
-    EXPECT_EQ(file->GetLength(), kBody.size());
-    EXPECT_EQ(ReadAll(*file, 1000), kBody);
-}
 
 TEST_F(HFileBody, NoBodyMeansNoLengthAndBadSeek) {
     // The last one is a type file whose block has no end marker.

@@ -46,15 +46,6 @@ TEST_F(HFileKeys, ValuesOfKeys) {
     for (const Case& c : cases) EXPECT_EQ(ValueIn(c.Text, c.Key), c.Value) << c.Text << " " << c.Key;
 }
 
-TEST_F(HFileKeys, BlockNeedNotStandAtTheStart) {
-    const std::string text = "(* leading comment *)\r\n" + Block({"CHECK = 77"}) + kBody;
-    EXPECT_EQ(ValueIn(text, "CHECK"), "77");
-    auto file = Opened(text);
-    EXPECT_EQ(file->HasHeader(), 1);
-    EXPECT_EQ(file->HeaderDisplaced(), 1);
-    EXPECT_EQ(file->FindBegin(), 23);
-}
-
 TEST_F(HFileKeys, ZeroByteEndsTheTextOfItsBlock) {
     // The zero hides the rest of its 2048 bytes: no block, no body.
     const std::string text = std::string("(*\0*)\r\n", 7) + Block({"CHECK = 1"}) + kBody;
@@ -112,33 +103,6 @@ TEST_F(HFileKeys, LineStartSeenAcrossBorders) {
     }
 }
 
-TEST_F(HFileKeys, ScannerFindsEarliestAndPrefersEarlierNeedle) {
-    auto file = Opened("abc FUNCTION_BLOCK x FUNCTION y");
-    const std::string_view needles[] = {"function", "FUNCTION_BLOCK", "x"};
-    CHFileMatch match;
-    EXPECT_EQ(file->FindFirst(0, needles, false, CHFile::kNoLimit, match), 1);
-    EXPECT_EQ(match.found, 1);
-    EXPECT_EQ(match.position, 4);
-    EXPECT_EQ(match.index, 0);
-    EXPECT_EQ(file->FindFirst(5, needles, false, CHFile::kNoLimit, match), 1);
-    EXPECT_EQ(match.position, 19);
-    EXPECT_EQ(match.index, 2);
-    // A match above the limit is none.
-    EXPECT_EQ(file->FindFirst(0, needles, false, 3, match), 1);
-    EXPECT_EQ(match.found, 0);
-    EXPECT_EQ(match.position, -1);
-    EXPECT_EQ(match.index, -1);
-}
-
-TEST_F(HFileKeys, LineAndEqualsDistances) {
-    auto file = Opened("AB = C\r\nlast");
-    EXPECT_EQ(file->LineLength(0), 6);
-    EXPECT_EQ(file->DistanceToEquals(0), 2);
-    EXPECT_EQ(file->LineLength(8), -1);
-    EXPECT_EQ(file->DistanceToEquals(3), -1);
-    EXPECT_EQ(file->DistanceToEquals(0, 1), -1);
-}
-
 TEST_F(HFileKeys, IteratorGoesThroughKeysInFileOrder) {
     const std::string text = Block({"A = 1", "continued", "", "  B  = 2", "C = 3"}) + kBody;
     auto file = Opened(text);
@@ -157,19 +121,6 @@ TEST_F(HFileKeys, IteratorWithoutCompleteBlockHasNoKeys) {
 }
 
 class HFileCheckKey : public HFileTest {};
-
-// A block without the key, or no block, gives zero.
-TEST_F(HFileCheckKey, NumberOfTheCheckKey) {
-    const std::pair<std::string, u32> cases[] = {{Block({"CHECK = 123"}) + kBody, 123u},
-                                                 {Block({"CHECK =  -42abc"}) + kBody, static_cast<u32>(-42)},
-                                                 {kBody, 0u},
-                                                 {Block({"OTHER = 1"}) + kBody, 0u}};
-    for (const auto& [text, expected] : cases) {
-        u32 value = 5;
-        EXPECT_TRUE(VemReadCheckKey(Put(text).c_str(), value));
-        EXPECT_EQ(value, expected) << text;
-    }
-}
 
 TEST_F(HFileCheckKey, UnreadableFileLeavesValue) {
     u32 value = 5;

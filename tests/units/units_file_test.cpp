@@ -1,17 +1,13 @@
 // Unit records in node files: the golden record of a function, the tails of the three kinds, what
 // a load gives back, and damaged records.
-#include "alloc_hook.h"
 #include "test_util.h"
 #include "units/pou.h"
 #include "variables/struct.h"
 #include "vem_bytearray.h"
 
-using vemtest::AllocationWatch;
 using vemtest::Bytes;
-using vemtest::MessageCapture;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
-using vemtest::WriteFileBytes;
 
 namespace {
 
@@ -77,16 +73,6 @@ std::vector<u8> FunctionFile() {
     return b.v;
 }
 
-std::size_t WrittenSize(CVemBaseNode* node, const TempDir& dir) {
-    EXPECT_EQ(VemWriteNode(node, dir.file("size.vem").c_str()), 1);
-    return ReadFileBytes(dir.file("size.vem")).size();
-}
-
-CVemBaseNode* StoreAndLoad(CVemBaseNode* node, const TempDir& dir) {
-    EXPECT_EQ(VemWriteNode(node, dir.file("unit.vem").c_str()), 1);
-    return VemLoadNode(dir.file("unit.vem").c_str());
-}
-
 // A program with children of every kind of this subsystem, a statement list and arrays.
 CVemBaseNode* RichProgram() {
     CVemBaseNode* program = VemNewNode(kVemProgramNode);
@@ -129,94 +115,6 @@ TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
     EXPECT_EQ(f->DataSegmentPtr, nullptr);
     EXPECT_EQ(f->StatList->GetEntry(4)->CodeLine, -1);
     VemDeleteNode(loaded);
-}
-
-// The flag keeps its low byte; an empty list and no arrays come back so.
-TEST(UnitsFile, GlobalFlagKeepsItsLowByte) {
-    TempDir dir;
-    CVemByteArray data;
-    const std::pair<int, int> cases[] = {{0, 0}, {1, 1}, {256, 0}, {257, 1}, {0x1FF, 0xFF}};
-    for (const auto& [set, read] : cases) {
-        CVemBaseNode* program = VemNewNode(kVemProgramNode);
-        VemSetGlobal(program, set);
-        VemSetDataSegmentPtr(program, &data);
-        CVemBaseNode* loaded = StoreAndLoad(program, dir);
-        ASSERT_NE(loaded, nullptr);
-        EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-        EXPECT_EQ(VemGetGlobal(loaded), read) << set;
-        EXPECT_EQ(loaded->GetIconID(), read ? 137u : 118u) << set;
-        EXPECT_EQ(VemGetPflArray(loaded), nullptr);
-        ASSERT_NE(VemGetStatList(loaded), nullptr);
-        EXPECT_EQ(VemGetStatList(loaded)->GetCount(), 0);
-        EXPECT_EQ(VemGetDataSegmentPtr(loaded), nullptr);
-        VemDeleteNode(program);
-        VemDeleteNode(loaded);
-    }
-}
-
-TEST(UnitsFile, TailsOfTheThreeKinds) {
-    TempDir dir;
-    CVemPouNode plain(kVemBaseNode, "U", "u.poe");
-    CVemProgramNode program("U", "u.poe");
-    CVemFbNode fb("U", "u.poe");
-    CVemFunctionNode function("U", "u.poe");
-    const std::size_t plainSize = WrittenSize(&plain, dir);
-    EXPECT_EQ(WrittenSize(&program, dir), plainSize + 1);
-    EXPECT_EQ(WrittenSize(&function, dir), plainSize + 2);
-    EXPECT_EQ(WrittenSize(&fb, dir), plainSize + 4);
-}
-
-TEST(UnitsFile, FunctionBlockKeepsItsReservedWordsButNotItsKind) {
-    TempDir dir;
-    CVemBaseNode* fb = VemCreateCVemFbNode("F", "f.poe");
-    static_cast<CVemFbNode*>(fb)->Reserved = 0x1234;
-    static_cast<CVemFbNode*>(fb)->Reserved2 = 0x5678;
-    static_cast<CVemFbNode*>(fb)->SetFbSubSegmentKind(kIpSegData);
-    CVemBaseNode* loaded = StoreAndLoad(fb, dir);
-    ASSERT_NE(loaded, nullptr);
-    auto* f = static_cast<CVemFbNode*>(loaded);
-    EXPECT_EQ(f->Reserved, 0x1234);
-    EXPECT_EQ(f->Reserved2, 0x5678);
-    EXPECT_EQ(f->GetFbSubSegmentKind(), kIpSegCode);
-    VemDeleteNode(fb);
-    VemDeleteNode(loaded);
-}
-
-TEST(UnitsFile, TreeOfUnitsComesBackWithItsClassesAndParents) {
-    TempDir dir;
-    CVemBaseNode* program = RichProgram();
-    CVemBaseNode* loaded = StoreAndLoad(program, dir);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(loaded->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(VemGetGlobal(loaded), 1);
-    const CRuntimeClass* classes[] = {RUNTIME_CLASS(CVemFbNode), RUNTIME_CLASS(CVemFunctionNode),
-                                      RUNTIME_CLASS(CVemStructNode), RUNTIME_CLASS(CVemFbInstanceNode)};
-    int i = 0;
-    for (POSITION pos = loaded->Children.GetHeadPosition(); pos; ++i) {
-        CVemBaseNode* child = loaded->ChildAt(pos);
-        EXPECT_EQ(child->GetRuntimeClass(), classes[i]);
-        EXPECT_EQ(child->Parent, loaded);
-    }
-    CVemBaseNode* fb = VemGetFirstNodeOfType(loaded, kVemFbNode);
-    EXPECT_EQ(VemGetPathName(fb), "t.poe");
-    EXPECT_EQ(VemGetStatList(fb)->GetEntry(4)->OperandType, 3u);
-    EXPECT_EQ(VemGetName(static_cast<CVemBaseNode*>(fb->Children.GetHead())), "X");
-    // Written again, the tree gives the same bytes.
-    ASSERT_EQ(VemWriteNode(loaded, dir.file("again.vem").c_str()), 1);
-    EXPECT_EQ(ReadFileBytes(dir.file("again.vem")), ReadFileBytes(dir.file("unit.vem")));
-    VemDeleteNode(program);
-    VemDeleteNode(loaded);
-}
-
-TEST(UnitsFile, NewerRecordVersionsInsideAUnitFailTheLoad) {
-    TempDir dir;
-    // Versions of the statement list entry and of the byte array.
-    for (const auto& [at, version] : {std::pair<std::size_t, u8>{44, 1}, {58, 2}}) {
-        std::vector<u8> file = FunctionFile();
-        file[at] = version;
-        WriteFileBytes(dir.file("newer.vem"), file);
-        EXPECT_EQ(VemLoadNode(dir.file("newer.vem").c_str()), nullptr) << at;
-    }
 }
 
 TEST(UnitsFile, UnitsTravelAsObjectsByTheirClassName) {

@@ -45,49 +45,7 @@ std::vector<u8> Written(CVemBaseNode* node) {
     return vemtest::ReadFileBytes(dir.file("n.vem"));
 }
 
-struct DebugFlag {
-    explicit DebugFlag(int value) { VemSetDebugFlag(value); }
-    ~DebugFlag() { VemSetDebugFlag(0); }
-};
-
 }  // namespace
-
-// The other fields of a new unit show in the unit dumps.
-TEST(UnitsPou, NewUnitsHaveNoSegmentsAndAnEmptyStatementList) {
-    for (tVemNodeType type : {kVemProgramNode, kVemFbNode, kVemFunctionNode}) {
-        CVemBaseNode* p = VemNewNode(type);
-        ASSERT_NE(p, nullptr);
-        EXPECT_EQ(VemGetNodeType(p), type);
-        EXPECT_EQ(VemGetCodeSegment(p), 0xFFFF);
-        EXPECT_EQ(VemGetParentSegment(p), 0xFFFF);
-        EXPECT_EQ(VemGetPflArray(p), nullptr);
-        EXPECT_EQ(VemGetDataSegmentPtr(p), nullptr);
-        ASSERT_NE(VemGetStatList(p), nullptr);
-        EXPECT_EQ(VemGetStatList(p)->GetCount(), 0);
-        EXPECT_EQ(VemGetHeaderLength(p), 0);
-        VemDeleteNode(p);
-    }
-}
-
-TEST(UnitsPou, NodesThatAreNoUnitsAnswerTheDefaults) {
-    CVemBaseNode* v = NewVariable("V", 0);
-    CVemBaseNode* b = VemNewNode(kVemBaseNode);
-    for (CVemBaseNode* n : {v, b}) {
-        EXPECT_EQ(VemGetCrSize(n), 12345);
-        EXPECT_EQ(VemGetCrStackSize(n), 12345);
-        EXPECT_EQ(VemGetCrStackElements(n), 12345);
-        EXPECT_EQ(VemGetStatList(n), nullptr);
-        EXPECT_EQ(VemSetSegmentNumbers(n, 1, 2, 3, 4), 1);
-        EXPECT_EQ(VemGetCodeSegment(n), 0);
-        EXPECT_EQ(VemGetGlobal(n), 0);
-        EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(n, 0), "");
-    }
-    EXPECT_EQ(VemGetParentSegment(v), 0xFFFF);  // a variable answers by itself
-    VemDeleteNode(v);
-    VemDeleteNode(b);
-    EXPECT_EQ(VemSetSegmentNumbers(nullptr, 1, 2, 3, 4), 0);
-    EXPECT_EQ(VemGetPouPathNameFromCodeSegNr(nullptr, 0), "");
-}
 
 TEST(UnitsPou, SegmentNumbersAndTheNccNumber) {
     CVemBaseNode* p = NewProgram("P");
@@ -132,51 +90,6 @@ TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences)
     EXPECT_EQ(VemGetParentSegment(late), 0xFFFF);
     VemSetChildSegments(p);
     EXPECT_EQ(VemGetParentSegment(late), 5);
-    VemDeleteNode(p);
-}
-
-TEST(UnitsPou, ChildSegmentsDoNotDescendIntoChildUnits) {
-    CVemBaseNode* p = NewProgram("P");
-    CVemBaseNode* fb = VemCreateCVemFbNode("F : T", "f.poe");
-    CVemBaseNode* inner = NewVariable("X", 0);
-    VemAddChildTail(p, fb);
-    VemAddChildTail(fb, inner);
-    InSegment(fb, 3);
-    InSegment(p, 9);
-    EXPECT_EQ(VemGetDataSegment(fb), 3);  // a unit has no parent segment to set
-    EXPECT_EQ(VemGetParentSegment(inner), 3);
-    VemDeleteNode(p);
-}
-
-TEST(UnitsPou, ComputeOffsetsReachesEveryChildAndAddsEachTime) {
-    CVemBaseNode* p = NewProgram("P");
-    EXPECT_EQ(VemComputeOffsets(p, nullptr), 1);  // no children, nothing read
-    CVemBaseNode* a = NewVariable("A", 2);
-    VemSetSubSegmentKind(a, kIpSegData);
-    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
-    CVemBaseNode* inner = NewVariable("X", 4);
-    AddChildren(p, {a, fb});
-    VemAddChildTail(fb, inner);
-    const u16 starts[] = {10, 20};
-    EXPECT_EQ(VemComputeOffsets(p, starts), 1);
-    EXPECT_EQ(VemGetOffset(a), 22);
-    EXPECT_EQ(VemGetOffset(inner), 14);
-    VemComputeOffsets(p, starts);
-    EXPECT_EQ(VemGetOffset(a), 42);
-    VemDeleteNode(p);
-}
-
-TEST(UnitsPou, ProgramNumberReachesTheWholeSubtree) {
-    CVemBaseNode* p = NewProgram("P");
-    CVemBaseNode* fb = VemCreateCVemFbNode("F", "");
-    CVemBaseNode* structure = VemNewNode(kVemStructNode);
-    CVemBaseNode* member = NewVariable("M", 0);
-    CVemBaseNode* inner = NewVariable("X", 0);
-    AddChildren(p, {fb, structure});
-    VemAddChildTail(structure, member);
-    VemAddChildTail(fb, inner);
-    VemSetProgramNr(p, 7);
-    for (CVemBaseNode* n : {p, fb, structure, member, inner}) EXPECT_EQ(VemGetProgramNr(n), 7);
     VemDeleteNode(p);
 }
 
@@ -226,18 +139,6 @@ TEST(UnitsPou, PflArrayIsTakenAndFreedButNeverReplacedByTheSetter) {
     VemSetDataSegmentPtr(q, &data);
     EXPECT_EQ(VemGetDataSegmentPtr(q), &data);
     VemDeleteNode(q);  // leaves the data segment alone
-}
-
-TEST(UnitsPou, NodeTextWithTheDebugFlagStartsWithTheDataSegment) {
-    CVemBaseNode* p = NewProgram("MAIN");
-    VemSetDataSegment(p, 12);
-    EXPECT_EQ(VemGetNodeText(p), "MAIN");
-    {
-        DebugFlag debug(1);
-        EXPECT_EQ(VemGetNodeText(p), "12   MAIN");
-        EXPECT_EQ(VemGetName(p), "MAIN");
-    }
-    VemDeleteNode(p);
 }
 
 // The icons of each class are in node_classes_test.cpp.
@@ -351,23 +252,4 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     VemDeleteNode(bare);
     VemDeleteNode(source);
     delete data;
-}
-
-TEST(UnitsPou, EachKindClonesToItsOwnClass) {
-    CVemBaseNode* fb = VemCreateCVemFbNode("F", "f");
-    static_cast<CVemFbNode*>(fb)->Reserved = 3;
-    static_cast<CVemFbNode*>(fb)->Reserved2 = 4;
-    CVemBaseNode* function = VemCreateCVemFunctionNode("G", "g");
-    VemSetOffset(function, 5);
-    VemSetSubSegmentKind(function, kIpSegData);
-    static_cast<CVemFunctionNode*>(function)->Reserved = 6;
-    CVemBaseNode* fbClone = VemClone(fb);
-    CVemBaseNode* functionClone = VemClone(function);
-    EXPECT_EQ(fbClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFbNode));
-    EXPECT_EQ(Written(fbClone), Written(fb));  // with the reserved words
-    EXPECT_EQ(functionClone->GetRuntimeClass(), RUNTIME_CLASS(CVemFunctionNode));
-    EXPECT_EQ(Written(functionClone), Written(function));
-    EXPECT_EQ(VemGetOffset(functionClone), 5);  // not stored, but cloned
-    EXPECT_EQ(VemGetSubSegmentKind(functionClone), kIpSegData);
-    for (CVemBaseNode* n : {fb, function, fbClone, functionClone}) VemDeleteNode(n);
 }

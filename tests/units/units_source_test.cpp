@@ -79,15 +79,3 @@ TEST(UnitsSource, ChecksumIsTheNumberOfTheHeadersCheckKey) {
         VemDeleteNode(unit);
     }
 }
-
-TEST(UnitsSource, NodesThatAreNoUnitsTakeNothingFromAFile) {
-    TempDir dir;
-    const std::string path = dir.file("main.poe");
-    WriteFileText(path, kSource);
-    CVemBaseNode* variable = VemCreateCVemVariableNode("V", 0, kCbeTypeInt, 2, 0);
-    VemSetCheckSum(variable, path.c_str());
-    VemSetDate(variable, path.c_str());
-    EXPECT_EQ(VemGetCheckSum(variable), 0u);
-    EXPECT_EQ(VemGetDate(variable), 0u);
-    VemDeleteNode(variable);
-}

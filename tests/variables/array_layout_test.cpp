@@ -111,15 +111,6 @@ TEST_F(ArrayLayout, HeaderIsRaisedToTheAlignment) {
     EXPECT_EQ(Offsets(array), (std::vector<int>{108, 110}));
 }
 
-TEST_F(ArrayLayout, LastDimensionChangesFastest) {
-    NodePtr exe = Target(1, 1);
-    CVemBaseNode* array = AddArray(exe.get(), "A", 0, Element(kCbeTypeInt, 2), {{0, 1, 0}, {0, 2, 0}});
-    VemExpandArray(array);
-    EXPECT_EQ(ChildNames(array), (std::vector<std::string>{"A [ 0 , 0 ] ", "A [ 0 , 1 ] ", "A [ 0 , 2 ] ",
-                                                           "A [ 1 , 0 ] ", "A [ 1 , 1 ] ", "A [ 1 , 2 ] "}));
-    EXPECT_EQ(Offsets(array), (std::vector<int>{0, 2, 4, 6, 8, 10}));
-}
-
 TEST_F(ArrayLayout, NegativeAndReversedBounds) {
     NodePtr exe = Target(1, 1);
     CVemBaseNode* negative = AddArray(exe.get(), "N", 0, Element(kCbeTypeByte, 1), {{-2, 0, 0}});
@@ -127,21 +118,6 @@ TEST_F(ArrayLayout, NegativeAndReversedBounds) {
     VemExpandArray(exe.get());
     EXPECT_EQ(ChildNames(negative), (std::vector<std::string>{"N [ -2 ] ", "N [ -1 ] ", "N [ 0 ] "}));
     EXPECT_EQ(ChildNames(reversed), (std::vector<std::string>{"R [ 5 , 1 ] ", "R [ 5 , 2 ] "}));
-}
-
-TEST_F(ArrayLayout, ArrayOfArraysExpandsOnEveryLevel) {
-    NodePtr exe = Target(1, 1);
-    CVemBaseNode* inner = Named(kVemArrayNode, "I");
-    VemSetDimRange4Index(VemGetRange(inner), 0, {0, 1, 0});
-    VemAddChildTail(inner, Element(kCbeTypeInt, 2));
-    VemSetSize(inner, 4);
-    CVemBaseNode* outer = AddArray(exe.get(), "A", 20, inner, {{1, 2, 0}});
-    VemExpandArray(outer);
-    EXPECT_EQ(ChildNames(outer), (std::vector<std::string>{"A [ 1 ] ", "A [ 2 ] "}));
-    CVemBaseNode* second = VemGetLastChild(outer);
-    EXPECT_EQ(ChildNames(second), (std::vector<std::string>{"A [ 2 ]  [ 0 ] ", "A [ 2 ]  [ 1 ] "}));
-    EXPECT_EQ(Offsets(second), (std::vector<int>{24, 26}));
-    EXPECT_EQ(VemGetReferenceNode(second), nullptr);
 }
 
 TEST_F(ArrayLayout, ElementsTakeTheArraysSegmentAndThePrototypeGoes) {
@@ -154,14 +130,6 @@ TEST_F(ArrayLayout, ElementsTakeTheArraysSegmentAndThePrototypeGoes) {
     EXPECT_EQ(VemGetSize(array), 0xFFFF);  // the array's own size is not touched
     VemExpandArray(array);
     EXPECT_EQ(ChildNames(array).size(), 2u);
-}
-
-TEST_F(ArrayLayout, WithoutExecutableEveryUnitIsOneByte) {
-    NodePtr task = MakeNode(kVemTuiTaskNode, "T");
-    CVemBaseNode* array = AddArray(task.get(), "A", 10, Element(kCbeTypeUser, 3), {{0, 2, 0}});
-    VemSetHeaderLength(array, 3);
-    VemExpandArray(task.get());
-    EXPECT_EQ(Offsets(array), (std::vector<int>{13, 16, 19}));
 }
 
 TEST_F(ArrayLayout, RangesThatCannotBeExpandedLeaveTheArrayAlone) {

@@ -18,19 +18,6 @@ struct DebugFlag {
 
 }  // namespace
 
-TEST(VariablesNode, NodeTypeFollowsTheDataType) {
-    const std::pair<tCbeType, tVemNodeType> cases[] = {
-        {kCbeTypeArray, kVemArrayNode},   {kCbeTypeStruct, kVemStructNode},  {kCbeTypeFbInstance, kVemFbInstanceNode},
-        {kCbeTypeBool, kVemVariableNode}, {kCbeTypeUndef, kVemVariableNode}, {kCbeTypeArrayOfStruct, kVemVariableNode},
-    };
-    for (const auto& [type, nodeType] : cases) {
-        CVemBaseNode* v = NewVariable("V", 0, type, 0);
-        EXPECT_EQ(VemGetNodeType(v), nodeType) << type;
-        EXPECT_EQ(v->HasSymbol, nodeType == kVemVariableNode ? 0 : 1) << type;
-        VemDeleteNode(v);
-    }
-}
-
 TEST(VariablesNode, NodeTextWithAndWithoutTheDebugFlag) {
     CVemBaseNode* v = NewVariable("X", 16, kCbeTypeInt, 2);
     EXPECT_EQ(VemGetNodeText(v), "X");
@@ -46,24 +33,6 @@ TEST(VariablesNode, NodeTextWithAndWithoutTheDebugFlag) {
         EXPECT_EQ(VemGetNodeText(v), "X : INT | Offset: 10 | Size: 2 | Seg: 5  | Ref: 1 | Prg: 3");
     }
     EXPECT_EQ(VemGetName(v), "X");
-    VemDeleteNode(v);
-}
-
-TEST(VariablesNode, ComputeOffsetsAddsTheStartOfTheSubSegmentEachTimeInSixteenBits) {
-    const u16 starts[] = {0, 100, 200};
-    CVemBaseNode* v = NewVariable("V", 6, kCbeTypeInt, 2);
-    VemSetSubSegmentKind(v, kIpSegInit);
-    EXPECT_EQ(VemComputeOffsets(v, starts), 1);
-    EXPECT_EQ(VemGetOffset(v), 206);
-    EXPECT_EQ(VemComputeOffsets(v, starts), 1);
-    EXPECT_EQ(VemGetOffset(v), 406);
-    // Offsets wrap in sixteen bits.
-    VemSetOffset(v, 0xFFFF);
-    VemSetSubSegmentKind(v, kIpSegData);
-    VemComputeOffsets(v, starts);
-    EXPECT_EQ(VemGetOffset(v), 99);
-    EXPECT_EQ(v->ShiftOffsets(0x1FFFF), 1);
-    EXPECT_EQ(VemGetOffset(v), 98);
     VemDeleteNode(v);
 }
 
