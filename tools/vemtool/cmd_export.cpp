@@ -1,5 +1,6 @@
 // export: the whole tree with its stored fields as JSON, for other tools.
 #include <cstdio>
+#include <cstring>
 
 #include "json.h"
 #include "model.h"
@@ -54,7 +55,9 @@ void Segments(Json& j, Json::Name key, const std::optional<SegmentTableRecord>& 
     j.EndObject();
 }
 
-void Named(Json& j, Json::Name key, Json::Name nameKey, u32 value, const char* name) {
+// Keys of known length: the copies of hundreds of thousands of them are inlined.
+template <std::size_t K, std::size_t N>
+void Named(Json& j, const char (&key)[K], const char (&nameKey)[N], u32 value, const char* name) {
     j.Field(key, static_cast<long long>(value));
     j.Key(nameKey);
     j.PlainString(name);
@@ -62,7 +65,8 @@ void Named(Json& j, Json::Name key, Json::Name nameKey, u32 value, const char* n
 
 void Statement(Json& j, CEVemBaseNode* s, int depth);
 
-void StatementOrNull(Json& j, Json::Name key, CEVemBaseNode* s, int depth) {
+template <std::size_t K>
+void StatementOrNull(Json& j, const char (&key)[K], CEVemBaseNode* s, int depth) {
     j.Key(key);
     if (s)
         Statement(j, s, depth + 1);
@@ -70,7 +74,8 @@ void StatementOrNull(Json& j, Json::Name key, CEVemBaseNode* s, int depth) {
         j.Null();
 }
 
-void NodeName(Json& j, Json::Name key, CVemBaseNode* node) {
+template <std::size_t K>
+void NodeName(Json& j, const char (&key)[K], CVemBaseNode* node) {
     j.Key(key);
     if (node)
         j.String(VemGetName(node).GetString());
@@ -79,45 +84,88 @@ void NodeName(Json& j, Json::Name key, CVemBaseNode* node) {
 }
 
 // One statement with every field the statement model keeps; the nodes of the tree that it points
-// to are given by name.
+// to are given by name. A large resource has hundreds of thousands of statements: their fields
+// come from the library in one call and go into the text in a row.
 void Statement(Json& j, CEVemBaseNode* s, int depth) {
+    tEVemStatementFields f;
+    EVemGetStatementFields(s, &f);
+    const char* const names[] = {StatementTypeName(static_cast<u32>(f.Type)), DataTypeName(f.CbeType),
+                                 AddressModeName(f.AddressMode), DataTypeName(f.InType), DataTypeName(f.OutType)};
+    std::size_t lengths[5];
+    std::size_t chars = 0;
+    for (int i = 0; i < 5; ++i) chars += lengths[i] = std::strlen(names[i]);
+    const std::size_t nameLength = std::strlen(f.Name.GetString());
+    const std::size_t typeLength = std::strlen(f.TypeName.GetString());
+    // The keys of the 28 fields have 277 characters; a literal value ("false", "null", "[]") at
+    // most 5, a number at most 24 (see Json::Reserve).
+    constexpr std::size_t kFields = 28, kKeys = 277 + 9 * 5, kNumbers = 12 * 24, kQuotes = 7 * 2;
+    const std::size_t room = chars + 6 * (nameLength + typeLength) + kKeys + kNumbers + kQuotes;
     j.BeginObject();
-    Named(j, "type", "typeName", static_cast<u32>(EVemGetNodeType(s)),
-          StatementTypeName(static_cast<u32>(EVemGetNodeType(s))));
-    u16 line = 0, column = 0;
-    EVemGetAwlPosition(s, line, column);
-    j.Field("awlLine", line);
-    j.Field("awlColumn", column);
-    j.Field("ucodeOffset", EVemGetUcodeOffset(s));
-    j.Field("name", EVemGetName(s));
-    j.Key("negOperand");
-    j.Bool(EVemGetNegOperand(s) != 0);
-    j.Field("accuType", EVemGetAccuType(s));
-    Named(j, "cbeType", "cbeTypeName", EVemGetCbeType(s), DataTypeName(EVemGetCbeType(s)));
-    Named(j, "addressMode", "addressModeName", EVemGetAddressMode(s), AddressModeName(EVemGetAddressMode(s)));
-    j.Field("nearOffset", EVemGetOffset(s));
-    j.Field("farOffset", EVemGetFarOffset(s));
-    j.Field("labelNum", EVemGetLabelNum(s));
-    Named(j, "inType", "inTypeName", EVemGetInType(s), DataTypeName(EVemGetInType(s)));
-    Named(j, "outType", "outTypeName", EVemGetOutType(s), DataTypeName(EVemGetOutType(s)));
-    j.Field("declaredType", EVemGetTypeName(s));
-    Bytes(j, "value", EVemGetValue(s));
-    NodeName(j, "vemNode", EVemGetVemNode(s));
-    NodeName(j, "instanceNode", EVemGetInstanceNode(s));
-    NodeName(j, "elementNode", EVemGetElementNode(s));
-    j.Key("indexNodes");
-    j.BeginArray();
-    const int count = depth < 16 ? EVemGetIndexCount(s) : 0;
-    for (int i = 0; i < count; ++i) {
-        if (CEVemBaseNode* index = EVemGetIndexNode(s, i))
-            Statement(j, index, depth + 1);
-        else
-            j.Null();
+    j.Reserve(kFields, room);
+    j.RawNumber("type", static_cast<long long>(static_cast<u32>(f.Type)));
+    j.RawPlain("typeName", names[0], lengths[0]);
+    j.RawNumber("awlLine", f.AwlLine);
+    j.RawNumber("awlColumn", f.AwlColumn);
+    j.RawNumber("ucodeOffset", f.UcodeOffset);
+    j.RawString("name", f.Name.GetString(), nameLength);
+    j.RawBool("negOperand", f.NegOperand != 0);
+    j.RawNumber("accuType", f.AccuType);
+    j.RawNumber("cbeType", f.CbeType);
+    j.RawPlain("cbeTypeName", names[1], lengths[1]);
+    j.RawNumber("addressMode", f.AddressMode);
+    j.RawPlain("addressModeName", names[2], lengths[2]);
+    j.RawNumber("nearOffset", f.Offset);
+    j.RawNumber("farOffset", f.FarOffset);
+    j.RawNumber("labelNum", f.LabelNum);
+    j.RawNumber("inType", f.InType);
+    j.RawPlain("inTypeName", names[3], lengths[3]);
+    j.RawNumber("outType", f.OutType);
+    j.RawPlain("outTypeName", names[4], lengths[4]);
+    j.RawString("declaredType", f.TypeName.GetString(), typeLength);
+    // Most statements point to nothing more: those fields go on in the row, the rest the long way.
+    if (f.Value) {
+        Bytes(j, "value", f.Value);
+        j.Reserve(kFields, room);
+    } else {
+        j.RawNull("value");
     }
-    j.EndArray();
-    StatementOrNull(j, "stringLParam", depth < 16 ? EVemGetStdStringLParamStmtNode(s) : nullptr, depth);
-    StatementOrNull(j, "stringPParam", depth < 16 ? EVemGetStdStringPParamStmtNode(s) : nullptr, depth);
-    StatementOrNull(j, "stringIn2Param", depth < 16 ? EVemGetStdStringIn2ParamStmtNode(s) : nullptr, depth);
+    const auto node = [&](const auto& key, CVemBaseNode* n) {
+        if (n) {
+            NodeName(j, key, n);
+            j.Reserve(kFields, room);
+        } else {
+            j.RawNull(key);
+        }
+    };
+    node("vemNode", f.VemNode);
+    node("instanceNode", f.InstanceNode);
+    node("elementNode", f.ElementNode);
+    const int count = depth < 16 ? f.IndexCount : 0;
+    if (count <= 0) {
+        j.RawLiteral("indexNodes", "[]", 2);
+    } else {
+        j.Key("indexNodes");
+        j.BeginArray();
+        for (int i = 0; i < count; ++i) {
+            if (CEVemBaseNode* index = EVemGetIndexNode(s, i))
+                Statement(j, index, depth + 1);
+            else
+                j.Null();
+        }
+        j.EndArray();
+        j.Reserve(kFields, room);
+    }
+    const auto param = [&](const auto& key, CEVemBaseNode* p) {
+        if (depth < 16 && p) {
+            StatementOrNull(j, key, p, depth);
+            j.Reserve(kFields, room);
+        } else {
+            j.RawNull(key);
+        }
+    };
+    param("stringLParam", f.StdStringLParam);
+    param("stringPParam", f.StdStringPParam);
+    param("stringIn2Param", f.StdStringIn2Param);
     j.EndObject();
 }
 
@@ -173,32 +221,44 @@ void DeviceSettings(Json& j, const tVemDeviceSettings& d) {
     j.EndObject();
 }
 
+// A large resource has hundreds of thousands of variables: their fields go into the text in rows.
 void VariableFields(Json& j, const VariableRecord& v) {
-    j.Field("offset", v.offset);
-    j.Field("size", v.size);
-    j.Field("parentSegment", v.parentSegment);
-    Named(j, "variableType", "variableTypeName", v.variableType, DataTypeName(v.variableType));
-    j.Field("reference", v.reference);
-    j.Field("netVar", v.netVar);
-    j.Field("programNr", v.programNr);
-    j.Field("declaredType", v.declaredType);
-    j.Field("scope", v.scope);
-    j.Field("canBeWatched", v.canBeWatched);
-    j.Field("varInOut", v.varInOut);
-    Named(j, "subSegmentKind", "subSegmentKindName", v.subSegmentKind, SegmentKindName(v.subSegmentKind));
-    j.Field("piLocation", v.piLocation);
+    const char* const typeName = DataTypeName(v.variableType);
+    const char* const kindName = SegmentKindName(v.subSegmentKind);
+    const std::size_t typeNameLength = std::strlen(typeName), kindNameLength = std::strlen(kindName);
+    const std::size_t declaredLength = std::strlen(v.declaredType.GetString());
+    const std::size_t piLength = std::strlen(v.piLocation.GetString());
+    const std::size_t instanceLength = std::strlen(v.instanceText.GetString());
+    // Keys of the first 15 fields: 154 characters; of the last 3: 36. A number: at most 24
+    // characters, a text 6 for each of its own and its quotes, "null" 4.
+    j.Reserve(15, 154 + 11 * 24 + typeNameLength + kindNameLength + 6 * (declaredLength + piLength) + 4 * 2);
+    j.RawNumber("offset", static_cast<long long>(v.offset));
+    j.RawNumber("size", static_cast<long long>(v.size));
+    j.RawNumber("parentSegment", static_cast<long long>(v.parentSegment));
+    j.RawNumber("variableType", static_cast<long long>(static_cast<u32>(v.variableType)));
+    j.RawPlain("variableTypeName", typeName, typeNameLength);
+    j.RawNumber("reference", static_cast<long long>(v.reference));
+    j.RawNumber("netVar", static_cast<long long>(v.netVar));
+    j.RawNumber("programNr", static_cast<long long>(v.programNr));
+    j.RawString("declaredType", v.declaredType.GetString(), declaredLength);
+    j.RawNumber("scope", static_cast<long long>(v.scope));
+    j.RawNumber("canBeWatched", static_cast<long long>(v.canBeWatched));
+    j.RawNumber("varInOut", static_cast<long long>(v.varInOut));
+    j.RawNumber("subSegmentKind", static_cast<long long>(static_cast<u32>(v.subSegmentKind)));
+    j.RawPlain("subSegmentKindName", kindName, kindNameLength);
+    j.RawString("piLocation", v.piLocation.GetString(), piLength);
     j.Key("dclPosition");
     j.BeginArray();
     j.Unsigned(v.dclLine);
     j.Unsigned(v.dclColumn);
     j.EndArray();
-    j.Field("qualifier", v.qualifier);
-    j.Field("instanceText", v.instanceText);
-    j.Key("absoluteAddress");  // computed: the task's start of the segment plus the offset
-    if (v.address)
-        j.Unsigned(*v.address);
+    j.Reserve(3, 36 + 2 * 24 + 6 * instanceLength + 2 + 4);
+    j.RawNumber("qualifier", static_cast<long long>(v.qualifier));
+    j.RawString("instanceText", v.instanceText.GetString(), instanceLength);
+    if (v.address)  // computed: the task's start of the segment plus the offset
+        j.RawNumber("absoluteAddress", static_cast<long long>(*v.address));
     else
-        j.Null();
+        j.RawNull("absoluteAddress");
 }
 
 Progress* gProgress = nullptr;

@@ -44,6 +44,11 @@ char* Json::MoreRoom(std::size_t count) {
     return at;
 }
 
+void Json::MakeRoom(std::size_t count) {
+    Flush();
+    if (count > text_.size()) text_.resize(count);
+}
+
 void Json::Put(const char* text, std::size_t count) {
     if (count) std::memcpy(Room(count), text, count);
 }
@@ -176,6 +181,34 @@ void Json::WriteString(const char* text) {
     }
     *out++ = '"';
     used_ -= most - static_cast<std::size_t>(out - start);
+}
+
+// The text in quotes, escaped where needed; gives the end.
+char* Json::Escaped(char* out, const char* text, std::size_t length) {
+    static const char kDigits[] = "0123456789abcdef";
+    const auto* p = reinterpret_cast<const unsigned char*>(text ? text : "");
+    *out++ = '"';
+    if (AllPlain(p, length)) {
+        std::memcpy(out, p, length);
+        out += length;
+    } else {
+        for (const unsigned char* end = p + length; p < end; ++p) {
+            const unsigned char c = *p;
+            if (kPlain[c]) {
+                *out++ = static_cast<char>(c);
+            } else if (c == '"' || c == '\\') {
+                *out++ = '\\';
+                *out++ = static_cast<char>(c);
+            } else {  // 8-bit texts read as Latin-1
+                std::memcpy(out, "\\u00", 4);
+                out[4] = kDigits[c >> 4];
+                out[5] = kDigits[c & 15];
+                out += 6;
+            }
+        }
+    }
+    *out++ = '"';
+    return out;
 }
 
 void Json::Hex(const unsigned char* bytes, std::size_t count) {
