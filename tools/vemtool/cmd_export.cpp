@@ -97,44 +97,46 @@ void Statement(Json& j, CEVemBaseNode* s, int depth) {
     const std::size_t nameLength = std::strlen(f.Name.GetString());
     const std::size_t typeLength = std::strlen(f.TypeName.GetString());
     // The keys of the 28 fields have 277 characters; a literal value ("false", "null", "[]") at
-    // most 5, a number at most 24 (see Json::Reserve).
+    // most 5, a number at most 24 (see Json::Row).
     constexpr std::size_t kFields = 28, kKeys = 277 + 9 * 5, kNumbers = 12 * 24, kQuotes = 7 * 2;
     const std::size_t room = chars + 6 * (nameLength + typeLength) + kKeys + kNumbers + kQuotes;
     j.BeginObject();
-    j.Reserve(kFields, room);
-    j.RawNumber("type", static_cast<long long>(static_cast<u32>(f.Type)));
-    j.RawPlain("typeName", names[0], lengths[0]);
-    j.RawNumber("awlLine", f.AwlLine);
-    j.RawNumber("awlColumn", f.AwlColumn);
-    j.RawNumber("ucodeOffset", f.UcodeOffset);
-    j.RawString("name", f.Name.GetString(), nameLength);
-    j.RawBool("negOperand", f.NegOperand != 0);
-    j.RawNumber("accuType", f.AccuType);
-    j.RawNumber("cbeType", f.CbeType);
-    j.RawPlain("cbeTypeName", names[1], lengths[1]);
-    j.RawNumber("addressMode", f.AddressMode);
-    j.RawPlain("addressModeName", names[2], lengths[2]);
-    j.RawNumber("nearOffset", f.Offset);
-    j.RawNumber("farOffset", f.FarOffset);
-    j.RawNumber("labelNum", f.LabelNum);
-    j.RawNumber("inType", f.InType);
-    j.RawPlain("inTypeName", names[3], lengths[3]);
-    j.RawNumber("outType", f.OutType);
-    j.RawPlain("outTypeName", names[4], lengths[4]);
-    j.RawString("declaredType", f.TypeName.GetString(), typeLength);
+    Json::Row row(j, kFields, room);
+    row.Number("type", static_cast<long long>(static_cast<u32>(f.Type)));
+    row.Plain("typeName", names[0], lengths[0]);
+    row.Number("awlLine", f.AwlLine);
+    row.Number("awlColumn", f.AwlColumn);
+    row.Number("ucodeOffset", f.UcodeOffset);
+    row.String("name", f.Name.GetString(), nameLength);
+    row.Bool("negOperand", f.NegOperand != 0);
+    row.Number("accuType", f.AccuType);
+    row.Number("cbeType", f.CbeType);
+    row.Plain("cbeTypeName", names[1], lengths[1]);
+    row.Number("addressMode", f.AddressMode);
+    row.Plain("addressModeName", names[2], lengths[2]);
+    row.Number("nearOffset", f.Offset);
+    row.Number("farOffset", f.FarOffset);
+    row.Number("labelNum", f.LabelNum);
+    row.Number("inType", f.InType);
+    row.Plain("inTypeName", names[3], lengths[3]);
+    row.Number("outType", f.OutType);
+    row.Plain("outTypeName", names[4], lengths[4]);
+    row.String("declaredType", f.TypeName.GetString(), typeLength);
     // Most statements point to nothing more: those fields go on in the row, the rest the long way.
     if (f.Value) {
+        row.Hand();
         Bytes(j, "value", f.Value);
-        j.Reserve(kFields, room);
+        row.Take(kFields, room);
     } else {
-        j.RawNull("value");
+        row.Null("value");
     }
     const auto node = [&](const auto& key, CVemBaseNode* n) {
         if (n) {
+            row.Hand();
             NodeName(j, key, n);
-            j.Reserve(kFields, room);
+            row.Take(kFields, room);
         } else {
-            j.RawNull(key);
+            row.Null(key);
         }
     };
     node("vemNode", f.VemNode);
@@ -142,8 +144,9 @@ void Statement(Json& j, CEVemBaseNode* s, int depth) {
     node("elementNode", f.ElementNode);
     const int count = depth < 16 ? f.IndexCount : 0;
     if (count <= 0) {
-        j.RawLiteral("indexNodes", "[]", 2);
+        row.Literal("indexNodes", "[]", 2);
     } else {
+        row.Hand();
         j.Key("indexNodes");
         j.BeginArray();
         for (int i = 0; i < count; ++i) {
@@ -153,19 +156,21 @@ void Statement(Json& j, CEVemBaseNode* s, int depth) {
                 j.Null();
         }
         j.EndArray();
-        j.Reserve(kFields, room);
+        row.Take(kFields, room);
     }
     const auto param = [&](const auto& key, CEVemBaseNode* p) {
         if (depth < 16 && p) {
+            row.Hand();
             StatementOrNull(j, key, p, depth);
-            j.Reserve(kFields, room);
+            row.Take(kFields, room);
         } else {
-            j.RawNull(key);
+            row.Null(key);
         }
     };
     param("stringLParam", f.StdStringLParam);
     param("stringPParam", f.StdStringPParam);
     param("stringIn2Param", f.StdStringIn2Param);
+    row.Hand();
     j.EndObject();
 }
 
@@ -231,34 +236,36 @@ void VariableFields(Json& j, const VariableRecord& v) {
     const std::size_t instanceLength = std::strlen(v.instanceText.GetString());
     // Keys of the first 15 fields: 154 characters; of the last 3: 36. A number: at most 24
     // characters, a text 6 for each of its own and its quotes, "null" 4.
-    j.Reserve(15, 154 + 11 * 24 + typeNameLength + kindNameLength + 6 * (declaredLength + piLength) + 4 * 2);
-    j.RawNumber("offset", static_cast<long long>(v.offset));
-    j.RawNumber("size", static_cast<long long>(v.size));
-    j.RawNumber("parentSegment", static_cast<long long>(v.parentSegment));
-    j.RawNumber("variableType", static_cast<long long>(static_cast<u32>(v.variableType)));
-    j.RawPlain("variableTypeName", typeName, typeNameLength);
-    j.RawNumber("reference", static_cast<long long>(v.reference));
-    j.RawNumber("netVar", static_cast<long long>(v.netVar));
-    j.RawNumber("programNr", static_cast<long long>(v.programNr));
-    j.RawString("declaredType", v.declaredType.GetString(), declaredLength);
-    j.RawNumber("scope", static_cast<long long>(v.scope));
-    j.RawNumber("canBeWatched", static_cast<long long>(v.canBeWatched));
-    j.RawNumber("varInOut", static_cast<long long>(v.varInOut));
-    j.RawNumber("subSegmentKind", static_cast<long long>(static_cast<u32>(v.subSegmentKind)));
-    j.RawPlain("subSegmentKindName", kindName, kindNameLength);
-    j.RawString("piLocation", v.piLocation.GetString(), piLength);
+    Json::Row row(j, 15, 154 + 11 * 24 + typeNameLength + kindNameLength + 6 * (declaredLength + piLength) + 4 * 2);
+    row.Number("offset", static_cast<long long>(v.offset));
+    row.Number("size", static_cast<long long>(v.size));
+    row.Number("parentSegment", static_cast<long long>(v.parentSegment));
+    row.Number("variableType", static_cast<long long>(static_cast<u32>(v.variableType)));
+    row.Plain("variableTypeName", typeName, typeNameLength);
+    row.Number("reference", static_cast<long long>(v.reference));
+    row.Number("netVar", static_cast<long long>(v.netVar));
+    row.Number("programNr", static_cast<long long>(v.programNr));
+    row.String("declaredType", v.declaredType.GetString(), declaredLength);
+    row.Number("scope", static_cast<long long>(v.scope));
+    row.Number("canBeWatched", static_cast<long long>(v.canBeWatched));
+    row.Number("varInOut", static_cast<long long>(v.varInOut));
+    row.Number("subSegmentKind", static_cast<long long>(static_cast<u32>(v.subSegmentKind)));
+    row.Plain("subSegmentKindName", kindName, kindNameLength);
+    row.String("piLocation", v.piLocation.GetString(), piLength);
+    row.Hand();
     j.Key("dclPosition");
     j.BeginArray();
     j.Unsigned(v.dclLine);
     j.Unsigned(v.dclColumn);
     j.EndArray();
-    j.Reserve(3, 36 + 2 * 24 + 6 * instanceLength + 2 + 4);
-    j.RawNumber("qualifier", static_cast<long long>(v.qualifier));
-    j.RawString("instanceText", v.instanceText.GetString(), instanceLength);
+    row.Take(3, 36 + 2 * 24 + 6 * instanceLength + 2 + 4);
+    row.Number("qualifier", static_cast<long long>(v.qualifier));
+    row.String("instanceText", v.instanceText.GetString(), instanceLength);
     if (v.address)  // computed: the task's start of the segment plus the offset
-        j.RawNumber("absoluteAddress", static_cast<long long>(*v.address));
+        row.Number("absoluteAddress", static_cast<long long>(*v.address));
     else
-        j.RawNull("absoluteAddress");
+        row.Null("absoluteAddress");
+    row.Hand();
 }
 
 Progress* gProgress = nullptr;
