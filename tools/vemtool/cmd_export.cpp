@@ -330,13 +330,22 @@ void UnitFields(Json& j, const ModelNode& m) {
 
 // A node's own fields, all but its children.
 void Fields(Json& j, const ModelNode& m) {
-    Named(j, "type", "typeName", m.type, NodeTypeName(m.type));
-    j.Field("class", m.className);
-    j.Field("text", m.text);
-    j.Field("name", m.name);
-    j.Field("serial", m.serial);
-    j.Field("expanded", m.expanded);
-    j.Field("extraText", m.extraText);
+    const char* const typeName = NodeTypeName(m.type);
+    const char* const className = m.className ? m.className : "";
+    const std::size_t typeLength = std::strlen(typeName), classLength = std::strlen(className);
+    const std::size_t textLength = std::strlen(m.text.GetString()), nameLength = std::strlen(m.name.GetString());
+    const std::size_t extraLength = std::strlen(m.extraText.GetString());
+    // Keys: 48 characters; 3 numbers; 5 texts in quotes.
+    Json::Row row(j, 8, 48 + 3 * 24 + typeLength + 6 * (classLength + textLength + nameLength + extraLength) + 5 * 2);
+    row.Number("type", static_cast<long long>(m.type));
+    row.Plain("typeName", typeName, typeLength);
+    row.String("class", className, classLength);
+    row.String("text", m.text.GetString(), textLength);
+    row.String("name", m.name.GetString(), nameLength);
+    row.Number("serial", static_cast<long long>(m.serial));
+    row.Number("expanded", static_cast<long long>(m.expanded));
+    row.String("extraText", m.extraText.GetString(), extraLength);
+    row.Hand();
     if (m.variable) VariableFields(j, *m.variable);
     if (m.array) ArrayFields(j, *m.array);
     if (m.unit) UnitFields(j, m);
