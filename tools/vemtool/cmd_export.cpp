@@ -94,8 +94,8 @@ void Statement(Json& j, CEVemBaseNode* s, int depth) {
     std::size_t lengths[5];
     std::size_t chars = 0;
     for (int i = 0; i < 5; ++i) chars += lengths[i] = std::strlen(names[i]);
-    const std::size_t nameLength = std::strlen(f.Name.GetString());
-    const std::size_t typeLength = std::strlen(f.TypeName.GetString());
+    const std::size_t nameLength = f.Name.view().size();
+    const std::size_t typeLength = f.TypeName.view().size();
     // The keys of the 28 fields have 277 characters; a literal value ("false", "null", "[]") at
     // most 5, a number at most 24 (see Json::Row).
     constexpr std::size_t kFields = 28, kKeys = 277 + 9 * 5, kNumbers = 12 * 24, kQuotes = 7 * 2;
@@ -231,9 +231,9 @@ void VariableFields(Json& j, const VariableRecord& v) {
     const char* const typeName = DataTypeName(v.variableType);
     const char* const kindName = SegmentKindName(v.subSegmentKind);
     const std::size_t typeNameLength = std::strlen(typeName), kindNameLength = std::strlen(kindName);
-    const std::size_t declaredLength = std::strlen(v.declaredType.GetString());
-    const std::size_t piLength = std::strlen(v.piLocation.GetString());
-    const std::size_t instanceLength = std::strlen(v.instanceText.GetString());
+    const std::size_t declaredLength = v.declaredType.view().size();
+    const std::size_t piLength = v.piLocation.view().size();
+    const std::size_t instanceLength = v.instanceText.view().size();
     // Keys of the first 15 fields: 154 characters; of the last 3: 36. A number: at most 24
     // characters, a text 6 for each of its own and its quotes, "null" 4.
     Json::Row row(j, 15, 154 + 11 * 24 + typeNameLength + kindNameLength + 6 * (declaredLength + piLength) + 4 * 2);
@@ -333,8 +333,8 @@ void Fields(Json& j, const ModelNode& m) {
     const char* const typeName = NodeTypeName(m.type);
     const char* const className = m.className ? m.className : "";
     const std::size_t typeLength = std::strlen(typeName), classLength = std::strlen(className);
-    const std::size_t textLength = std::strlen(m.text.GetString()), nameLength = std::strlen(m.name.GetString());
-    const std::size_t extraLength = std::strlen(m.extraText.GetString());
+    const std::size_t textLength = m.text.view().size(), nameLength = m.name.view().size();
+    const std::size_t extraLength = m.extraText.view().size();
     // Keys: 48 characters; 3 numbers; 5 texts in quotes.
     Json::Row row(j, 8, 48 + 3 * 24 + typeLength + 6 * (classLength + textLength + nameLength + extraLength) + 5 * 2);
     row.Number("type", static_cast<long long>(m.type));

@@ -183,28 +183,30 @@ void Json::WriteString(const char* text) {
     used_ -= most - static_cast<std::size_t>(out - start);
 }
 
-// The text in quotes, escaped where needed; gives the end.
+// The text in quotes, up to its first zero byte and at most `length` characters, escaped where
+// needed; gives the end. Most texts are short names, copied in the one pass that checks them.
 char* Json::Escaped(char* out, const char* text, std::size_t length) {
     static const char kDigits[] = "0123456789abcdef";
     const auto* p = reinterpret_cast<const unsigned char*>(text ? text : "");
+    const unsigned char* const end = p + (text ? length : 0);
     *out++ = '"';
-    if (AllPlain(p, length)) {
+    if (length >= 16 && text && AllPlain(p, length)) {
         std::memcpy(out, p, length);
         out += length;
-    } else {
-        for (const unsigned char* end = p + length; p < end; ++p) {
-            const unsigned char c = *p;
-            if (kPlain[c]) {
-                *out++ = static_cast<char>(c);
-            } else if (c == '"' || c == '\\') {
-                *out++ = '\\';
-                *out++ = static_cast<char>(c);
-            } else {  // 8-bit texts read as Latin-1
-                std::memcpy(out, "\\u00", 4);
-                out[4] = kDigits[c >> 4];
-                out[5] = kDigits[c & 15];
-                out += 6;
-            }
+        p = end;
+    }
+    for (; p < end && *p; ++p) {
+        const unsigned char c = *p;
+        if (kPlain[c]) {
+            *out++ = static_cast<char>(c);
+        } else if (c == '"' || c == '\\') {
+            *out++ = '\\';
+            *out++ = static_cast<char>(c);
+        } else {  // 8-bit texts read as Latin-1
+            std::memcpy(out, "\\u00", 4);
+            out[4] = kDigits[c >> 4];
+            out[5] = kDigits[c & 15];
+            out += 6;
         }
     }
     *out++ = '"';

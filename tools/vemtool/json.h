@@ -123,7 +123,8 @@ public:
             out_ += length;
             *out_++ = '"';
         }
-        // Any text, escaped where needed: 6 characters of room for each of its own and 2 more.
+        // Any text up to its first zero byte and at most `length` characters, escaped where
+        // needed: 6 characters of room for each of its own and 2 more.
         template <std::size_t N>
         [[gnu::always_inline]] void String(const char (&key)[N], const char* text, std::size_t length) {
             Key(key);
