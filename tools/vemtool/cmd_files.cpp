@@ -26,7 +26,7 @@ bool IsVariable(u32 t) {
 bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
 // A tree of a large resource has hundreds of thousands of lines: each is put together here in a
-// buffer that is only ever grown, and written with one call, not formatted field by field.
+// buffer that is only ever grown, not formatted field by field, and the buffer goes out in pieces.
 char* Pad(char* out, const char* text, std::size_t length, std::size_t width) {
     std::memcpy(out, text, length);
     out += length;
@@ -70,8 +70,18 @@ bool Placed(CVemBaseNode* node, bool variable, const Above& above, u32& address)
                            static_cast<u16>(VemGetOffset(node) + above.elementOffsets), address);
 }
 
+// The lines of a tree, handed on to the output in pieces of 128 KiB.
+struct TreeText {
+    std::string text;
+    std::size_t used = 0;
+    void Flush() {
+        std::fwrite(text.data(), 1, used, Out());
+        used = 0;
+    }
+};
+
 // "%-44s %-13s", then for variables and units " %-8s %4u:0x%04X  @0x%06X  size %u".
-void TreeLine(std::string& line, CVemBaseNode* node, u32 type, int depth, const Above& above) {
+void TreeLine(TreeText& lines, CVemBaseNode* node, u32 type, int depth, const Above& above) {
     const CString text = VemGetNodeText(node);
     const std::string_view view = text.view();
     const char* const typeName = NodeTypeName(type);
@@ -81,8 +91,8 @@ void TreeLine(std::string& line, CVemBaseNode* node, u32 type, int depth, const 
     const std::size_t dataLength = std::strlen(dataName);
     // Four numbers of at most 10 digits each and 44 characters between them.
     const std::size_t most = static_cast<std::size_t>(depth) * 2 + view.size() + typeLength + dataLength + 128;
-    if (line.size() < most) line.resize(most);
-    char* const start = line.data();
+    if (lines.text.size() < lines.used + most) lines.text.resize(lines.used + most);
+    char* const start = lines.text.data() + lines.used;
     char* out = start;
     for (int i = 0; i < depth; ++i, out += 2) std::memcpy(out, "  ", 2);
     std::memcpy(out, view.data(), view.size());
@@ -113,10 +123,11 @@ void TreeLine(std::string& line, CVemBaseNode* node, u32 type, int depth, const 
             0, ' ');
     }
     *out++ = '\n';
-    std::fwrite(start, 1, static_cast<std::size_t>(out - start), Out());
+    lines.used += static_cast<std::size_t>(out - start);
+    if (lines.used >= std::size_t{1} << 17) lines.Flush();
 }
 
-void PrintTree(std::string& line, CVemBaseNode* node, int depth, int maxDepth, const Above& above) {
+void PrintTree(TreeText& line, CVemBaseNode* node, int depth, int maxDepth, const Above& above) {
     const u32 type = VemGetNodeType(node);
     Above here = above;
     if (type == kVemTuiTaskNode) here.task = node;
@@ -175,8 +186,9 @@ int CmdTree(const Options& o) {
             top = FindNode(tree.get(), o.Value("--path"));
             if (!top) return NotFound(tree.get(), o.Value("--path"), "no node of that path");
         }
-        std::string line;
-        PrintTree(line, top, 0, static_cast<int>(depth), Context(top));
+        TreeText lines;
+        PrintTree(lines, top, 0, static_cast<int>(depth), Context(top));
+        lines.Flush();
         return kOk;
     }
     const std::string out = o.Value("--output");
