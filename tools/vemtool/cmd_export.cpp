@@ -1,5 +1,6 @@
 // export: the whole tree with its stored fields as JSON, for other tools.
 #include <cstdio>
+#include <cstring>
 
 #include "json.h"
 #include "model.h"
@@ -54,7 +55,9 @@ void Segments(Json& j, Json::Name key, const std::optional<SegmentTableRecord>& 
     j.EndObject();
 }
 
-void Named(Json& j, Json::Name key, Json::Name nameKey, u32 value, const char* name) {
+// Keys of known length: the copies of hundreds of thousands of them are inlined.
+template <std::size_t K, std::size_t N>
+void Named(Json& j, const char (&key)[K], const char (&nameKey)[N], u32 value, const char* name) {
     j.Field(key, static_cast<long long>(value));
     j.Key(nameKey);
     j.PlainString(name);
@@ -62,7 +65,8 @@ void Named(Json& j, Json::Name key, Json::Name nameKey, u32 value, const char* n
 
 void Statement(Json& j, CEVemBaseNode* s, int depth);
 
-void StatementOrNull(Json& j, Json::Name key, CEVemBaseNode* s, int depth) {
+template <std::size_t K>
+void StatementOrNull(Json& j, const char (&key)[K], CEVemBaseNode* s, int depth) {
     j.Key(key);
     if (s)
         Statement(j, s, depth + 1);
@@ -70,7 +74,8 @@ void StatementOrNull(Json& j, Json::Name key, CEVemBaseNode* s, int depth) {
         j.Null();
 }
 
-void NodeName(Json& j, Json::Name key, CVemBaseNode* node) {
+template <std::size_t K>
+void NodeName(Json& j, const char (&key)[K], CVemBaseNode* node) {
     j.Key(key);
     if (node)
         j.String(VemGetName(node).GetString());
@@ -79,45 +84,93 @@ void NodeName(Json& j, Json::Name key, CVemBaseNode* node) {
 }
 
 // One statement with every field the statement model keeps; the nodes of the tree that it points
-// to are given by name.
+// to are given by name. A large resource has hundreds of thousands of statements: their fields
+// come from the library in one call and go into the text in a row.
 void Statement(Json& j, CEVemBaseNode* s, int depth) {
+    tEVemStatementFields f;
+    EVemGetStatementFields(s, &f);
+    const char* const names[] = {StatementTypeName(static_cast<u32>(f.Type)), DataTypeName(f.CbeType),
+                                 AddressModeName(f.AddressMode), DataTypeName(f.InType), DataTypeName(f.OutType)};
+    std::size_t lengths[5];
+    std::size_t chars = 0;
+    for (int i = 0; i < 5; ++i) chars += lengths[i] = std::strlen(names[i]);
+    const std::size_t nameLength = f.Name.view().size();
+    const std::size_t typeLength = f.TypeName.view().size();
+    // The keys of the 28 fields have 277 characters; a literal value ("false", "null", "[]") at
+    // most 5, a number at most 24 (see Json::Row).
+    constexpr std::size_t kFields = 28, kKeys = 277 + 9 * 5, kNumbers = 12 * 24, kQuotes = 7 * 2;
+    const std::size_t room = chars + 6 * (nameLength + typeLength) + kKeys + kNumbers + kQuotes;
     j.BeginObject();
-    Named(j, "type", "typeName", static_cast<u32>(EVemGetNodeType(s)),
-          StatementTypeName(static_cast<u32>(EVemGetNodeType(s))));
-    u16 line = 0, column = 0;
-    EVemGetAwlPosition(s, line, column);
-    j.Field("awlLine", line);
-    j.Field("awlColumn", column);
-    j.Field("ucodeOffset", EVemGetUcodeOffset(s));
-    j.Field("name", EVemGetName(s));
-    j.Key("negOperand");
-    j.Bool(EVemGetNegOperand(s) != 0);
-    j.Field("accuType", EVemGetAccuType(s));
-    Named(j, "cbeType", "cbeTypeName", EVemGetCbeType(s), DataTypeName(EVemGetCbeType(s)));
-    Named(j, "addressMode", "addressModeName", EVemGetAddressMode(s), AddressModeName(EVemGetAddressMode(s)));
-    j.Field("nearOffset", EVemGetOffset(s));
-    j.Field("farOffset", EVemGetFarOffset(s));
-    j.Field("labelNum", EVemGetLabelNum(s));
-    Named(j, "inType", "inTypeName", EVemGetInType(s), DataTypeName(EVemGetInType(s)));
-    Named(j, "outType", "outTypeName", EVemGetOutType(s), DataTypeName(EVemGetOutType(s)));
-    j.Field("declaredType", EVemGetTypeName(s));
-    Bytes(j, "value", EVemGetValue(s));
-    NodeName(j, "vemNode", EVemGetVemNode(s));
-    NodeName(j, "instanceNode", EVemGetInstanceNode(s));
-    NodeName(j, "elementNode", EVemGetElementNode(s));
-    j.Key("indexNodes");
-    j.BeginArray();
-    const int count = depth < 16 ? EVemGetIndexCount(s) : 0;
-    for (int i = 0; i < count; ++i) {
-        if (CEVemBaseNode* index = EVemGetIndexNode(s, i))
-            Statement(j, index, depth + 1);
-        else
-            j.Null();
+    Json::Row row(j, kFields, room);
+    row.Number("type", static_cast<long long>(static_cast<u32>(f.Type)));
+    row.Plain("typeName", names[0], lengths[0]);
+    row.Number("awlLine", f.AwlLine);
+    row.Number("awlColumn", f.AwlColumn);
+    row.Number("ucodeOffset", f.UcodeOffset);
+    row.String("name", f.Name.GetString(), nameLength);
+    row.Bool("negOperand", f.NegOperand != 0);
+    row.Number("accuType", f.AccuType);
+    row.Number("cbeType", f.CbeType);
+    row.Plain("cbeTypeName", names[1], lengths[1]);
+    row.Number("addressMode", f.AddressMode);
+    row.Plain("addressModeName", names[2], lengths[2]);
+    row.Number("nearOffset", f.Offset);
+    row.Number("farOffset", f.FarOffset);
+    row.Number("labelNum", f.LabelNum);
+    row.Number("inType", f.InType);
+    row.Plain("inTypeName", names[3], lengths[3]);
+    row.Number("outType", f.OutType);
+    row.Plain("outTypeName", names[4], lengths[4]);
+    row.String("declaredType", f.TypeName.GetString(), typeLength);
+    // Most statements point to nothing more: those fields go on in the row, the rest the long way.
+    if (f.Value) {
+        row.Hand();
+        Bytes(j, "value", f.Value);
+        row.Take(kFields, room);
+    } else {
+        row.Null("value");
     }
-    j.EndArray();
-    StatementOrNull(j, "stringLParam", depth < 16 ? EVemGetStdStringLParamStmtNode(s) : nullptr, depth);
-    StatementOrNull(j, "stringPParam", depth < 16 ? EVemGetStdStringPParamStmtNode(s) : nullptr, depth);
-    StatementOrNull(j, "stringIn2Param", depth < 16 ? EVemGetStdStringIn2ParamStmtNode(s) : nullptr, depth);
+    const auto node = [&](const auto& key, CVemBaseNode* n) {
+        if (n) {
+            row.Hand();
+            NodeName(j, key, n);
+            row.Take(kFields, room);
+        } else {
+            row.Null(key);
+        }
+    };
+    node("vemNode", f.VemNode);
+    node("instanceNode", f.InstanceNode);
+    node("elementNode", f.ElementNode);
+    const int count = depth < 16 ? f.IndexCount : 0;
+    if (count <= 0) {
+        row.Literal("indexNodes", "[]", 2);
+    } else {
+        row.Hand();
+        j.Key("indexNodes");
+        j.BeginArray();
+        for (int i = 0; i < count; ++i) {
+            if (CEVemBaseNode* index = EVemGetIndexNode(s, i))
+                Statement(j, index, depth + 1);
+            else
+                j.Null();
+        }
+        j.EndArray();
+        row.Take(kFields, room);
+    }
+    const auto param = [&](const auto& key, CEVemBaseNode* p) {
+        if (depth < 16 && p) {
+            row.Hand();
+            StatementOrNull(j, key, p, depth);
+            row.Take(kFields, room);
+        } else {
+            row.Null(key);
+        }
+    };
+    param("stringLParam", f.StdStringLParam);
+    param("stringPParam", f.StdStringPParam);
+    param("stringIn2Param", f.StdStringIn2Param);
+    row.Hand();
     j.EndObject();
 }
 
@@ -173,32 +226,46 @@ void DeviceSettings(Json& j, const tVemDeviceSettings& d) {
     j.EndObject();
 }
 
+// A large resource has hundreds of thousands of variables: their fields go into the text in rows.
 void VariableFields(Json& j, const VariableRecord& v) {
-    j.Field("offset", v.offset);
-    j.Field("size", v.size);
-    j.Field("parentSegment", v.parentSegment);
-    Named(j, "variableType", "variableTypeName", v.variableType, DataTypeName(v.variableType));
-    j.Field("reference", v.reference);
-    j.Field("netVar", v.netVar);
-    j.Field("programNr", v.programNr);
-    j.Field("declaredType", v.declaredType);
-    j.Field("scope", v.scope);
-    j.Field("canBeWatched", v.canBeWatched);
-    j.Field("varInOut", v.varInOut);
-    Named(j, "subSegmentKind", "subSegmentKindName", v.subSegmentKind, SegmentKindName(v.subSegmentKind));
-    j.Field("piLocation", v.piLocation);
+    const char* const typeName = DataTypeName(v.variableType);
+    const char* const kindName = SegmentKindName(v.subSegmentKind);
+    const std::size_t typeNameLength = std::strlen(typeName), kindNameLength = std::strlen(kindName);
+    const std::size_t declaredLength = v.declaredType.view().size();
+    const std::size_t piLength = v.piLocation.view().size();
+    const std::size_t instanceLength = v.instanceText.view().size();
+    // Keys of the first 15 fields: 154 characters; of the last 3: 36. A number: at most 24
+    // characters, a text 6 for each of its own and its quotes, "null" 4.
+    Json::Row row(j, 15, 154 + 11 * 24 + typeNameLength + kindNameLength + 6 * (declaredLength + piLength) + 4 * 2);
+    row.Number("offset", static_cast<long long>(v.offset));
+    row.Number("size", static_cast<long long>(v.size));
+    row.Number("parentSegment", static_cast<long long>(v.parentSegment));
+    row.Number("variableType", static_cast<long long>(static_cast<u32>(v.variableType)));
+    row.Plain("variableTypeName", typeName, typeNameLength);
+    row.Number("reference", static_cast<long long>(v.reference));
+    row.Number("netVar", static_cast<long long>(v.netVar));
+    row.Number("programNr", static_cast<long long>(v.programNr));
+    row.String("declaredType", v.declaredType.GetString(), declaredLength);
+    row.Number("scope", static_cast<long long>(v.scope));
+    row.Number("canBeWatched", static_cast<long long>(v.canBeWatched));
+    row.Number("varInOut", static_cast<long long>(v.varInOut));
+    row.Number("subSegmentKind", static_cast<long long>(static_cast<u32>(v.subSegmentKind)));
+    row.Plain("subSegmentKindName", kindName, kindNameLength);
+    row.String("piLocation", v.piLocation.GetString(), piLength);
+    row.Hand();
     j.Key("dclPosition");
     j.BeginArray();
     j.Unsigned(v.dclLine);
     j.Unsigned(v.dclColumn);
     j.EndArray();
-    j.Field("qualifier", v.qualifier);
-    j.Field("instanceText", v.instanceText);
-    j.Key("absoluteAddress");  // computed: the task's start of the segment plus the offset
-    if (v.address)
-        j.Unsigned(*v.address);
+    row.Take(3, 36 + 2 * 24 + 6 * instanceLength + 2 + 4);
+    row.Number("qualifier", static_cast<long long>(v.qualifier));
+    row.String("instanceText", v.instanceText.GetString(), instanceLength);
+    if (v.address)  // computed: the task's start of the segment plus the offset
+        row.Number("absoluteAddress", static_cast<long long>(*v.address));
     else
-        j.Null();
+        row.Null("absoluteAddress");
+    row.Hand();
 }
 
 Progress* gProgress = nullptr;
@@ -263,13 +330,22 @@ void UnitFields(Json& j, const ModelNode& m) {
 
 // A node's own fields, all but its children.
 void Fields(Json& j, const ModelNode& m) {
-    Named(j, "type", "typeName", m.type, NodeTypeName(m.type));
-    j.Field("class", m.className);
-    j.Field("text", m.text);
-    j.Field("name", m.name);
-    j.Field("serial", m.serial);
-    j.Field("expanded", m.expanded);
-    j.Field("extraText", m.extraText);
+    const char* const typeName = NodeTypeName(m.type);
+    const char* const className = m.className ? m.className : "";
+    const std::size_t typeLength = std::strlen(typeName), classLength = std::strlen(className);
+    const std::size_t textLength = m.text.view().size(), nameLength = m.name.view().size();
+    const std::size_t extraLength = m.extraText.view().size();
+    // Keys: 48 characters; 3 numbers; 5 texts in quotes.
+    Json::Row row(j, 8, 48 + 3 * 24 + typeLength + 6 * (classLength + textLength + nameLength + extraLength) + 5 * 2);
+    row.Number("type", static_cast<long long>(m.type));
+    row.Plain("typeName", typeName, typeLength);
+    row.String("class", className, classLength);
+    row.String("text", m.text.GetString(), textLength);
+    row.String("name", m.name.GetString(), nameLength);
+    row.Number("serial", static_cast<long long>(m.serial));
+    row.Number("expanded", static_cast<long long>(m.expanded));
+    row.String("extraText", m.extraText.GetString(), extraLength);
+    row.Hand();
     if (m.variable) VariableFields(j, *m.variable);
     if (m.array) ArrayFields(j, *m.array);
     if (m.unit) UnitFields(j, m);

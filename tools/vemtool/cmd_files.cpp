@@ -25,62 +25,120 @@ bool IsVariable(u32 t) {
 }
 bool IsUnit(u32 t) { return t == kVemProgramNode || t == kVemFbNode || t == kVemFunctionNode || t == kVemTuiTaskNode; }
 
-// A tree of a large resource has hundreds of thousands of lines: each is put together here and
-// written with one call, not formatted field by field.
-void Pad(std::string& line, const char* text, std::size_t width) {
-    const std::size_t length = std::strlen(text);
-    line.append(text, length);
-    if (length < width) line.append(width - length, ' ');
+// A tree of a large resource has hundreds of thousands of lines: each is put together here in a
+// buffer that is only ever grown, not formatted field by field, and the buffer goes out in pieces.
+char* Pad(char* out, const char* text, std::size_t length, std::size_t width) {
+    std::memcpy(out, text, length);
+    out += length;
+    for (; length < width; ++length) *out++ = ' ';
+    return out;
 }
 
-void Number(std::string& line, unsigned value, int base, std::size_t width, char fill) {
+char* Number(char* out, unsigned value, int base, std::size_t width, char fill) {
     char digits[16];
     const auto length =
         static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value, base).ptr - digits);
-    if (length < width) line.append(width - length, fill);
+    for (std::size_t n = length; n < width; ++n) *out++ = fill;
     for (std::size_t i = 0; i < length; ++i)
-        line += static_cast<char>(std::toupper(static_cast<unsigned char>(digits[i])));
+        *out++ = digits[i] >= 'a' ? static_cast<char>(digits[i] - 'a' + 'A') : digits[i];
+    return out;
 }
+
+// What a node's absolute address needs from above it, handed down the walk instead of looked up
+// again for every node (see AbsoluteAddress): the nearest compiled task, and the offsets of the
+// expanded structure elements above.
+struct Above {
+    CVemBaseNode* task = nullptr;
+    u32 elementOffsets = 0;
+};
+
+Above Context(CVemBaseNode* node) {
+    Above above;
+    above.task = node;
+    while (above.task && VemGetNodeType(above.task) != kVemTuiTaskNode) above.task = VemGetParentNode(above.task);
+    for (CVemBaseNode* at = VemGetParentNode(node); at && VemGetParentNode(at); at = VemGetParentNode(at)) {
+        if (VemGetNodeType(at) == kVemStructNode && VemGetNodeType(VemGetParentNode(at)) == kVemArrayNode)
+            above.elementOffsets += VemGetOffset(at);
+    }
+    return above;
+}
+
+bool Placed(CVemBaseNode* node, bool variable, const Above& above, u32& address) {
+    if (!above.task) return false;
+    if (!variable) return AbsoluteAddress(above.task, VemGetDataSegment(node), 0, address);
+    return AbsoluteAddress(above.task, VemGetParentSegment(node),
+                           static_cast<u16>(VemGetOffset(node) + above.elementOffsets), address);
+}
+
+// The lines of a tree, handed on to the output in pieces of 128 KiB.
+struct TreeText {
+    std::string text;
+    std::size_t used = 0;
+    void Flush() {
+        std::fwrite(text.data(), 1, used, Out());
+        used = 0;
+    }
+};
 
 // "%-44s %-13s", then for variables and units " %-8s %4u:0x%04X  @0x%06X  size %u".
-void TreeLine(std::string& line, CVemBaseNode* node, int depth) {
-    const u32 type = VemGetNodeType(node);
-    line.assign(static_cast<std::size_t>(depth) * 2, ' ');
-    line += VemGetNodeText(node).view();
-    if (line.size() < 44) line.append(44 - line.size(), ' ');
-    line += ' ';
-    Pad(line, NodeTypeName(type), 13);
+void TreeLine(TreeText& lines, CVemBaseNode* node, u32 type, int depth, const Above& above) {
+    const CString text = VemGetNodeText(node);
+    const std::string_view view = text.view();
+    const char* const typeName = NodeTypeName(type);
+    const std::size_t typeLength = std::strlen(typeName);
     const bool variable = IsVariable(type);
+    const char* const dataName = variable ? DataTypeName(VemGetVariableType(node)) : "data";
+    const std::size_t dataLength = std::strlen(dataName);
+    // Four numbers of at most 10 digits each and 44 characters between them.
+    const std::size_t most = static_cast<std::size_t>(depth) * 2 + view.size() + typeLength + dataLength + 128;
+    if (lines.text.size() < lines.used + most) lines.text.resize(lines.used + most);
+    char* const start = lines.text.data() + lines.used;
+    char* out = start;
+    for (int i = 0; i < depth; ++i, out += 2) std::memcpy(out, "  ", 2);
+    std::memcpy(out, view.data(), view.size());
+    out += view.size();
+    while (out - start < 44) *out++ = ' ';
+    *out++ = ' ';
+    out = Pad(out, typeName, typeLength, 13);
     if (variable || IsUnit(type)) {
         u32 address = 0;
-        const bool placed = AbsoluteAddress(node, address);
-        line += ' ';
-        Pad(line, variable ? DataTypeName(VemGetVariableType(node)) : "data", 8);
-        line += ' ';
-        Number(line, variable ? VemGetParentSegment(node) : VemGetDataSegment(node), 10, 4, ' ');
-        line += ":0x";
-        Number(line, variable ? static_cast<unsigned>(VemGetOffset(node)) : 0u, 16, 4, '0');
+        const bool placed = Placed(node, variable, above, address);
+        *out++ = ' ';
+        out = Pad(out, dataName, dataLength, 8);
+        *out++ = ' ';
+        out = Number(out, variable ? VemGetParentSegment(node) : VemGetDataSegment(node), 10, 4, ' ');
+        std::memcpy(out, ":0x", 3);
+        out = Number(out + 3, variable ? static_cast<unsigned>(VemGetOffset(node)) : 0u, 16, 4, '0');
         if (placed) {
-            line += "  @0x";
-            Number(line, address, 16, 6, '0');
+            std::memcpy(out, "  @0x", 5);
+            out = Number(out + 5, address, 16, 6, '0');
         } else {
-            line += "  @-       ";
+            std::memcpy(out, "  @-       ", 11);
+            out += 11;
         }
-        line += "  size ";
-        Number(line,
-               variable ? static_cast<unsigned>(VemGetSize(node)) : static_cast<unsigned>(VemGetDataSegLength(node)),
-               10, 0, ' ');
+        std::memcpy(out, "  size ", 7);
+        out = Number(
+            out + 7,
+            variable ? static_cast<unsigned>(VemGetSize(node)) : static_cast<unsigned>(VemGetDataSegLength(node)), 10,
+            0, ' ');
     }
-    line += '\n';
-    std::fwrite(line.data(), 1, line.size(), Out());
+    *out++ = '\n';
+    lines.used += static_cast<std::size_t>(out - start);
+    if (lines.used >= std::size_t{1} << 17) lines.Flush();
 }
 
-void PrintTree(std::string& line, CVemBaseNode* node, int depth, int maxDepth) {
-    TreeLine(line, node, depth);
+void PrintTree(TreeText& line, CVemBaseNode* node, int depth, int maxDepth, const Above& above) {
+    const u32 type = VemGetNodeType(node);
+    Above here = above;
+    if (type == kVemTuiTaskNode) here.task = node;
+    TreeLine(line, node, type, depth, here);
     if (maxDepth >= 0 && depth >= maxDepth) return;
+    CVemBaseNode* parent = VemGetParentNode(node);
+    if (type == kVemStructNode && parent && VemGetNodeType(parent) == kVemArrayNode)
+        here.elementOffsets += VemGetOffset(node);
     CObList* list = VemGetChildList(node);
     for (POSITION pos = list->GetHeadPosition(); pos;)
-        PrintTree(line, static_cast<CVemBaseNode*>(list->GetNext(pos)), depth + 1, maxDepth);
+        PrintTree(line, static_cast<CVemBaseNode*>(list->GetNext(pos)), depth + 1, maxDepth, here);
 }
 
 // The library's texts go straight into the buffer of the output, not into one copy of the whole.
@@ -128,8 +186,9 @@ int CmdTree(const Options& o) {
             top = FindNode(tree.get(), o.Value("--path"));
             if (!top) return NotFound(tree.get(), o.Value("--path"), "no node of that path");
         }
-        std::string line;
-        PrintTree(line, top, 0, static_cast<int>(depth));
+        TreeText lines;
+        PrintTree(lines, top, 0, static_cast<int>(depth), Context(top));
+        lines.Flush();
         return kOk;
     }
     const std::string out = o.Value("--output");
@@ -153,12 +212,15 @@ int CmdCheck(const Options& o) {
     int missing = 0;
     Tree tree(Load(o, file, &missing));
     if (!tree.get()) return kFailed;
-    const std::vector<CVemBaseNode*> nodes = Subtree(tree.get());
+    std::size_t count = 0;
+    std::vector<CVemBaseNode*> containers;
+    Walk(tree.get(), [&](CVemBaseNode* node) {
+        ++count;
+        if (VemGetNodeType(node) == kVemTaskContainerNode) containers.push_back(node);
+    });
     std::printf("%s: OK, root %s of type %u %s, %zu nodes\n", file.c_str(), VemGetName(tree.get()).GetString(),
-                static_cast<unsigned>(VemGetNodeType(tree.get())), NodeTypeName(VemGetNodeType(tree.get())),
-                nodes.size());
-    for (CVemBaseNode* node : nodes) {
-        if (VemGetNodeType(node) != kVemTaskContainerNode) continue;
+                static_cast<unsigned>(VemGetNodeType(tree.get())), NodeTypeName(VemGetNodeType(tree.get())), count);
+    for (CVemBaseNode* node : containers) {
         const tCompiledTasks tasks = VemAllTaskCompiledSuccesfully(node);
         const int loaded = static_cast<int>(Children(node).size());
         std::printf("  %s: %d tasks, %d compiled, %d loaded\n", VemGetName(node).GetString(), tasks.NoOfTasks,

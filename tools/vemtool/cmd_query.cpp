@@ -148,9 +148,9 @@ std::string IndexText(const std::vector<long>& indices) {
 
 std::vector<CVemBaseNode*> CompiledTasks(CVemBaseNode* root) {
     std::vector<CVemBaseNode*> tasks;
-    for (CVemBaseNode* node : Subtree(root)) {
+    Walk(root, [&](CVemBaseNode* node) {
         if (VemGetNodeType(node) == kVemTuiTaskNode) tasks.push_back(node);
-    }
+    });
     return tasks;
 }
 

@@ -1,5 +1,6 @@
 // segments: the segment tables of the executable node and of the compiled tasks, and the bytes of
 // one segment as the target holds them.
+#include <array>
 #include <cctype>
 #include <cstdlib>
 
@@ -34,22 +35,74 @@ u8 Kind(CVemByteArray* a) {
     return kind;
 }
 
-void ListTable(const Table& t) {
-    const u16 count = VemSegTblGetNoOfSegments(t.table);
-    std::fprintf(Out(), "segment table of %s: pou name \"%s\", start number %u, %u segments, checksum 0x%08X\n",
-                 t.owner.c_str(), VemSegTblGetPouName(t.table).GetString(), VemSegTblGetStartSegmentNo(t.table), count,
-                 VemSegTblComputeCheckSum(t.table, 0));
-    std::fprintf(Out(), "  %4s  %-22s %7s  %-8s %-6s  %-21s %s\n", "no", "kind", "length", "ByteSize", "order",
-                 "layout", "checksum");
+// A table's checksum runs the CRC of each segment on from the register that the segment before
+// left: that is the segment's own CRC from 0, listed beside it anyway, and the register before it
+// carried through as many zero bytes. Carrying a register through bytes of zero is a linear map of
+// its 16 bits, so the table's checksum needs no second pass over the bytes of the segments.
+class ZeroRun {
+public:
+    // The map of one zero byte, by the images of the 16 bits.
+    ZeroRun() {
+        CVemByteArray zero;
+        VemBaAppendByte(&zero, 0);
+        for (int bit = 0; bit < 16; ++bit) byte_[bit] = static_cast<u16>(VemBaComputeCheckSum(&zero, 1u << bit));
+    }
+    // The register carried through `count` zero bytes.
+    u16 Carry(u16 reg, u32 count) const {
+        Map power = byte_;
+        for (; count; count >>= 1) {
+            if (count & 1) reg = Apply(power, reg);
+            power = Compose(power, power);
+        }
+        return reg;
+    }
+
+private:
+    using Map = std::array<u16, 16>;
+    static u16 Apply(const Map& m, u16 v) {
+        u16 out = 0;
+        for (int bit = 0; bit < 16; ++bit)
+            if (v >> bit & 1) out ^= m[static_cast<std::size_t>(bit)];
+        return out;
+    }
+    static Map Compose(const Map& a, const Map& b) {
+        Map out{};
+        for (std::size_t bit = 0; bit < 16; ++bit) out[bit] = Apply(a, b[bit]);
+        return out;
+    }
+    Map byte_{};
+};
+
+void ListTable(const Table& t, const ZeroRun& zeros) {
+    struct Row {
+        int number;
+        CVemByteArray* array;
+        u32 checkSum;
+    };
+    std::vector<Row> rows;
+    u32 tableSum = 0;  // as VemSegTblComputeCheckSum(table, 0)
     for (int n = 0; n < t.table->GetSize(); ++n) {
         CVemByteArray* a = VemSegTblGetSegment(t.table, static_cast<u16>(n));
         if (!a) continue;
+        const u32 sum = VemBaComputeCheckSum(a, 0);
+        const u16 reg = static_cast<u16>(sum ^ zeros.Carry(static_cast<u16>(tableSum), VemBaGetLength(a)));
+        tableSum = (sum & 0xFFFF0000u) + reg;
+        rows.push_back({n, a, sum});
+    }
+    const u16 count = VemSegTblGetNoOfSegments(t.table);
+    std::fprintf(Out(), "segment table of %s: pou name \"%s\", start number %u, %u segments, checksum 0x%08X\n",
+                 t.owner.c_str(), VemSegTblGetPouName(t.table).GetString(), VemSegTblGetStartSegmentNo(t.table), count,
+                 tableSum);
+    std::fprintf(Out(), "  %4s  %-22s %7s  %-8s %-6s  %-21s %s\n", "no", "kind", "length", "ByteSize", "order",
+                 "layout", "checksum");
+    for (const Row& row : rows) {
+        CVemByteArray* a = row.array;
         const u8 kind = Kind(a);
         char kindText[40];
         std::snprintf(kindText, sizeof kindText, "%u %s", kind, SegmentKindName(kind));
-        std::fprintf(Out(), "  %4d  %-22s %7u  %-8u %-6s  %-21s 0x%08X\n", n, kindText, VemBaGetLength(a),
+        std::fprintf(Out(), "  %4d  %-22s %7u  %-8u %-6s  %-21s 0x%08X\n", row.number, kindText, VemBaGetLength(a),
                      VemBaGetByteSize(a), VemBaIsMotorolaFormat(a) ? "big" : "little",
-                     a->GetRuntimeClass()->m_lpszClassName, VemBaComputeCheckSum(a, 0));
+                     a->GetRuntimeClass()->m_lpszClassName, row.checkSum);
     }
 }
 
@@ -120,9 +173,10 @@ int CmdSegments(const Options& o) {
         HexView(a, static_cast<u16>(number), tables[0].owner);
         return kOk;
     }
+    const ZeroRun zeros;
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (i) std::fputc('\n', Out());
-        ListTable(tables[i]);
+        ListTable(tables[i], zeros);
     }
     return kOk;
 }

@@ -17,4 +17,19 @@ bool StdoutIsTerminal();
 // Makes the heap ready for a large tree; does nothing where the host offers no way to.
 void PrepareHeap();
 
+// While one lives, new blocks come from a region that is only ever filled from the bottom: a
+// load makes hundreds of thousands of small blocks and gives back few, and trees are not freed
+// before the end of the process (see Discard). A block given back there is kept, unless it is
+// the last one made. Outside it, and where the host has no such region, blocks come from the heap.
+class LoadHeap {
+public:
+    LoadHeap();
+    ~LoadHeap();
+    LoadHeap(const LoadHeap&) = delete;
+    LoadHeap& operator=(const LoadHeap&) = delete;
+
+private:
+    bool was_;
+};
+
 }  // namespace vemtool

@@ -44,6 +44,11 @@ char* Json::MoreRoom(std::size_t count) {
     return at;
 }
 
+void Json::MakeRoom(std::size_t count) {
+    Flush();
+    if (count > text_.size()) text_.resize(count);
+}
+
 void Json::Put(const char* text, std::size_t count) {
     if (count) std::memcpy(Room(count), text, count);
 }
@@ -176,6 +181,36 @@ void Json::WriteString(const char* text) {
     }
     *out++ = '"';
     used_ -= most - static_cast<std::size_t>(out - start);
+}
+
+// The text in quotes, up to its first zero byte and at most `length` characters, escaped where
+// needed; gives the end. Most texts are short names, copied in the one pass that checks them.
+char* Json::Escaped(char* out, const char* text, std::size_t length) {
+    static const char kDigits[] = "0123456789abcdef";
+    const auto* p = reinterpret_cast<const unsigned char*>(text ? text : "");
+    const unsigned char* const end = p + (text ? length : 0);
+    *out++ = '"';
+    if (length >= 16 && text && AllPlain(p, length)) {
+        std::memcpy(out, p, length);
+        out += length;
+        p = end;
+    }
+    for (; p < end && *p; ++p) {
+        const unsigned char c = *p;
+        if (kPlain[c]) {
+            *out++ = static_cast<char>(c);
+        } else if (c == '"' || c == '\\') {
+            *out++ = '\\';
+            *out++ = static_cast<char>(c);
+        } else {  // 8-bit texts read as Latin-1
+            std::memcpy(out, "\\u00", 4);
+            out[4] = kDigits[c >> 4];
+            out[5] = kDigits[c & 15];
+            out += 6;
+        }
+    }
+    *out++ = '"';
+    return out;
 }
 
 void Json::Hex(const unsigned char* bytes, std::size_t count) {

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <random>
 
+#include "host.h"
 #include "taskfiles.h"
 #include "tool.h"
 
@@ -245,6 +246,7 @@ void ApplyTaskFileOptions(const Options& options) {
 
 CVemBaseNode* Load(const Options& options, const std::string& file, int* missingTasks) {
     ApplyTaskFileOptions(options);
+    const LoadHeap heap;
     const bool asObject = options.Has("--object");
     const bool partial = options.Has("--partial");
     int missing = 0;
