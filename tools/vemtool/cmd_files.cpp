@@ -1,6 +1,5 @@
 // dump, tree, check, header: looking into node files and source files.
 #include <cctype>
-#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -35,13 +34,23 @@ char* Pad(char* out, const char* text, std::size_t length, std::size_t width) {
 }
 
 char* Number(char* out, unsigned value, int base, std::size_t width, char fill) {
+    static const char kDigits[] = "0123456789ABCDEF";
     char digits[16];
-    const auto length =
-        static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value, base).ptr - digits);
+    std::size_t length = 0;
+    if (base == 16) {
+        do {
+            digits[sizeof digits - ++length] = kDigits[value & 15];
+            value >>= 4;
+        } while (value);
+    } else {
+        do {
+            digits[sizeof digits - ++length] = kDigits[value % 10];
+            value /= 10;
+        } while (value);
+    }
     for (std::size_t n = length; n < width; ++n) *out++ = fill;
-    for (std::size_t i = 0; i < length; ++i)
-        *out++ = digits[i] >= 'a' ? static_cast<char>(digits[i] - 'a' + 'A') : digits[i];
-    return out;
+    std::memcpy(out, digits + sizeof digits - length, length);
+    return out + length;
 }
 
 // What a node's absolute address needs from above it, handed down the walk instead of looked up
