@@ -93,13 +93,15 @@ void CVemBaseNode::DeleteAllChildren() {
 //  .       2       child count
 //  .       .       per child: node type (1 byte), then the child's record
 void CVemBaseNode::Serialize(CArchive& ar) {
-    VemSerializeSchema(ar, kSchema);
     Serial = 0;
     if (ar.IsStoring()) {
+        VemSerializeSchema(ar, kSchema);
         ar << static_cast<u8>(NodeType) << static_cast<u8>(Expanded) << Name << Serial << ExtraText;
     } else {
+        ar.LoadSchema(kSchema);
         u8 type, expanded;
-        ar >> type >> expanded >> Name >> Serial >> ExtraText;
+        ar >> type >> expanded >> Name >> Serial;
+        ar.ReadText(ExtraText);
         NodeType = type;
         Expanded = expanded;
     }
@@ -127,6 +129,7 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
             CArchive::RecordScope record(ar, child->GetRuntimeClass()->m_lpszClassName);
             child->Serialize(ar);
             vem_nodetypes::CheckStoredType(child);
+            record.Leave();
             Children.AddTail(child);
         } catch (...) {
             delete child;

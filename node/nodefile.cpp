@@ -76,6 +76,7 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
             CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
             node->Serialize(*ar);
             vem_nodetypes::CheckStoredType(node);
+            record.Leave();
         }
         ar->Close();
         file.Close();

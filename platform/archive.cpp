@@ -277,6 +277,12 @@ CArchive& CArchive::operator>>(CString& s) {
         m_cur += len;
         return *this;
     }
+    ReadLongText(s, len, wide);
+    return *this;
+}
+
+// A text that the buffer does not hold whole, or of 16-bit characters.
+void CArchive::ReadLongText(CString& s, u64 len, bool wide) {
     const u64 bytes = wide ? len * 2 : len;
     if (wide && len > std::numeric_limits<u64>::max() / 2) VemThrowArchive(CArchiveException::endOfFile, FileName());
     CheckRemaining(bytes);
@@ -285,7 +291,7 @@ CArchive& CArchive::operator>>(CString& s) {
         char* out = s.GetBuffer(static_cast<int>(len));
         EnsureRead(out, static_cast<unsigned>(len));
         s.ReleaseBuffer(static_cast<int>(len));
-        return *this;
+        return;
     }
     std::string raw(static_cast<std::size_t>(bytes), '\0');
     EnsureRead(raw.data(), static_cast<unsigned>(bytes));
@@ -295,7 +301,6 @@ CArchive& CArchive::operator>>(CString& s) {
         out[i] = ch < 0x100 ? static_cast<char>(ch) : '?';
     }
     s.ReleaseBuffer(static_cast<int>(len));
-    return *this;
 }
 
 CString CArchive::ReadString() {
@@ -431,6 +436,7 @@ CObject* CArchive::ReadObjectImpl(const CRuntimeClass* asked, bool allowBackRefe
     try {
         RecordScope record(*this, cls->m_lpszClassName);
         object->Serialize(*this);
+        record.Leave();
     } catch (...) {
         m_loadArray[slot].object = nullptr;
         delete object;

@@ -86,6 +86,26 @@ public:
     CArchive& operator>>(float& v);
     CArchive& operator>>(double& v);
     CArchive& operator>>(CString& s);
+    // On load, takes the next text if it is empty, as most texts of a record are, without a call.
+    bool TakeEmptyText() {
+        if (!m_loading || m_cur == m_end || *m_cur != 0) return false;
+        ++m_cur;
+        return true;
+    }
+    // As operator>>, with an empty text taken without a call.
+    CArchive& ReadText(CString& s) {
+        if (!TakeEmptyText()) return *this >> s;
+        if (!s.IsEmpty()) s.Empty();
+        return *this;
+    }
+    // The schema word of a record on load, as VemSerializeSchema reads it, without a call: a load
+    // reads one or two for each node and statement.
+    u16 LoadSchema(u16 current) {
+        u16 version;
+        *this >> version;
+        if (version > current) VemThrowArchive(CArchiveException::badIndex);
+        return version;
+    }
 
     void WriteString(const CString& s) { *this << s; }
     CString ReadString();
@@ -134,16 +154,15 @@ public:
     u64 GetPosition() const;
 
     // The class whose record is being read or written, for reports of a failed load. A scope
-    // names the record while it lives; when an exception leaves it, the name stays for the report.
+    // names the record until Leave, called when the record is whole; when an exception leaves the
+    // record, the name stays for the report.
     const char* GetRecordClass() const { return m_recordClass; }
     class RecordScope {
     public:
         RecordScope(CArchive& ar, const char* className) : m_ar(ar), m_outer(ar.m_recordClass) {
             ar.m_recordClass = className;
         }
-        ~RecordScope() {
-            if (std::uncaught_exceptions() == 0) m_ar.m_recordClass = m_outer;
-        }
+        void Leave() { m_ar.m_recordClass = m_outer; }
         RecordScope(const RecordScope&) = delete;
         RecordScope& operator=(const RecordScope&) = delete;
 
@@ -178,6 +197,7 @@ private:
     void FlushBuffer();
     void FillAtLeast(std::size_t count);  // raises end of file if the file has less
     u64 ReadStringLength(bool& wide);
+    void ReadLongText(CString& s, u64 len, bool wide);
     CObject* ReadObjectImpl(const CRuntimeClass* asked, bool allowBackReference);
 
     CFile* m_file;

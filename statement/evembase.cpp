@@ -84,10 +84,11 @@ long CEVemBaseNode::LiveCount() { return g_liveNodes; }
 //   0      2   schema word, version 3
 //   2      2   NodeType, low 16 bits
 void CEVemBaseNode::Serialize(CArchive& ar) {
-    VemSerializeSchema(ar, kSchema);
     if (ar.IsStoring()) {
+        VemSerializeSchema(ar, kSchema);
         ar << static_cast<u16>(NodeType);
     } else {
+        ar.LoadSchema(kSchema);
         u16 type = 0;
         ar >> type;
         NodeType = type;

@@ -46,10 +46,11 @@ void CEVemOpOnConstStmtNode::DumpNode(CFile* file, CString prefix) {
 //          2   FarOffset
 //          2   AddressMode, low 16 bits
 void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
-    VemSerializeSchema(ar, kSchema);
     if (ar.IsStoring()) {
+        VemSerializeSchema(ar, kSchema);
         ar << Name << NearOffset << FarOffset << AddressModeLow;
     } else {
+        ar.LoadSchema(kSchema);
         u16 mode = 0;
         ar >> Name >> NearOffset >> FarOffset >> mode;
         SetAddressMode(static_cast<tEVemAddressMode>(mode));

@@ -129,7 +129,7 @@ void CEVemBaseStmtNode::Load(CArchive& ar) {
 }
 
 u16 CEVemBaseStmtNode::LoadHead(CArchive& ar) {
-    const u16 version = VemSerializeSchema(ar, kSchema);
+    const u16 version = ar.LoadSchema(kSchema);
     ar >> AwlLine;
     u16 nextType = 0;
     if (version <= 2) ar >> nextType;

@@ -22,6 +22,6 @@ inline void VemSerializeText(CArchive& ar, CString& text) {
     if (ar.IsStoring()) {
         ar << text;
     } else {
-        ar >> text;
+        ar.ReadText(text);
     }
 }

@@ -69,7 +69,7 @@ u32 CVemVariableNode::NodeTypeOfDataType(tCbeType type) {
 // A load of an older record leaves the later fields as the constructor made them.
 void CVemVariableNode::Serialize(CArchive& ar) {
     CVemBaseNode::Serialize(ar);
-    const u16 schema = VemSerializeSchema(ar, kSchema);
+    const u16 schema = ar.IsLoading() ? ar.LoadSchema(kSchema) : VemSerializeSchema(ar, kSchema);
     VemSerializeField<u16>(ar, Offset);
     VemSerializeField<u16>(ar, Size);
     VemSerializeField<u16>(ar, ParentSegment);
