@@ -1,4 +1,4 @@
-// Little-endian byte arrays: growth, alignment, values at every ByteSize, reads, checksum, limits.
+// Little-endian byte arrays: alignment, values at every ByteSize, reads, checksum, limits.
 #include "memory/cbytearr.h"
 #include "memory_test_util.h"
 
