@@ -1,4 +1,4 @@
-// Little-endian byte arrays: growth, alignment, values at every ByteSize, reads, checksum, limits.
+// Little-endian byte arrays: alignment, values at every ByteSize, reads, checksum, limits.
 #include "memory/cbytearr.h"
 #include "memory_test_util.h"
 
@@ -65,17 +65,23 @@ TEST(MemoryByteArray, ValuesTakeTheWidthsOfTheByteSize) {
     }
 }
 
+// The big-endian form mirrors the little-endian one: the high half of a double word, then the low
+// half, each in a unit of three; read back, the halves come exchanged.
 TEST(MemoryByteArray, ByteSizeThreeSplitsADoubleWordIntoHighAndLowHalves) {
-    Array a(0, 1, 3);
-    VemBaAppendWord(a, 0x1234);
-    VemBaAppendDword(a, 0x11223344);
-    EXPECT_EQ(a.bytes(), (ByteVec{0x34, 0x12, 0, 0x22, 0x11, 0, 0x44, 0x33, 0}));
-    u32 value = 0;
-    ASSERT_EQ(VemBaGetDword(a, 3, &value), 1);
-    EXPECT_EQ(value, 0x33441122u);  // the halves come back exchanged
-    u16 word = 0;
-    ASSERT_EQ(VemBaGetWord(a, 0, &word), 1);
-    EXPECT_EQ(word, 0x1234);
+    const std::pair<int, ByteVec> layouts[] = {{0, {0x34, 0x12, 0, 0x22, 0x11, 0, 0x44, 0x33, 0}},
+                                               {1, {0, 0x12, 0x34, 0, 0x33, 0x44, 0, 0x11, 0x22}}};
+    for (const auto& [motorola, bytes] : layouts) {
+        Array a(motorola, 1, 3);
+        VemBaAppendWord(a, 0x1234);
+        VemBaAppendDword(a, 0x11223344);
+        EXPECT_EQ(a.bytes(), bytes) << motorola;
+        u32 value = 0;
+        ASSERT_EQ(VemBaGetDword(a, 3, &value), 1);
+        EXPECT_EQ(value, 0x33441122u) << motorola;
+        u16 word = 0;
+        ASSERT_EQ(VemBaGetWord(a, 0, &word), 1);
+        EXPECT_EQ(word, 0x1234) << motorola;
+    }
 }
 
 TEST(MemoryByteArray, RawAppendOfOneValueWidensItAsTheByteSizeWants) {
@@ -211,19 +217,16 @@ TEST(MemoryByteArray, ChecksumIsTheCrcOverTheRawBytesWithTheLengthAbove) {
     Array big(1, 1, 1);
     AppendRaw(big, {1, 2, 3});
     EXPECT_EQ(VemBaComputeCheckSum(big, 0x1234), 0x0003EF88u);  // the same for every layout
-}
-
-TEST(MemoryByteArray, ChecksumOfLongArraysMatchesByteWiseCrc) {
-    Array a(0, 1, 1);
+    Array longer(0, 1, 1);
     ByteVec data;
     for (int i = 0; i < 1000; ++i) data.push_back(static_cast<u8>(i * 7 + 3));
-    AppendRaw(a, data);
-    u32 reg = 0xBEEF;  // the bit-wise definition of the polynomial
+    AppendRaw(longer, data);
+    u32 reg = 0xBEEF;  // a long array against the bit-wise definition of the polynomial
     for (u8 b : data) {
         reg ^= static_cast<u32>(b) << 8;
         for (int k = 0; k < 8; ++k) reg = (reg & 0x8000) ? ((reg << 1) ^ 0x4321) & 0xFFFF : (reg << 1) & 0xFFFF;
     }
-    EXPECT_EQ(VemBaComputeCheckSum(a, 0xBEEF), (1000u << 16) + reg);
+    EXPECT_EQ(VemBaComputeCheckSum(longer, 0xBEEF), (1000u << 16) + reg);
 }
 
 TEST(MemoryByteArray, LengthAboveMaxSizeRaisesAndLeavesTheArray) {

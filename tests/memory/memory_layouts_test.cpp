@@ -47,19 +47,6 @@ TEST(MemoryMotorola, ValuesStandAtTheRightOfTheirUnits) {
     }
 }
 
-TEST(MemoryMotorola, ByteSizeThreeIsTheMirrorOfTheLittleEndianForm) {
-    Array a(1, 1, 3);
-    VemBaAppendWord(a, 0x1234);
-    VemBaAppendDword(a, 0x11223344);
-    EXPECT_EQ(a.bytes(), (ByteVec{0, 0x12, 0x34, 0, 0x33, 0x44, 0, 0x11, 0x22}));
-    u32 dword = 0;
-    ASSERT_EQ(VemBaGetDword(a, 3, &dword), 1);
-    EXPECT_EQ(dword, 0x33441122u);
-    u16 word = 0;
-    ASSERT_EQ(VemBaGetWord(a, 0, &word), 1);
-    EXPECT_EQ(word, 0x1234);
-}
-
 TEST(MemoryMotorola, PatchesAndReadsMirrorTheAppends) {
     Array a(1, 1, 4);
     const ByteVec zeros(12, 0xEE);

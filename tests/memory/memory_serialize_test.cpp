@@ -1,4 +1,4 @@
-// The stored form of byte arrays: golden bytes, round trips and damaged input.
+// The stored form of byte arrays: golden bytes and round trips; damaged input is the hostile records'.
 #include "memory/layouts.h"
 #include "memory_test_util.h"
 

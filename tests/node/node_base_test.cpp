@@ -1,4 +1,4 @@
-// The base node: defaults of the operations, adding, deleting, finding, cloning, path maps.
+// The base node: defaults of the operations, deleting, finding, path maps, the module's frame.
 #include "node/basenode.h"
 #include "test_util.h"
 

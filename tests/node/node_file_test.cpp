@@ -1,32 +1,26 @@
-// Node files: the frame, the base record, load failures.
+// Node files: the frame, the base record, the object form, writes through links, dumps.
 #include <filesystem>
 #include "node/basenode.h"
 #include "node/nodefile.h"
 
-#include "alloc_hook.h"
 #include "memory_test_util.h"
 
 using vemtest::Bytes;
-using vemtest::MessageCapture;
 using vemtest::ReadFileBytes;
 using vemtest::TempDir;
-using vemtest::WriteFileBytes;
 
 namespace {
 
 // Root of type 1 named R, expanded, no children: the first 40 bytes of the frame.
 std::vector<u8> EmptyRootFile() {
-    Bytes b;
-    b.u16_(1);  // node type word of the root
-    for (char c : std::string("Norvadis_VEM_Version:003")) b.u8_(static_cast<u8>(c));
-    b.u8_(0);    // end of the stamp
-    b.u16_(0);   // schema word of the base record
-    b.u8_(1);    // node type
-    b.u8_(1);    // expanded
-    b.str("R");  // name
-    b.u32_(0);   // serial
-    b.u8_(0);    // extra text, empty
-    b.u16_(0);   // child count
+    Bytes b = vemtest::Frame(1);  // node type word of the root, the stamp and its end
+    b.u16_(0);                    // schema word of the base record
+    b.u8_(1);                     // node type
+    b.u8_(1);                     // expanded
+    b.str("R");                   // name
+    b.u32_(0);                    // serial
+    b.u8_(0);                     // extra text, empty
+    b.u16_(0);                    // child count
     return b.v;
 }
 
@@ -55,29 +49,6 @@ TEST(NodeFile, EmptyRootWritesTheFrameByteForByte) {
     VemDeleteNode(loaded);
 }
 
-namespace {
-
-std::vector<u8> TreeFile(const TempDir& dir) {
-    CVemBaseNode* root = NewRoot("Root");
-    CVemBaseNode* a = new CVemBaseNode(kVemBaseNode, "A", 0);
-    a->ExtraText = "a's extra";
-    CVemBaseNode* b = new CVemBaseNode(kVemBaseNode, "B", 1);
-    root->AddChildTail(a);
-    root->AddChildTail(b);
-    a->AddChildTail(new CVemBaseNode(kVemBaseNode, std::string(300, 'n'), 0));
-    EXPECT_EQ(VemWriteNode(root, dir.file("tree.vem").c_str()), 1);
-    VemDeleteNode(root);
-    return ReadFileBytes(dir.file("tree.vem"));
-}
-
-// Loads bytes from a file; checks that nothing is left allocated when the load fails.
-CVemBaseNode* LoadBytes(const TempDir& dir, const std::vector<u8>& bytes) {
-    WriteFileBytes(dir.file("in.vem"), bytes);
-    return VemLoadNode(dir.file("in.vem").c_str());
-}
-
-}  // namespace
-
 TEST(NodeFile, ChildWrittenAloneIsARootOfItsOwn) {
     TempDir dir;
     CVemBaseNode* root = NewRoot("Root");
@@ -90,39 +61,6 @@ TEST(NodeFile, ChildWrittenAloneIsARootOfItsOwn) {
     EXPECT_EQ(VemGetName(loaded), "child");
     VemDeleteNode(loaded);
     VemDeleteNode(root);
-}
-
-TEST(NodeFile, BrokenFilesGiveNullWithoutMessageOrLeak) {
-    TempDir dir;
-    const std::vector<u8> good = TreeFile(dir);
-    MessageCapture messages;
-
-    const auto patched = [&good](std::size_t at, u8 value) {
-        std::vector<u8> bytes = good;
-        bytes[at] = value;
-        return bytes;
-    };
-    const std::vector<std::vector<u8>> broken = {
-        {},                                                // empty
-        std::vector<u8>(good.begin(), good.begin() + 10),  // stamp cut short
-        patched(2 + 23, '4'),                              // last stamp digit
-        patched(2 + 24, 'x'),                              // 25th byte not zero
-        patched(27, 1),                                    // schema word one too high
-        patched(0, 7),                                     // a type without a class
-        patched(27 + 2 + 1 + 1 + 5 + 4 + 1 + 2, 0),        // first child's type byte
-    };
-    for (std::size_t i = 0; i < broken.size(); ++i) {
-        vemtest::AllocationWatch watch;
-        EXPECT_EQ(LoadBytes(dir, broken[i]), nullptr) << i;
-        EXPECT_EQ(watch.Live(), 0) << i;
-    }
-    for (std::size_t cut = 0; cut < good.size(); ++cut) {
-        vemtest::AllocationWatch watch;
-        EXPECT_EQ(LoadBytes(dir, std::vector<u8>(good.begin(), good.begin() + static_cast<long>(cut))), nullptr) << cut;
-        EXPECT_EQ(watch.Live(), 0) << cut;
-    }
-    EXPECT_EQ(VemLoadNode(dir.file("does-not-exist.vem").c_str()), nullptr);
-    EXPECT_TRUE(messages.texts().empty());
 }
 
 TEST(NodeFile, ObjectFormInACallersArchive) {

@@ -107,6 +107,9 @@ TEST(Lists, InsertAroundPositionsAndNullPositions) {
     std::string joined;
     for (POSITION pos = list.GetHeadPosition(); pos;) joined += list.GetNext(pos).str();
     EXPECT_EQ(joined, "abcd");
+    EXPECT_EQ(list.GetAt(list.FindIndex(2)), "c");
+    EXPECT_EQ(list.FindIndex(4), nullptr);
+    EXPECT_EQ(list.FindIndex(-1), nullptr);
     list.RemoveAt(list.Find("c"));
     EXPECT_EQ(list.GetCount(), 3);
     EXPECT_EQ(list.RemoveHead(), "a");

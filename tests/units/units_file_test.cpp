@@ -1,7 +1,8 @@
-// Unit records in node files: the golden record of a function, the tails of the three kinds, what
-// a load gives back, and damaged records.
-#include "test_util.h"
+// Unit records in node files: the golden record of a function and units as objects; statement
+// lists: entries by line and their stored form.
+#include "memory_test_util.h"
 #include "units/pou.h"
+#include "units/statlist.h"
 #include "variables/struct.h"
 #include "vem_bytearray.h"
 
@@ -137,4 +138,58 @@ TEST(UnitsFile, UnitsTravelAsObjectsByTheirClassName) {
     EXPECT_EQ(read->Children.GetCount(), 4);
     VemDeleteNode(program);
     VemDeleteNode(read);
+}
+
+TEST(UnitsStatList, NewEntryAndGetEntry) {
+    CStatList list;
+    EXPECT_EQ(list.GetEntry(0), nullptr);
+    CStatListEntry* a = NewEntry(7, 100, 1, 2);
+    list.NewEntry(a);
+    list.NewEntry(NewEntry(3, 50, 1, 2));
+    EXPECT_EQ(list.GetEntry(7), a);
+    EXPECT_EQ(list.GetEntry(3)->CodeLine, 50);
+    EXPECT_EQ(list.GetEntry(4), nullptr);
+    EXPECT_EQ(list.GetCount(), 2);
+    EXPECT_EQ(list.MaxLine, 7);  // raised only
+    // A later entry for a line replaces the earlier one, which goes (ASan reports it otherwise).
+    CStatListEntry* second = NewEntry(3, 2, 0, 0);
+    list.NewEntry(second);
+    EXPECT_EQ(list.GetCount(), 2);
+    EXPECT_EQ(list.GetEntry(3), second);
+    list.NewEntry(NewEntry(0xFFFF, 0, 0, 0));
+    EXPECT_EQ(list.MaxLine, 0xFFFF);
+    list.Trace();  // walks every line up to the last one and ends
+}
+
+TEST(UnitsStatList, EntryDeletedThroughItsDataPartGoesWhole) {
+    CStatListEntryBase* data = NewEntry(1, 2, 3, 4);
+    data->Text1 = "kept in memory only";
+    delete data;  // ASan checks that the whole entry went
+}
+
+TEST(UnitsStatList, StoredFormGivesACountAndLineAndTwelveBytesPerEntry) {
+    CStatList list;
+    list.NewEntry(NewEntry(0x0102, -1, 0x12345, 0x1FFFF));
+    const std::vector<u8> expected = Bytes()
+                                         .u16_(1)           // count
+                                         .u16_(0x0102)      // line
+                                         .u16_(0)           // version of the entry
+                                         .u16_(0x0102)      // AwlLine
+                                         .u32_(0xFFFFFFFF)  // CodeLine
+                                         .u16_(0x2345)      // AEType, low 16 bits
+                                         .u16_(0xFFFF)      // OperandType, low 16 bits
+                                         .v;
+    EXPECT_EQ(memtest::Stored(list), expected);
+    CStatList empty;
+    EXPECT_EQ(memtest::Stored(empty), (std::vector<u8>{0, 0}));
+}
+
+TEST(UnitsStatList, ALineTwiceInAFileKeepsTheLaterEntry) {
+    Bytes twice;
+    twice.u16_(2);  // two entries of line 4: line, version, AwlLine, CodeLine, AEType, OperandType
+    for (u32 codeLine : {1u, 2u}) twice.u16_(4).u16_(0).u16_(4).u32_(codeLine).u16_(0).u16_(0);
+    CStatList list;
+    memtest::Load(list, twice.v);
+    EXPECT_EQ(list.GetCount(), 1);
+    EXPECT_EQ(list.GetEntry(4)->CodeLine, 2);
 }

@@ -1,5 +1,5 @@
-// Variable records in node files: the golden file of a root with one variable, records of older
-// versions written by hand, and damaged records.
+// Variable records in node files: the golden file of a root with one variable and records of older
+// versions written by hand. Damaged records are among the hostile records.
 #include "test_util.h"
 #include "variables/variable.h"
 

@@ -1,6 +1,5 @@
-// Variable nodes: node type by data type, node text, offsets, segments, setters that reach the
-// children. A variable with every field is a hostile record (store, load, cuts, clone); its dump
-// is a golden file.
+// Variable nodes: node text, segments, setters that reach the children. A variable with every field
+// is a hostile record (store, load, cuts, clone); its dump is a golden file.
 #include "test_util.h"
 #include "variables/variable.h"
 

@@ -1,5 +1,5 @@
-// Structures and function block instances: member offsets, segments and program numbers, member
-// lookup, and an instance's lookup of its function block.
+// Structures and function block instances: member lookup, and an instance's lookup of its function
+// block.
 #include "test_util.h"
 #include "variables/struct.h"
 
