@@ -279,7 +279,7 @@ TEST(DownloadList, A64000ByteSegmentHolds1334Entries) {
     }
 }
 
-TEST(DownloadList, StoredFormByteForByte) {
+TEST(DownloadList, StoredFormByteForByteAndLoaded) {
     CVemDownloadList list;
     tDownloadListEntry e = Entry("A", 0x01020304, 0x05060708, 9);
     e.SecondSegment = 3;
@@ -296,28 +296,21 @@ TEST(DownloadList, StoredFormByteForByte) {
     Double(want, 1.0);  // LastIndex
     want.str("D");      // PathName
     EXPECT_EQ(Stored(list), want.v);
+    // Loaded, the entries are found by index but not by name: a name seen before is taken for new.
+    CVemDownloadList loaded;
+    Load(loaded, want.v);
+    EXPECT_EQ(loaded.LastIndex, 1);
+    EXPECT_EQ(loaded.PathName, "D");
+    EXPECT_EQ(loaded.GetEntryByIndex(1)->Name, "A");
+    EXPECT_EQ(loaded.GetIndexByName("A"), -1);
+    EXPECT_EQ(AddWithoutSegments(loaded, "A", isNew), 2);
+    EXPECT_EQ(isNew, 1);
+    EXPECT_EQ(loaded.GetEntryByIndex(2)->TailPathName, "D\\FILE2");
     // As an object the list has class schema 1.
     Bytes object;
     object.u16_(0xFFFF).u16_(1).u16_(16);  // new class, class schema 1, name length
     for (char c : std::string("CVemDownloadList")) object.u8_(static_cast<u8>(c));
     EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }), object.raw(want.v).v);
-}
-
-TEST(DownloadList, LoadFindsEntriesByIndexButNotByName) {
-    CVemDownloadList list;
-    AddEntries(list, 3);
-    list.PathName = "P";
-    const std::vector<u8> bytes = Stored(list);
-    CVemDownloadList loaded;
-    Load(loaded, bytes);
-    EXPECT_EQ(loaded.LastIndex, 3);
-    EXPECT_EQ(loaded.PathName, "P");
-    EXPECT_EQ(loaded.GetEntryByIndex(2)->Name, "U1");
-    EXPECT_EQ(loaded.GetIndexByName("U1"), -1);
-    int isNew = 0;
-    EXPECT_EQ(AddWithoutSegments(loaded, "U1", isNew), 4);  // taken for a new name
-    EXPECT_EQ(isNew, 1);
-    EXPECT_EQ(loaded.GetEntryByIndex(4)->TailPathName, "P\\FILE4");
 }
 
 TEST(DownloadList, LastIndexIsRoundedFromItsDouble) {

@@ -142,6 +142,10 @@ TEST_F(ExeRecord, DeviceSettingsTakeTheir129BytesAndLoadWidened) {
     EXPECT_STREQ(VemGetDatacontFilesProjectName(loaded.get()), "AB");
     EXPECT_EQ(VemGetDatacontFilesUserLevel(loaded.get(), 0), 0x0203);
     EXPECT_EQ(StoreRecord(loaded.get()), record);
+    VemSetMotorolaFormat(exe.get(), 65536);  // sixteen bits on disk, like ResourceGlobalSegTable
+    EXPECT_EQ(VemGetMotorolaFormat(exe.get()), 65536);
+    LoadRecord(loaded.get(), StoreRecord(exe.get()));
+    EXPECT_EQ(VemGetMotorolaFormat(loaded.get()), 0);
 }
 
 // The marker and the reserved bytes are not looked at; an alignment of 0 is stored as it is.

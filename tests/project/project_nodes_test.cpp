@@ -126,7 +126,8 @@ TEST(TaskNode, TextDropsOneBackslashAndTheSystemDirectory) {
     }
 }
 
-// The resource stores its ConfigName but not its PathName; the task not its resource's name.
+// The resource stores its ConfigName but not its PathName; the task not its resource's name; the
+// project and the configuration only their schema words.
 TEST(ProjectNodes, RecordsByteForByte) {
     TempDir dir;
     CVemBaseNode* res = NewNode(kVemResourceNode, "R");
@@ -141,7 +142,13 @@ TEST(ProjectNodes, RecordsByteForByte) {
     Bytes withChild = Frame(11);
     withChild.u16_(0).u8_(11).u8_(1).str("T").u32_(0).u8_(0).u16_(1).u8_(1);  // base record with one child
     BaseRecord(withChild, 1, 1, "child").u16_(0);                             // schema word of the task record
-    const std::pair<CVemBaseNode*, std::vector<u8>> rows[] = {{res, resource.v}, {task, withChild.v}};
+    CVemBaseNode* project = NewNode(kVemProjectNode, "P");
+    VemAddChildTail(project, NewNode(kVemConfigNode, "K"));
+    Bytes upper = Frame(15);
+    upper.u16_(0).u8_(15).u8_(1).str("P").u32_(0).u8_(0).u16_(1).u8_(14);  // a configuration, not expanded:
+    BaseRecord(upper, 14, 0, "K").u16_(0).u16_(0);                         // the schema words of both records
+    const std::pair<CVemBaseNode*, std::vector<u8>> rows[] = {
+        {res, resource.v}, {task, withChild.v}, {project, upper.v}};
     for (auto [node, want] : rows) {
         ASSERT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
         EXPECT_EQ(ReadFileBytes(dir.file("n.vem")), want);

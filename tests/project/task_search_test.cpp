@@ -39,14 +39,6 @@ struct WorkingDirectory {
     fs::path back;
 };
 
-std::vector<u8> StoredObject(CVemBaseNode* node) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    EXPECT_EQ(VemWriteObject(node, ar), 1);
-    ar.Close();
-    return file.Data();
-}
-
 std::string Upper(std::string s) {
     for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     return s;
@@ -114,7 +106,9 @@ TEST_F(TaskSearch, AMovedResourceLoadsWholeAndStoresTheSameBytes) {
             for (POSITION pos = children->GetHeadPosition(); pos;) {
                 auto* task = static_cast<CVemBaseNode*>(children->GetNext(pos));
                 const std::string name = VemGetName(task).str() + ".tsk";
-                EXPECT_EQ(StoredObject(task), vemtest::ReadFileBytes(moved.file(windows ? Upper(name) : name))) << name;
+                EXPECT_EQ(memtest::Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(task, ar), 1); }),
+                          vemtest::ReadFileBytes(moved.file(windows ? Upper(name) : name)))
+                    << name;
             }
             ASSERT_EQ(VemWriteNode(loaded.root.get(), elsewhere.file("again.vem").c_str()), 1);
             EXPECT_EQ(vemtest::ReadFileBytes(elsewhere.file("again.vem")), nodeBytes);

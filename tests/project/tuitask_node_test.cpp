@@ -30,7 +30,9 @@ TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
     for (int i = 0; i < 7; ++i) EXPECT_EQ(VemGetAbsOffset(task.get(), i), expected[i]) << i;
     EXPECT_THROW(VemGetAbsOffset(task.get(), 7), CInvalidArgException);
     EXPECT_THROW(VemGetAbsOffset(task.get(), -1), CInvalidArgException);
-    EXPECT_THROW(VemGetAbsOffset(MakeNode(kVemTuiTaskNode).get(), 0), CInvalidArgException);  // no starts yet
+    NodePtr bare = MakeNode(kVemTuiTaskNode, "TASK1");  // no starts and no path map yet
+    EXPECT_THROW(VemGetAbsOffset(bare.get(), 0), CInvalidArgException);
+    EXPECT_EQ(VemGetAbsoluteVariableOffset(bare.get(), "TASK1.ANY"), 0u);
 }
 
 // Paths are upper case and found in any case. A structure adds a step but no key. A segment

@@ -76,7 +76,8 @@ TEST_F(TuiTaskRecord, TheSwitchWhenWrittenAndWhenRead) {
     NodePtr task = FullTask(dir);
     const std::vector<u8> on = StoreRecord(task.get());
     LurSetEvemEnabled(0);
-    const std::vector<u8> off = StoreRecord(task.get());
+    const std::vector<u8> off = StoreRecord(FullTask(dir).get());  // made with the switch off as well
+    EXPECT_EQ(StoreRecord(task.get()), off);
     NodePtr loaded = MakeNode(kVemTuiTaskNode);
     EXPECT_EQ(LoadRecord(loaded.get(), on), on.size() - off.size());
     EXPECT_TRUE(VemGetEvemRootNodeListPtr(loaded.get())->IsEmpty());

@@ -28,11 +28,7 @@ struct NodeDeleter {
 };
 using NodePtr = std::unique_ptr<CVemBaseNode, NodeDeleter>;
 
-inline CVemBaseNode* Named(tVemNodeType type, const char* name) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, name);
-    return node;
-}
+inline constexpr auto Named = &vemtest::NewNode;
 
 inline NodePtr MakeNode(tVemNodeType type, const char* name = "") { return NodePtr(Named(type, name)); }
 
@@ -51,13 +47,7 @@ inline std::vector<u8> Concat(std::initializer_list<std::vector<u8>> parts) {
 }
 
 // The node's record as its Serialize writes it.
-inline std::vector<u8> StoreRecord(CVemBaseNode* node) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    node->Serialize(ar);
-    ar.Close();
-    return file.Data();
-}
+inline std::vector<u8> StoreRecord(CVemBaseNode* node) { return memtest::Stored(*node); }
 
 // Reads a record into the node; gives the bytes that were left behind it.
 inline u64 LoadRecord(CVemBaseNode* node, const std::vector<u8>& bytes) {

@@ -5,18 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "compiled_test_util.h"
 #include "statement/evembase.h"
-#include "test_util.h"
-#include "vem_settings.h"
 
 namespace evemtest {
 
 // Every test starts and ends with the settings at their defaults (switch on).
-class EVemTest : public ::testing::Test {
-protected:
-    void SetUp() override { LurResetSettings(); }
-    void TearDown() override { LurResetSettings(); }
-};
+using EVemTest = compiledtest::SettingsTest;
 
 // Deletes a node of the model at the end of a scope, through the flat function.
 struct NodeDeleter {
@@ -27,13 +22,7 @@ using NodePtr = std::unique_ptr<CEVemBaseNode, NodeDeleter>;
 inline NodePtr Create(tEVemNodeType type, const char* name = "") { return NodePtr(EVemCreateNode(type, name)); }
 
 // The node's record as its class writes it.
-inline std::vector<u8> StoreRecord(CEVemBaseNode* node) {
-    CMemFile file;
-    CArchive ar(&file, CArchive::store);
-    node->Serialize(ar);
-    ar.Close();
-    return file.Data();
-}
+inline std::vector<u8> StoreRecord(CEVemBaseNode* node) { return memtest::Stored(*node); }
 
 // Reads a record into a new node of the kind; fails the test if bytes are left over.
 inline NodePtr LoadRecord(const std::vector<u8>& bytes, tEVemNodeType type) {

@@ -11,10 +11,7 @@
 namespace xreftest {
 
 // A node tree owned by the test, deleted through the flat function.
-struct TreeDeleter {
-    void operator()(CVemBaseNode* node) const { VemDeleteNode(node); }
-};
-using TreePtr = std::unique_ptr<CVemBaseNode, TreeDeleter>;
+using TreePtr = compiledtest::NodePtr;
 
 // An executable node, which owns the code nodes of its list.
 inline TreePtr MakeExe() {
