@@ -10,7 +10,7 @@
 
 class CArchive;
 
-namespace vem_detail {
+namespace vem::detail {
 
 // Doubly linked list; POSITION is a pointer to a link.
 template <typename T>
@@ -324,35 +324,35 @@ struct WordHash {
     std::size_t operator()(u16 w) const noexcept { return w; }
 };
 
-}  // namespace vem_detail
+}  // namespace vem::detail
 
 // Array of object pointers; it does not own them. Stored as a count and object references.
-class VEM_API CObArray : public CObject, public vem_detail::CheckedArray<CObject*> {
+class VEM_API CObArray : public CObject, public vem::detail::CheckedArray<CObject*> {
     VEM_DECLARE_SERIAL(CObArray)
 public:
     void Serialize(CArchive& ar) override;
 };
 
-class VEM_API CDWordArray : public CObject, public vem_detail::CheckedArray<u32> {
+class VEM_API CDWordArray : public CObject, public vem::detail::CheckedArray<u32> {
     VEM_DECLARE_SERIAL(CDWordArray)
 public:
     void Serialize(CArchive& ar) override;  // count, then 32-bit words
 };
 
-class VEM_API CWordArray : public CObject, public vem_detail::CheckedArray<u16> {
+class VEM_API CWordArray : public CObject, public vem::detail::CheckedArray<u16> {
     VEM_DECLARE_SERIAL(CWordArray)
 public:
     void Serialize(CArchive& ar) override;  // count, then 16-bit words
 };
 
-class VEM_API CStringArray : public CObject, public vem_detail::CheckedArray<CString> {
+class VEM_API CStringArray : public CObject, public vem::detail::CheckedArray<CString> {
     VEM_DECLARE_SERIAL(CStringArray)
 public:
     void Serialize(CArchive& ar) override;  // count, then strings
 };
 
 // List of object pointers; it does not own them.
-class VEM_API CObList : public CObject, public vem_detail::LinkedList<CObject*> {
+class VEM_API CObList : public CObject, public vem::detail::LinkedList<CObject*> {
     VEM_DECLARE_SERIAL(CObList)
 public:
     explicit CObList(int blockSize = 10) { (void)blockSize; }
@@ -360,7 +360,7 @@ public:
     void Serialize(CArchive& ar) override;
 };
 
-class VEM_API CStringList : public CObject, public vem_detail::LinkedList<CString> {
+class VEM_API CStringList : public CObject, public vem::detail::LinkedList<CString> {
     VEM_DECLARE_SERIAL(CStringList)
 public:
     explicit CStringList(int blockSize = 10) { (void)blockSize; }
@@ -369,21 +369,21 @@ public:
 };
 
 // Map from text to object pointer; it does not own the objects.
-class VEM_API CMapStringToOb : public CObject, public vem_detail::OrderedMap<CString, CObject*, CStringHash> {
+class VEM_API CMapStringToOb : public CObject, public vem::detail::OrderedMap<CString, CObject*, CStringHash> {
     VEM_DECLARE_SERIAL(CMapStringToOb)
 public:
     explicit CMapStringToOb(int blockSize = 10) { (void)blockSize; }
     void Serialize(CArchive& ar) override;  // count, then key string and object reference
 };
 
-class VEM_API CMapStringToString : public CObject, public vem_detail::OrderedMap<CString, CString, CStringHash> {
+class VEM_API CMapStringToString : public CObject, public vem::detail::OrderedMap<CString, CString, CStringHash> {
     VEM_DECLARE_SERIAL(CMapStringToString)
 public:
     explicit CMapStringToString(int blockSize = 10) { (void)blockSize; }
     void Serialize(CArchive& ar) override;  // count, then key and value strings
 };
 
-class VEM_API CMapWordToOb : public CObject, public vem_detail::OrderedMap<u16, CObject*, vem_detail::WordHash> {
+class VEM_API CMapWordToOb : public CObject, public vem::detail::OrderedMap<u16, CObject*, vem::detail::WordHash> {
     VEM_DECLARE_SERIAL(CMapWordToOb)
 public:
     explicit CMapWordToOb(int blockSize = 10) { (void)blockSize; }

@@ -67,7 +67,7 @@ public:
     tVemDeviceSettings* GetDeviceSettings() override { return &DeviceSettings; }
     // Alignment and ByteSize place the elements of arrays: indexes over the tree are made anew.
     void SetDeviceSettings(const tVemDeviceSettings& settings) override {
-        VemTouchLayout();
+        vem::TouchLayout();
         DeviceSettings = settings;
     }
     void ComputeProgramNumbers(int flag) override;

@@ -53,7 +53,7 @@ struct TaskReport {
 
 }  // namespace
 
-VemTaskFileFinder::VemTaskFileFinder(const CString& holder) {
+vem::TaskFileFinder::TaskFileFinder(const CString& holder) {
     if (!holder.IsEmpty()) {
         const VemPathParts place = VemSplitPath(holder);
         directories_.push_back(place.drive + place.directory);
@@ -61,7 +61,7 @@ VemTaskFileFinder::VemTaskFileFinder(const CString& holder) {
     directories_.insert(directories_.end(), SearchPath().begin(), SearchPath().end());
 }
 
-std::string VemTaskFileFinder::AnyCase(const CString& directory, const std::string& name) {
+std::string vem::TaskFileFinder::AnyCase(const CString& directory, const std::string& name) {
     const auto lower = [](std::string s) {
         for (char& c : s) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
         return s;
@@ -69,7 +69,7 @@ std::string VemTaskFileFinder::AnyCase(const CString& directory, const std::stri
     auto [at, fresh] = listed_.try_emplace(directory.str());
     if (fresh) {
         std::vector<std::string> entries;
-        VemListDirectory(directory, entries);
+        vem::ListDirectory(directory, entries);
         for (std::string& entry : entries) {
             auto [slot, added] = at->second.try_emplace(lower(entry), entry);
             if (!added && entry < slot->second) slot->second = std::move(entry);
@@ -79,8 +79,8 @@ std::string VemTaskFileFinder::AnyCase(const CString& directory, const std::stri
     return found == at->second.end() ? std::string() : found->second;
 }
 
-VemTaskFileLookup VemTaskFileFinder::Find(const CString& stored) {
-    VemTaskFileLookup found;
+vem::TaskFileLookup vem::TaskFileFinder::Find(const CString& stored) {
+    vem::TaskFileLookup found;
     bool unusable = false;
     const auto attempt = [&](const CString& name) {
         const CString host = VemHostPath(name);
@@ -110,7 +110,7 @@ VemTaskFileLookup VemTaskFileFinder::Find(const CString& stored) {
     return found;
 }
 
-void VemNoteMissingTask(int reason, const CString& task, const CString& file, const std::vector<CString>& tried) {
+void vem::NoteMissingTask(int reason, const CString& task, const CString& file, const std::vector<CString>& tried) {
     if (g_missing) g_missing->push_back(MissingTask{reason, task, file, tried});
 }
 

@@ -21,23 +21,23 @@ CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path) : CVe
 }
 
 CVemTuiTaskNode::~CVemTuiTaskNode() {
-    VemPathMapDrop(this);
+    vem::PathMapDrop(this);
     delete NodePath2NodeList;
     delete SegmentTable;
     delete TaskDefEntry;
-    EVemDeleteRootList(EvemRootNodeList);
+    vem::evem::DeleteRootList(EvemRootNodeList);
 }
 
 // A null table leaves the node with a new empty one, so that it can always store itself.
 void CVemTuiTaskNode::SetSegmentTable(CSegmentTable*& table) {
-    VemTouchLayout();
+    vem::TouchLayout();
     CSegmentTable* taken = table ? table : new CSegmentTable(0);
     if (taken != SegmentTable) delete SegmentTable;
     SegmentTable = taken;
     table = nullptr;
 }
 
-u16 CVemTuiTaskNode::AddNewSegmentLength(u16 length) { return VemAppendSegmentLength(AbsOffsets, length); }
+u16 CVemTuiTaskNode::AddNewSegmentLength(u16 length) { return vem::AppendSegmentLength(AbsOffsets, length); }
 
 //  width   field                                  condition
 //  .       program record, children inline
@@ -59,12 +59,12 @@ void CVemTuiTaskNode::Serialize(CArchive& ar) {
         SegmentTable = fresh.release();
     }
     SegmentTable->Serialize(ar);
-    if (schema == 0) VemSkipDownloadList(ar);
+    if (schema == 0) vem::SkipDownloadList(ar);
     VemBaSerialize(TaskDefEntry, ar);
     DataContainer.Serialize(ar);
     AbsOffsets.Serialize(ar);
-    if (schema == 0) VemSkipByteBuffer(ar);
-    if (EVemIsEnabled()) EVemSerializeRootList(ar, EvemRootNodeList);
+    if (schema == 0) vem::SkipByteBuffer(ar);
+    if (vem::evem::IsEnabled()) vem::evem::SerializeRootList(ar, EvemRootNodeList);
 }
 
 // ---- paths and offsets -----------------------------------------------------------------------------
@@ -77,7 +77,7 @@ void CVemTuiTaskNode::CreateChildNodePathList() {
     } else {
         NodePath2NodeList = new CMapStringToOb(10);
     }
-    VemPathMapKeep(this, NodePath2NodeList);
+    vem::PathMapKeep(this, NodePath2NodeList);
     BuildNodePath2NodeList(Name, NodePath2NodeList);
 }
 
@@ -106,7 +106,7 @@ u32 CVemTuiTaskNode::GetAbsoluteVariableOffset(CString path) {
 
 CString CVemTuiTaskNode::GetPouPathNameFromCodeSegNr(u16 codeSegment) {
     if (codeSegment == GetCodeSegment()) return GetPathName();
-    return VemUnitPathInChildren(this, codeSegment);
+    return vem::UnitPathInChildren(this, codeSegment);
 }
 
 // ---- dump ------------------------------------------------------------------------------------------
@@ -117,11 +117,11 @@ CString CVemTuiTaskNode::SegmentTableDumpText(CFile* file, const CString& prefix
         SegmentTable->Dump(prefix, file);
         return CString();
     }
-    return VemDumpNewLine(prefix) + "No Segmenttable found !! \n";
+    return vem::DumpNewLine(prefix) + "No Segmenttable found !! \n";
 }
 
 CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text;
     for (int i = 1; i < AbsOffsets.GetSize(); ++i) {
         text += nl;
@@ -141,7 +141,7 @@ CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
 }
 
 CString CVemTuiTaskNode::PathListDumpText(const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text = nl + "No AbsoluteOffsetTable  found !! " + "\n";
     if (!NodePath2NodeList) return text;
     text += nl + "Dump of Childnodepathlist ";
@@ -159,8 +159,8 @@ CString CVemTuiTaskNode::PathListDumpText(const CString& prefix) {
 }
 
 void CVemTuiTaskNode::DumpCodeNodes(CFile* file, CString text, const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
-    if (!EVemIsEnabled()) {
+    const CString nl = vem::DumpNewLine(prefix);
+    if (!vem::evem::IsEnabled()) {
         text += nl + "No EVEM Information for this OEM !! \n";
         WriteText(file, text);
         return;
@@ -169,13 +169,13 @@ void CVemTuiTaskNode::DumpCodeNodes(CFile* file, CString text, const CString& pr
     for (POSITION pos = EvemRootNodeList.GetHeadPosition(); pos;) {
         auto* node = static_cast<CEVemBaseNode*>(EvemRootNodeList.GetNext(pos));
         WriteText(file, nl + EVemGetPathName(node) + "\n");
-        EVemDumpNode(node, file, prefix + "->>");
+        vem::evem::DumpNode(node, file, prefix + "->>");
     }
 }
 
 void CVemTuiTaskNode::NodeDump(CFile* file, CString indent) {
     const CString& prefix = indent;
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text = prefix + "*TUITASKNODE: " + Name + "\n" + prefix;
     text.AppendFormat("GlobalFlag: %i \n", static_cast<int>(GlobalFlag));
     text += nl + kVemDumpRule + prefix + "======== Dump of SegmentTable in TuiTaskNode =========\n ";
@@ -183,7 +183,7 @@ void CVemTuiTaskNode::NodeDump(CFile* file, CString indent) {
     text += prefix + "======== AbsoluteOffsetTable and ChildNodePathList ========= ";
     const bool haveMap = NodePath2NodeList && !NodePath2NodeList->IsEmpty();
     text += haveMap && !AbsOffsets.IsEmpty() ? OffsetsDumpText(prefix) : PathListDumpText(prefix);
-    text += VemDataContainerDumpText(DataContainer, prefix);
+    text += vem::DataContainerDumpText(DataContainer, prefix);
     text += prefix + "======== TuiTaskNode has EVEM Information for following Pou's   ========= ";
     DumpCodeNodes(file, text, prefix);
     WriteText(file, nl + kVemDumpRule);

@@ -12,7 +12,7 @@
 #include "vem_bytearray.h"
 #include "vem_segtbl.h"
 
-namespace vemlayout {
+namespace vem::layout {
 
 namespace {
 
@@ -491,4 +491,4 @@ std::vector<CVemBaseNode*> CompiledTasks(CVemBaseNode* root) {
     return tasks;
 }
 
-}  // namespace vemlayout
+}  // namespace vem::layout

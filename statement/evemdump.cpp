@@ -81,13 +81,13 @@ private:
 
 }  // namespace
 
-const char* EVemCbeTypeText(u32 type) {
+const char* vem::evem::CbeTypeText(u32 type) {
     if (type >= kCbeTypeBool && type <= kCbeTypeWString) return kCbeTypeNames[type];
     if (type == kCbeTypeCount) return "kCbeTypeCount";
     return "unknown Cbe type";
 }
 
-CString EVemPointerText(const void* pointer) {
+CString vem::evem::PointerText(const void* pointer) {
     static const CString kNull = [] {
         CString null;
         null.Format("%p", static_cast<const void*>(nullptr));  // the C library's own form, written once
@@ -99,7 +99,7 @@ CString EVemPointerText(const void* pointer) {
     return text;
 }
 
-CString EVemValueText(u32 type, const CVemByteArray* value) {
+CString vem::evem::ValueText(u32 type, const CVemByteArray* value) {
     const ValueBytes bytes(value);
     CString text;
     switch (type) {
@@ -132,7 +132,7 @@ CString EVemValueText(u32 type, const CVemByteArray* value) {
     return text;
 }
 
-const char* EVemAddressModeText(u32 mode) {
+const char* vem::evem::AddressModeText(u32 mode) {
     switch (mode) {
         case kEVemFarAddress: return "kEVemFarAddress\n";
         case kEVemNearAddress: return "kEVemNearAddress\n";
@@ -142,7 +142,7 @@ const char* EVemAddressModeText(u32 mode) {
     }
 }
 
-const char* EVemPouTypeText(u32 pouType) {
+const char* vem::evem::PouTypeText(u32 pouType) {
     switch (pouType) {
         case kEVemPouProg: return "kEVemPouProg";
         case kEVemPouFunction: return "kEVemPouFunction";

@@ -54,19 +54,19 @@ unsigned CVemPouNode::GetBitmapID() { return 116; }
 
 // With the debug flag the data segment stands in front of the name.
 CString CVemPouNode::GetNodeText() {
-    if (!VemDebugFlagValue()) return Name;
+    if (!vem::DebugFlagValue()) return Name;
     CString text;
     text.Format("%u   %s", static_cast<unsigned>(GetDataSegment()), Name.GetString());
     return text;
 }
 
 void CVemPouNode::SetCodeSegment(u16 segment) {
-    VemTouchLayout();
+    vem::TouchLayout();
     CodeSegNr = segment;
 }
 
 void CVemPouNode::SetDataSegment(u16 segment) {
-    VemTouchLayout();
+    vem::TouchLayout();
     DataSegNr = segment;
 }
 
@@ -123,7 +123,7 @@ void CVemPouNode::DeleteAllChildPous() {
             case kVemFbNode:
             case kVemFunctionNode:
             case kVemFbInstanceNode:
-                VemTouchLayout();
+                vem::TouchLayout();
                 Children.RemoveAt(here);
                 delete child;
                 break;

@@ -53,7 +53,7 @@ void CVemDimRange::Serialize(CArchive& ar) {
     LowBounds.Serialize(ar);
     HighBounds.Serialize(ar);
     CurrentIndices.Serialize(ar);
-    VemSerializeField<u8>(ar, DimSize);
+    vem::SerializeField<u8>(ar, DimSize);
 }
 
 void CVemDimRange::SetDimRange(u8 index, const tVemDimRange& range) {
@@ -100,10 +100,10 @@ CVemArrayNode::~CVemArrayNode() { delete ElementNode; }
 void CVemArrayNode::Serialize(CArchive& ar) {
     CVemVariableNode::Serialize(ar);
     Range.Serialize(ar);
-    VemSerializeField<u8>(ar, ArrayCode);
-    VemSerializeField<u16>(ar, ElementSizeOfType);
-    VemSerializeField<u8>(ar, Dimensions);
-    VemSerializeField<u16>(ar, HeaderLength);
+    vem::SerializeField<u8>(ar, ArrayCode);
+    vem::SerializeField<u16>(ar, ElementSizeOfType);
+    vem::SerializeField<u8>(ar, Dimensions);
+    vem::SerializeField<u16>(ar, HeaderLength);
     if (ar.IsStoring()) {
         ar.WriteObject(ElementNode);
         return;
@@ -122,7 +122,7 @@ int CVemArrayNode::AddChildTail(CVemBaseNode* child) {
 
 void CVemArrayNode::SetReferenceNode(CVemBaseNode* node) {
     if (node == ElementNode) return;
-    VemTouchLayout();
+    vem::TouchLayout();
     delete ElementNode;
     ElementNode = node;
 }
@@ -273,7 +273,7 @@ void CVemArrayNode::ExpandArray() {
 // ---- flat functions --------------------------------------------------------------------------------
 
 void VemSetDimRange4Index(CVemDimRange* range, u8 index, tVemDimRange dimRange) {
-    VemTouchLayout();
+    vem::TouchLayout();
     range->SetDimRange(index, dimRange);
 }
 
@@ -287,7 +287,7 @@ extern "C" void VemSetArrayElementSizeOfType(CVemBaseNode* node, u16 size) {
     const u32 type = node->GetNodeType();
     if (type < kVemArrayNode || type > 9) return;
     if (!node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) return;
-    VemTouchLayout();
+    vem::TouchLayout();
     static_cast<CVemArrayNode*>(node)->ElementSizeOfType = size;
 }
 
