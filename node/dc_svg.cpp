@@ -3,6 +3,7 @@
 #include <map>
 
 #include "node/resources.h"
+#include "platform/file.h"
 #include "vem_dc.h"
 
 namespace {

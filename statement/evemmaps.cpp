@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "node/basenode.h"
+#include "platform/msgbox.h"
 #include "statement/evemcode.h"
 #include "statement/evemlist.h"
 #include "statement/evemstmt.h"
