@@ -32,28 +32,22 @@ const CVemBaseNode* RootOf(const CVemBaseNode* node) {
 
 CVemWalkStep::CVemWalkStep(const void* node, u64 budget) : m_node(node) {
     if (!g_walk) {
-        m_owned = new Walk;
+        m_owned = std::make_unique<Walk>();
         m_owned->left = budget;
-        g_walk = m_owned;
+        g_walk = m_owned.get();
     }
     if (g_walk->onPath.size() >= kVemMaxNesting || g_walk->left == 0) return;
     try {
         m_entered = g_walk->onPath.insert(node).second;
     } catch (...) {
-        if (m_owned) {
-            g_walk = nullptr;
-            delete m_owned;
-        }
+        if (m_owned) g_walk = nullptr;
         throw;
     }
 }
 
 CVemWalkStep::~CVemWalkStep() {
     if (m_entered) g_walk->onPath.erase(m_node);
-    if (m_owned) {
-        g_walk = nullptr;
-        delete m_owned;
-    }
+    if (m_owned) g_walk = nullptr;
 }
 
 bool CVemWalkStep::Spend(u64 units) {

@@ -2,6 +2,8 @@
 // pointers into a tree.
 #pragma once
 
+#include <memory>
+
 #include "platform/types.h"
 
 class CVemBaseNode;
@@ -26,7 +28,7 @@ public:
     struct Walk;
 
 private:
-    Walk* m_owned = nullptr;
+    std::unique_ptr<Walk> m_owned;
     const void* m_node;
     bool m_entered = false;
 };

@@ -23,11 +23,10 @@ constexpr char kTasksName[] = "TASKS";
 // The project code for which the dump prints the line maps of the code nodes.
 
 // A null table stands for a new empty one, so that the node can always store itself.
-void TakeTable(CSegmentTable*& held, CSegmentTable*& given) {
+void TakeTable(std::unique_ptr<CSegmentTable>& held, CSegmentTable*& given) {
     vem::TouchLayout();
     CSegmentTable* taken = given ? given : new CSegmentTable(0);
-    if (taken != held) delete held;
-    held = taken;
+    if (taken != held.get()) held.reset(taken);
     given = nullptr;
 }
 
@@ -41,18 +40,11 @@ tVemDeviceSettings CVemExeNode::DefaultDeviceSettings() {
 }
 
 CVemExeNode::CVemExeNode(const CString& name) : CVemResourceNode(kVemExeNode, name, 1) {
-    // Last, so that nothing is left behind if one of them fails.
-    auto segments = std::make_unique<CSegmentTable>(0);
-    ComponentList = new CSegmentTable(0);
-    SegmentTable = segments.release();
+    SegmentTable = std::make_unique<CSegmentTable>(0);
+    ComponentList = std::make_unique<CSegmentTable>(0);
 }
 
-CVemExeNode::~CVemExeNode() {
-    delete SegmentTable;
-    delete ComponentList;
-    delete TaskDefSegment;
-    vem::evem::DeleteRootList(EvemRootNodeList);
-}
+CVemExeNode::~CVemExeNode() { vem::evem::DeleteRootList(EvemRootNodeList); }
 
 void CVemExeNode::SetSegmentTable(CSegmentTable*& table) { TakeTable(SegmentTable, table); }
 
@@ -149,7 +141,7 @@ void CVemExeNode::Serialize(CArchive& ar) {
         vem::SkipByteBuffer(ar);
     }
     AbsOffsets.Serialize(ar);
-    VemBaSerialize(TaskDefSegment, ar);
+    vem::SerializeOwned(TaskDefSegment, ar);
     if (schema == 0) vem::SkipByteBuffer(ar);
     DataContainer.Serialize(ar);
     SerializeDeviceSettings(ar);

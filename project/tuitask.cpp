@@ -17,14 +17,11 @@ CVemTuiTaskNode::CVemTuiTaskNode() : CVemTuiTaskNode(CString(), CString()) {}
 
 CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path) : CVemProgramNode(name, path, CString()) {
     NodeType = kVemTuiTaskNode;
-    SegmentTable = new CSegmentTable(0);  // last, so that nothing is left behind if it fails
+    SegmentTable = std::make_unique<CSegmentTable>(0);
 }
 
 CVemTuiTaskNode::~CVemTuiTaskNode() {
     vem::PathMapDrop(this);
-    delete NodePath2NodeList;
-    delete SegmentTable;
-    delete TaskDefEntry;
     vem::evem::DeleteRootList(EvemRootNodeList);
 }
 
@@ -32,8 +29,7 @@ CVemTuiTaskNode::~CVemTuiTaskNode() {
 void CVemTuiTaskNode::SetSegmentTable(CSegmentTable*& table) {
     vem::TouchLayout();
     CSegmentTable* taken = table ? table : new CSegmentTable(0);
-    if (taken != SegmentTable) delete SegmentTable;
-    SegmentTable = taken;
+    if (taken != SegmentTable.get()) SegmentTable.reset(taken);
     table = nullptr;
 }
 
@@ -54,13 +50,11 @@ void CVemTuiTaskNode::Serialize(CArchive& ar) {
     CVemProgramNode::Serialize(ar);
     const u16 schema = VemSerializeSchema(ar, kSchema);
     if (ar.IsLoading()) {
-        auto fresh = std::make_unique<CSegmentTable>(0);
-        delete SegmentTable;
-        SegmentTable = fresh.release();
+        SegmentTable = std::make_unique<CSegmentTable>(0);
     }
     SegmentTable->Serialize(ar);
     if (schema == 0) vem::SkipDownloadList(ar);
-    VemBaSerialize(TaskDefEntry, ar);
+    vem::SerializeOwned(TaskDefEntry, ar);
     DataContainer.Serialize(ar);
     AbsOffsets.Serialize(ar);
     if (schema == 0) vem::SkipByteBuffer(ar);
@@ -75,10 +69,10 @@ void CVemTuiTaskNode::CreateChildNodePathList() {
     if (NodePath2NodeList) {
         NodePath2NodeList->RemoveAll();
     } else {
-        NodePath2NodeList = new CMapStringToOb(10);
+        NodePath2NodeList = std::make_unique<CMapStringToOb>(10);
     }
-    vem::PathMapKeep(this, NodePath2NodeList);
-    BuildNodePath2NodeList(Name, NodePath2NodeList);
+    vem::PathMapKeep(this, NodePath2NodeList.get());
+    BuildNodePath2NodeList(Name, NodePath2NodeList.get());
 }
 
 // A unit stands for its data segment from its start; any other node for its own place.

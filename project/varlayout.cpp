@@ -243,7 +243,7 @@ private:
             if (count > CVemArrayNode::kMaxElements) return;  // more than an expansion makes
         }
         if (count == 0) return;
-        CVemBaseNode* proto = array->ElementNode;
+        CVemBaseNode* proto = array->ElementNode.get();
         const bool string = IsString(proto->GetVariableType());
         layout.size = string ? static_cast<u16>(array->ElementSizeOfType * byteSize_) : proto->GetSize();
         // Places in the segment's 16 bits, as the expansion counts; the elements past 65535 wrap

@@ -32,15 +32,12 @@ CVemPouNode::CVemPouNode(const CVemPouNode& other)
     if (!list) VemThrowMemory();
     std::unique_ptr<CVemByteArray> pfl(other.PflArray ? other.PflArray->Clone() : nullptr);
     if (other.DataSegmentPtr) ClonedDataSegment.reset(other.DataSegmentPtr->Clone());
-    StatList = list.release();
-    PflArray = pfl.release();
+    StatList = std::move(list);
+    PflArray = std::move(pfl);
     DataSegmentPtr = ClonedDataSegment.get();
 }
 
-CVemPouNode::~CVemPouNode() {
-    delete StatList;
-    delete PflArray;
-}
+CVemPouNode::~CVemPouNode() = default;
 
 CVemBaseNode* CVemPouNode::Clone() { return new CVemPouNode(*this); }
 
@@ -106,12 +103,15 @@ int CVemPouNode::ComputeOffsets(const u16* startOffsets) {
     return 1;
 }
 
-CStatList* CVemPouNode::GetStatList() { return StatList; }
+CStatList* CVemPouNode::GetStatList() { return StatList.get(); }
 
-CVemByteArray* CVemPouNode::GetPflArray() { return PflArray; }
+CVemByteArray* CVemPouNode::GetPflArray() { return PflArray.get(); }
 
 // Takes the array; one held before is the caller's to have taken away.
-void CVemPouNode::SetPflArray(CVemByteArray* array) { PflArray = array; }
+void CVemPouNode::SetPflArray(CVemByteArray* array) {
+    static_cast<void>(PflArray.release());
+    PflArray.reset(array);
+}
 
 // Units and instances below a unit go; variables, arrays and structures stay.
 void CVemPouNode::DeleteAllChildPous() {

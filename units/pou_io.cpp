@@ -28,7 +28,7 @@
 void CVemPouNode::Serialize(CArchive& ar) {
     CVemBaseNode::Serialize(ar);
     StatList->Serialize(ar);
-    VemBaSerialize(PflArray, ar);
+    vem::SerializeOwned(PflArray, ar);
     vem::SerializeField<u16>(ar, CodeSegNr);
     vem::SerializeField<u16>(ar, DataSegNr);
     vem::SerializeField<u16>(ar, IniDataSegNr);

@@ -84,10 +84,10 @@ CVemArrayNode::CVemArrayNode(const CVemArrayNode& other)
       Dimensions(other.Dimensions),
       HeaderLength(other.HeaderLength),
       Range(other.Range) {
-    if (other.ElementNode) ElementNode = other.ElementNode->Clone();
+    if (other.ElementNode) ElementNode.reset(other.ElementNode->Clone());
 }
 
-CVemArrayNode::~CVemArrayNode() { delete ElementNode; }
+CVemArrayNode::~CVemArrayNode() = default;
 
 //  width   field
 //  .       variable record, children inline
@@ -105,12 +105,11 @@ void CVemArrayNode::Serialize(CArchive& ar) {
     vem::SerializeField<u8>(ar, Dimensions);
     vem::SerializeField<u16>(ar, HeaderLength);
     if (ar.IsStoring()) {
-        ar.WriteObject(ElementNode);
+        ar.WriteObject(ElementNode.get());
         return;
     }
-    delete ElementNode;
-    ElementNode = nullptr;
-    ElementNode = static_cast<CVemBaseNode*>(ar.ReadOwnedObject(RUNTIME_CLASS(CVemBaseNode)));
+    ElementNode.reset();
+    ElementNode.reset(static_cast<CVemBaseNode*>(ar.ReadOwnedObject(RUNTIME_CLASS(CVemBaseNode))));
 }
 
 CVemBaseNode* CVemArrayNode::Clone() { return new CVemArrayNode(*this); }
@@ -121,10 +120,9 @@ int CVemArrayNode::AddChildTail(CVemBaseNode* child) {
 }
 
 void CVemArrayNode::SetReferenceNode(CVemBaseNode* node) {
-    if (node == ElementNode) return;
+    if (node == ElementNode.get()) return;
     vem::TouchLayout();
-    delete ElementNode;
-    ElementNode = node;
+    ElementNode.reset(node);
 }
 
 // The prototype gets the number it is given; the elements the array's own.
@@ -266,8 +264,7 @@ void CVemArrayNode::ExpandArray() {
         LastChild = lastBefore;
         throw;
     }
-    delete ElementNode;
-    ElementNode = nullptr;
+    ElementNode.reset();
 }
 
 // ---- flat functions --------------------------------------------------------------------------------
