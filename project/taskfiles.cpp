@@ -56,9 +56,9 @@ struct TaskReport {
 vem::TaskFileFinder::TaskFileFinder(const CString& holder) {
     if (!holder.IsEmpty()) {
         const VemPathParts place = VemSplitPath(holder);
-        directories_.push_back(place.drive + place.directory);
+        m_directories.push_back(place.drive + place.directory);
     }
-    directories_.insert(directories_.end(), SearchPath().begin(), SearchPath().end());
+    m_directories.insert(m_directories.end(), SearchPath().begin(), SearchPath().end());
 }
 
 std::string vem::TaskFileFinder::AnyCase(const CString& directory, const std::string& name) {
@@ -66,7 +66,7 @@ std::string vem::TaskFileFinder::AnyCase(const CString& directory, const std::st
         for (char& c : s) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
         return s;
     };
-    auto [at, fresh] = listed_.try_emplace(directory.str());
+    auto [at, fresh] = m_listed.try_emplace(directory.str());
     if (fresh) {
         std::vector<std::string> entries;
         vem::ListDirectory(directory, entries);
@@ -95,7 +95,7 @@ vem::TaskFileLookup vem::TaskFileFinder::Find(const CString& stored) {
     const VemPathParts parts = VemSplitPath(stored);
     const CString last = parts.title + parts.extension;
     if (g_search && !last.IsEmpty() && last != "." && last != "..") {
-        for (const CString& directory : directories_) {
+        for (const CString& directory : m_directories) {
             const CString exact = Join(directory, last);
             CFileStatus status;
             if (CFile::GetStatus(exact, status)) {

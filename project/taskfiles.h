@@ -32,8 +32,8 @@ private:
     // order); empty if none.
     std::string AnyCase(const CString& directory, const std::string& name);
 
-    std::vector<CString> directories_;
-    std::map<std::string, std::map<std::string, std::string>> listed_;  // directory → lower case → entry
+    std::vector<CString> m_directories;
+    std::map<std::string, std::map<std::string, std::string>> m_listed;  // directory → lower case → entry
 };
 
 // A task that the load going on leaves out. Noted only while VemLoadNodeTaskReport asks for them.
