@@ -8,10 +8,10 @@
 #include <string>
 #include <unordered_set>
 
+#include "platform/fieldio.h"
 #include "project/compiled.h"
 #include "statement/evembase.h"
 #include "statement/evemlist.h"
-#include "variables/fieldio.h"
 #include "vem_bytearray.h"
 #include "vem_node.h"
 

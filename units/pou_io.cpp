@@ -1,9 +1,9 @@
 // CVemPouNode: its record, its dump, and what it takes from its source file.
 #include <ctime>
 
+#include "platform/fieldio.h"
 #include "units/hfile.h"
 #include "units/pou.h"
-#include "variables/fieldio.h"
 #include "vem_bytearray.h"
 
 //  width   field

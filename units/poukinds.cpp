@@ -1,8 +1,8 @@
 // The three kinds of unit: programs, function blocks and functions.
 #include <new>
 
+#include "platform/fieldio.h"
 #include "units/pou.h"
-#include "variables/fieldio.h"
 #include "vem_node.h"
 
 VEM_IMPLEMENT_SERIAL(CVemProgramNode, CVemPouNode, 5)

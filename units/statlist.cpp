@@ -3,7 +3,7 @@
 #include <memory>
 #include <new>
 
-#include "variables/fieldio.h"
+#include "platform/fieldio.h"
 
 VEM_IMPLEMENT_SERIAL(CStatListEntry, CObject, 5)
 VEM_IMPLEMENT_SERIAL(CStatList, CMapWordToOb, 5)

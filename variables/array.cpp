@@ -8,7 +8,7 @@
 
 #include "node/layoutepoch.h"
 #include "node/walk.h"
-#include "variables/fieldio.h"
+#include "platform/fieldio.h"
 #include "vem_limits.h"
 #include "vem_node.h"
 #include "vem_plain.h"

@@ -4,7 +4,7 @@
 #include "node/dumptext.h"
 #include "node/flags.h"
 #include "node/layoutepoch.h"
-#include "variables/fieldio.h"
+#include "platform/fieldio.h"
 #include "vem_limits.h"
 #include "vem_node.h"
 
