@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "memory/segtbl.h"
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace {
 

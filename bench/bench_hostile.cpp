@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 #include "vem_ext.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "memory/segtbl.h"
+#include "platform/msgbox.h"
 #include "vem_bytearray.h"
 
 VEM_IMPLEMENT_SERIAL(CVemDownloadListEntry, CObject, 5)

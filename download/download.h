@@ -3,7 +3,19 @@
 // segments. Both classes are exported.
 #pragma once
 
+#include "platform/collections.h"
+#include "platform/cstring.h"
 #include "vem32_types.h"
+
+// The record that a caller of the download list fills in and gets back.
+struct tDownloadListEntry {
+    CString Name;
+    u32 Value1 = 0;
+    u32 Value2 = 0;
+    u16 SecondSegment = 0;
+    u16 FirstSegment = 0;
+    u16 Value3 = 0;
+};
 
 // One unit of the list.
 class VEM_API CVemDownloadListEntry : public CObject {

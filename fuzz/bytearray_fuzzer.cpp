@@ -9,7 +9,7 @@ namespace {
 // from a few bytes; such dumps would slow the harness twentyfold, and shorter claims take the same
 // path.
 bool ClaimsMoreRecordsThanBytes(CVemByteArray* array) {
-    const unsigned b = VemBaGetByteSize(array), w = vem_units::WordWidth(b);
+    const unsigned b = VemBaGetByteSize(array), w = vem::units::WordWidth(b);
     u16 records = 0;
     try {
         VemBaGetWord(array, static_cast<u16>(2 * w + 2 * b), &records);

@@ -15,7 +15,7 @@
 #include "platform/archive.h"
 #include "platform/file.h"
 #include "platform/msgbox.h"
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace vemfuzz {
 

@@ -1,9 +1,11 @@
-// Vem32: the compile-result store. Include this header to reach every exported function and class.
+// Vem32: the compile-result store. This header declares every exported flat function with the
+// types, records and enumerations it takes; the platform's classes and the exported classes stand
+// in it as declarations only. A host that calls their members, or keeps a CString that a function
+// gives back, includes vem32_classes.h as well.
 #pragma once
 
 #include "vem32_types.h"
 #include "vem_bytearray.h"
-#include "vem_dc.h"
 #include "vem_evem.h"
 #include "vem_ext.h"
 #include "vem_limits.h"
@@ -11,12 +13,3 @@
 #include "vem_plain.h"
 #include "vem_segtbl.h"
 #include "vem_settings.h"
-
-// Class definitions that callers reach: the node base (so that the elements of a child list can
-// be cast), the statement base, and the exported classes.
-#include "download/download.h"
-#include "memory/layouts.h"
-#include "memory/segtbl.h"
-#include "node/basenode.h"
-#include "statement/evembase.h"
-#include "units/statlist.h"

@@ -3,21 +3,67 @@
 
 #include <cstddef>
 
-#include "platform/archive.h"
-#include "platform/collections.h"
-#include "platform/cstring.h"
-#include "platform/exceptions.h"
-#include "platform/file.h"
-#include "platform/gdi.h"
-#include "platform/msgbox.h"
-#include "platform/types.h"
+#include "vem_base.h"
 
+// The platform's classes that the flat functions take or give; vem32_classes.h defines them.
+class CObject;
+class CString;
+class CObList;
+class CStringList;
+class CStringArray;
+class CDWordArray;
+class CWordArray;
+class CMapStringToOb;
+class CMapStringToString;
+class CArchive;
+class CFile;
+class CDC;
+class CBitmap;
 class CVemBaseNode;
 class CVemByteArray;
 class CSegmentTable;
 class CStatList;
 class CVemDimRange;
 class CEVemBaseNode;
+
+// Points and rectangles of the tree view, by value.
+struct CPoint {
+    i32 x = 0;
+    i32 y = 0;
+    CPoint() = default;
+    CPoint(i32 px, i32 py) : x(px), y(py) {}
+    friend CPoint operator+(CPoint a, CPoint b) { return {a.x + b.x, a.y + b.y}; }
+    friend CPoint operator-(CPoint a, CPoint b) { return {a.x - b.x, a.y - b.y}; }
+    friend bool operator==(CPoint a, CPoint b) { return a.x == b.x && a.y == b.y; }
+    friend bool operator!=(CPoint a, CPoint b) { return !(a == b); }
+};
+static_assert(sizeof(CPoint) == 8 && offsetof(CPoint, y) == 4);
+
+struct CSize {
+    i32 cx = 0;
+    i32 cy = 0;
+    CSize() = default;
+    CSize(i32 w, i32 h) : cx(w), cy(h) {}
+};
+static_assert(sizeof(CSize) == 8 && offsetof(CSize, cy) == 4);
+
+struct CRect {
+    i32 left = 0;
+    i32 top = 0;
+    i32 right = 0;
+    i32 bottom = 0;
+    CRect() = default;
+    CRect(i32 l, i32 t, i32 r, i32 b) : left(l), top(t), right(r), bottom(b) {}
+    // Inclusive on all four edges, as the tree view's hit test wants it.
+    bool ContainsInclusive(CPoint p) const { return p.x >= left && p.x <= right && p.y >= top && p.y <= bottom; }
+    i32 Width() const { return right - left; }
+    i32 Height() const { return bottom - top; }
+    friend bool operator==(const CRect& a, const CRect& b) {
+        return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+    }
+};
+static_assert(sizeof(CRect) == 16 && offsetof(CRect, top) == 4 && offsetof(CRect, right) == 8 &&
+              offsetof(CRect, bottom) == 12);
 
 // Kind of a node of the tree.
 enum tVemNodeType : u32 {
@@ -185,16 +231,6 @@ static_assert(offsetof(tVemDeviceSettings, DeviceByte1) == 38 && offsetof(tVemDe
               offsetof(tVemDeviceSettings, ByteSize) == 50 && offsetof(tVemDeviceSettings, DeviceLong1) == 52 &&
               offsetof(tVemDeviceSettings, DeviceByte9) == 56 && offsetof(tVemDeviceSettings, DeviceLong2) == 60 &&
               offsetof(tVemDeviceSettings, DeviceLong3) == 64 && offsetof(tVemDeviceSettings, ReservedBytes) == 72);
-
-// The record that a caller of the download list fills in and gets back.
-struct tDownloadListEntry {
-    CString Name;
-    u32 Value1 = 0;
-    u32 Value2 = 0;
-    u16 SecondSegment = 0;
-    u16 FirstSegment = 0;
-    u16 Value3 = 0;
-};
 
 // Statement model.
 enum tEVemPouType : u32 {

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/cstring.h"
+#include "platform/gdi.h"
 #include "vem32_types.h"
 
 // The state that painting changes and reads back: the current position, the background mode and

@@ -5,6 +5,15 @@
 
 #include "vem32_types.h"
 
+// A message box of the library: the host's handler returns the button that was pressed (1 for OK).
+using VemMessageBoxHandler = int (*)(const char* text, unsigned style, void* context);
+
+extern "C" {
+// Installs a handler of the library's message boxes (null restores the default, which writes them
+// to standard error) and gives back the one before.
+VEM_API VemMessageBoxHandler VemSetMessageBoxHandler(VemMessageBoxHandler handler, void* context);
+}
+
 // Why a load failed, for a caller that wants to tell the user.
 struct tVemLoadReport {
     enum : int { kNone = 0, kCannotOpen = 1, kFileException = 2, kArchiveException = 3, kMemory = 4, kOther = 5 };

@@ -4,7 +4,7 @@
 // of cutting it; a question that would walk past a bound stops there.
 #pragma once
 
-#include "platform/types.h"
+#include "vem_base.h"
 
 // ---- widths on disk --------------------------------------------------------------------------------
 

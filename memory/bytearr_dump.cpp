@@ -8,9 +8,9 @@
 #include "memory/units.h"
 #include "node/dumptext.h"
 
-using vem_units::WordWidth;
+using vem::units::WordWidth;
 
-namespace vem_dump {
+namespace vem::dump {
 
 void AppendHexByte(CString& line, u8 value, bool wideGap) {
     static const char kDigits[] = "0123456789ABCDEF";
@@ -25,11 +25,11 @@ CString HexLineStart(u32 index) {
 }
 
 void DumpTables(CVemByteArray& array, unsigned kind, CStringArray& lines) {
-    if (VemIsInstanceTableKind(kind)) array.DumpInstanceTable(lines);
-    if (VemIsDownloadTableKind(kind)) array.DumpDownloadTable(static_cast<int>(kind), lines);
+    if (vem::IsInstanceTableKind(kind)) array.DumpInstanceTable(lines);
+    if (vem::IsDownloadTableKind(kind)) array.DumpDownloadTable(static_cast<int>(kind), lines);
 }
 
-}  // namespace vem_dump
+}  // namespace vem::dump
 
 namespace {
 
@@ -48,12 +48,12 @@ unsigned BytesPerLine(unsigned byteSize) {
 
 }  // namespace
 
-void vem_dump::AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text) {
+void vem::dump::AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text) {
     static const char kDigits[] = "0123456789ABCDEF";
     const u8 byteSize = array.GetByteSize();
     u8 kind = 0xFF;
     array.GetByte(static_cast<u16>(WordWidth(byteSize)), &kind);
-    text << prefix << VemSegmentKindName(kind) << '\n';
+    text << prefix << vem::SegmentKindName(kind) << '\n';
     text << prefix << ByteSizeLine(byteSize) << '\n';
     const unsigned perLine = BytesPerLine(byteSize);
     const u8* bytes = array.GetBytePointer();
@@ -90,19 +90,19 @@ void vem_dump::AppendPlainDump(CVemByteArray& array, const CString& prefix, CVem
 void CVemByteArray::Dump(CStringArray& lines) {
     u8 kind = 0xFF;  // a segment too short for its header shows as unknown
     GetByte(static_cast<u16>(WordWidth(m_byteSize)), &kind);
-    lines.Add(VemSegmentKindName(kind));
+    lines.Add(vem::SegmentKindName(kind));
     lines.Add(ByteSizeLine(m_byteSize));
     const unsigned perLine = BytesPerLine(m_byteSize);
-    CString line = vem_dump::HexLineStart(0);
+    CString line = vem::dump::HexLineStart(0);
     for (u32 i = 0; i < m_length; ++i) {
         if (i != 0 && i % perLine == 0) {
             lines.Add(line);
-            line = vem_dump::HexLineStart(i);
+            line = vem::dump::HexLineStart(i);
         }
-        vem_dump::AppendHexByte(line, m_data[i], i % perLine == 3);
+        vem::dump::AppendHexByte(line, m_data[i], i % perLine == 3);
     }
     lines.Add(line);
-    vem_dump::DumpTables(*this, kind, lines);
+    vem::dump::DumpTables(*this, kind, lines);
 }
 
 // Header words, then one line per record: Len, IniSeg, DataSeg and the record's own bytes.

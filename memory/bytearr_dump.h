@@ -7,7 +7,7 @@
 class CVemByteArray;
 class CVemDumpText;
 
-namespace vem_dump {
+namespace vem::dump {
 
 // "    %04X : ", the start of a line of bytes.
 CString HexLineStart(u32 index);
@@ -19,4 +19,4 @@ void DumpTables(CVemByteArray& array, unsigned kind, CStringArray& lines);
 // into the text without a string per line. Only for an array whose Dump is that one.
 void AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text);
 
-}  // namespace vem_dump
+}  // namespace vem::dump

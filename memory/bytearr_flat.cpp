@@ -80,6 +80,17 @@ void VemBaSerialize(CVemByteArray*& array, CArchive& ar) {
     array = loaded.release();
 }
 
+void vem::SerializeOwned(std::unique_ptr<CVemByteArray>& array, CArchive& ar) {
+    CVemByteArray* held = array.release();
+    try {
+        VemBaSerialize(held, ar);
+    } catch (...) {
+        array.reset(held);
+        throw;
+    }
+    array.reset(held);
+}
+
 // Only a fract layout array takes single values from raw bytes; the others answer 1 whatever
 // the raw append gives.
 int VemBaAppend(CVemByteArray* array, const void* bytes, unsigned count) {

@@ -51,7 +51,7 @@ long long CountOf(const std::string& text) {
     return n;
 }
 
-std::string ValueOf(const vem_ini::IniSection& section, const std::string& key) {
+std::string ValueOf(const vem::ini::IniSection& section, const std::string& key) {
     const std::string* value = section.Find(key);
     if (!value) return std::string();
     return value->size() > kMaxValue ? value->substr(0, kMaxValue) : *value;
@@ -62,7 +62,7 @@ std::string ValueOf(const vem_ini::IniSection& section, const std::string& key) 
 // The first line is the key itself, then key0, key1, ... until the count is reached; more than
 // twice the count of numbered lines gives up.
 int VemBaReadIniFile(CVemByteArray* array, const char* fileName, const char* section, const char* key) {
-    vem_ini::IniSection ini;
+    vem::ini::IniSection ini;
     if (!array || !key || !ini.Load(fileName, section)) return 0;
     const std::string stem = key;
     const std::string countText = ValueOf(ini, stem + "Bytes");

@@ -3,8 +3,8 @@
 #include "memory/crc16.h"
 #include "memory/units.h"
 
-using vem_units::DwordWidth;
-using vem_units::WordWidth;
+using vem::units::DwordWidth;
+using vem::units::WordWidth;
 
 namespace {
 
@@ -53,7 +53,7 @@ int CVemByteArray::GetOffset(u16 offset, u32* result) {
 // The register runs over the raw bytes from the low half of the seed; the length goes to the high
 // half, so that a chain of arrays can carry the register on through the seed.
 u32 CVemByteArray::ComputeCheckSum(u32 seed) {
-    u16 reg = vem_crc::Update(static_cast<u16>(seed), m_data, m_length);
+    u16 reg = vem::crc::Update(static_cast<u16>(seed), m_data, m_length);
     return (m_length << 16) + reg;
 }
 

@@ -9,9 +9,9 @@
 #include "memory/units.h"
 #include "node/layoutepoch.h"
 
-using vem_units::DwordWidth;
-using vem_units::Unit;
-using vem_units::WordWidth;
+using vem::units::DwordWidth;
+using vem::units::Unit;
+using vem::units::WordWidth;
 
 VEM_IMPLEMENT_SERIAL(CVemByteArray, CLargeByteArray, 5)
 
@@ -85,7 +85,7 @@ int CVemByteArray::Append(const void* bytes, unsigned count) {
     if (static_cast<u64>(length) + padding + count > m_maxSize) VemThrowMemory();
     // The source may lie inside this array, which the growth can move.
     std::vector<u8> own;
-    if (vem_units::PointsInto(bytes, m_data, m_allocated)) {
+    if (vem::units::PointsInto(bytes, m_data, m_allocated)) {
         own.assign(static_cast<const u8*>(bytes), static_cast<const u8*>(bytes) + count);
         bytes = own.data();
     }
@@ -102,7 +102,7 @@ int CVemByteArray::AppendByte(u8 value) {
     // put behind the others (the general path below gives the same bytes).
     if (m_byteSize == 1 && m_length < m_allocated && m_length < m_maxSize) {
         m_data[m_length++] = value;
-        VemTouchLayout();
+        vem::TouchLayout();
         return 1;
     }
     Unit u{};
@@ -112,13 +112,13 @@ int CVemByteArray::AppendByte(u8 value) {
 
 int CVemByteArray::AppendWord(u16 value) {
     Unit u{};
-    vem_units::PutLittleWord(u, value);
+    vem::units::PutLittleWord(u, value);
     return Append(u.data(), WordWidth(m_byteSize));
 }
 
 int CVemByteArray::AppendDword(u32 value) {
     Unit u{};
-    vem_units::PutLittleDword(u, value, m_byteSize);
+    vem::units::PutLittleDword(u, value, m_byteSize);
     return Append(u.data(), DwordWidth(m_byteSize));
 }
 
@@ -154,13 +154,13 @@ int CVemByteArray::PatchByte(u16 offset, u8 value) {
 
 int CVemByteArray::PatchWord(u16 offset, u16 value) {
     Unit u{};
-    vem_units::PutLittleWord(u, value);
+    vem::units::PutLittleWord(u, value);
     return Patch(offset, u.data(), WordWidth(m_byteSize));
 }
 
 int CVemByteArray::PatchDword(u16 offset, u32 value) {
     Unit u{};
-    vem_units::PutLittleDword(u, value, m_byteSize);
+    vem::units::PutLittleDword(u, value, m_byteSize);
     return Patch(offset, u.data(), DwordWidth(m_byteSize));
 }
 

@@ -1,6 +1,8 @@
 // Byte arrays: target memory as a growing buffer of bytes in the target's layout.
 #pragma once
 
+#include <memory>
+
 #include "platform/archive.h"
 #include "platform/collections.h"
 #include "platform/object.h"
@@ -94,3 +96,11 @@ protected:
     u16 m_alignment = 1;
     u8 m_byteSize = 1;
 };
+
+namespace vem {
+
+// VemBaSerialize for an array that a member owns: the member holds what the load left, also when it
+// throws.
+void SerializeOwned(std::unique_ptr<CVemByteArray>& array, CArchive& ar);
+
+}  // namespace vem

@@ -1,6 +1,6 @@
 #include "memory/crc16.h"
 
-namespace vem_crc {
+namespace vem::crc {
 
 namespace {
 
@@ -22,4 +22,4 @@ u16 Update(u16 reg, const u8* bytes, std::size_t count) {
     return reg;
 }
 
-}  // namespace vem_crc
+}  // namespace vem::crc

@@ -7,7 +7,7 @@
 
 #include "platform/types.h"
 
-namespace vem_crc {
+namespace vem::crc {
 
 constexpr u16 kPolynomial = 0x4321;
 
@@ -35,4 +35,4 @@ inline constexpr Tables kTables = MakeTables();
 // Runs the register over the bytes: per byte, reg = (reg << 8) ^ table[(reg >> 8) ^ byte].
 u16 Update(u16 reg, const u8* bytes, std::size_t count);
 
-}  // namespace vem_crc
+}  // namespace vem::crc

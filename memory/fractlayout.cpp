@@ -12,8 +12,8 @@
 #include "memory/units.h"
 #include "platform/msgbox.h"
 
-using vem_units::kFractUnit;
-using vem_units::Unit;
+using vem::units::kFractUnit;
+using vem::units::Unit;
 
 VEM_IMPLEMENT_SERIAL(CFractLayoutByteArray, CVemByteArray, 5)
 
@@ -51,11 +51,11 @@ CVemByteArray* CFractLayoutByteArray::Clone() const {
 // The kind is the raw byte 2; all bytes go on one line, with a wider gap behind each half unit.
 void CFractLayoutByteArray::Dump(CStringArray& lines) {
     const u8 kind = m_length > 2 ? m_data[2] : 0xFF;
-    lines.Add(VemSegmentKindName(kind));
-    CString line = vem_dump::HexLineStart(0);
-    for (u32 i = 0; i < m_length; ++i) vem_dump::AppendHexByte(line, m_data[i], i % kFractUnit == 2);
+    lines.Add(vem::SegmentKindName(kind));
+    CString line = vem::dump::HexLineStart(0);
+    for (u32 i = 0; i < m_length; ++i) vem::dump::AppendHexByte(line, m_data[i], i % kFractUnit == 2);
     lines.Add(line);
-    vem_dump::DumpTables(*this, kind, lines);
+    vem::dump::DumpTables(*this, kind, lines);
 }
 
 int CFractLayoutByteArray::Append(const CVemByteArray* other) {
@@ -69,7 +69,7 @@ int CFractLayoutByteArray::Append(const void* bytes, unsigned count) {
     const u64 newLength = static_cast<u64>(at) + count;
     if (newLength > m_maxSize) VemThrowMemory();
     std::vector<u8> own;
-    if (vem_units::PointsInto(bytes, m_data, m_allocated)) {
+    if (vem::units::PointsInto(bytes, m_data, m_allocated)) {
         own.assign(static_cast<const u8*>(bytes), static_cast<const u8*>(bytes) + count);
         bytes = own.data();
     }
@@ -86,13 +86,13 @@ int CFractLayoutByteArray::AppendByte(u8 value) {
 
 int CFractLayoutByteArray::AppendWord(u16 value) {
     Unit u{};
-    vem_units::PutLittleWord(u, value);
+    vem::units::PutLittleWord(u, value);
     return Append(u.data(), kFractUnit);
 }
 
 int CFractLayoutByteArray::AppendDword(u32 value) {
     Unit u{};
-    vem_units::PutFractDword(u, value);
+    vem::units::PutFractDword(u, value);
     return Append(u.data(), kFractUnit);
 }
 
@@ -105,7 +105,7 @@ int CFractLayoutByteArray::AppendStringRaw(const char* text, int count) {
     if (units * kFractUnit > m_maxSize) VemThrowMemory();  // before a buffer is made for it
     std::vector<u8> buffer(units * kFractUnit, 0);
     for (std::size_t i = 0; i < length && i < buffer.size(); ++i)
-        buffer[vem_units::FractCharPos(static_cast<unsigned>(i))] = static_cast<u8>(text[i]);
+        buffer[vem::units::FractCharPos(static_cast<unsigned>(i))] = static_cast<u8>(text[i]);
     return Append(buffer.data(), static_cast<unsigned>(buffer.size()));
 }
 
@@ -137,7 +137,7 @@ int CFractLayoutByteArray::PatchWord(u16 unit, u16 value) {
 
 int CFractLayoutByteArray::PatchDword(u16 unit, u32 value) {
     Unit u{};
-    vem_units::PutFractDword(u, value);
+    vem::units::PutFractDword(u, value);
     return Patch(unit, u.data(), kFractUnit);
 }
 
@@ -164,7 +164,7 @@ int CFractLayoutByteArray::GetWord(u16 unit, u16* result) {
 int CFractLayoutByteArray::GetDword(u16 unit, u32* result) {
     const u8* p = UnitAt(unit);
     if (!p) return 0;
-    *result = vem_units::GetFractDword(p);
+    *result = vem::units::GetFractDword(p);
     return 1;
 }
 

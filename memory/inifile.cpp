@@ -7,7 +7,7 @@
 
 #include "platform/file.h"
 
-namespace vem_ini {
+namespace vem::ini {
 
 namespace {
 
@@ -95,4 +95,4 @@ std::vector<long long> IniSection::NumberedKeys(const std::string& stem) const {
     return numbers;
 }
 
-}  // namespace vem_ini
+}  // namespace vem::ini

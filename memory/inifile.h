@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace vem_ini {
+namespace vem::ini {
 
 // The keys of one section of a file. Lines are read up to 2047 characters at a time; everything
 // from the first ";" on is a comment. A section head is a line with a "[" that no "=" stands ahead
@@ -30,4 +30,4 @@ private:
 // The key in lower case, as the section keeps it.
 std::string Lower(std::string text);
 
-}  // namespace vem_ini
+}  // namespace vem::ini

@@ -51,7 +51,7 @@ CLargeByteArray::~CLargeByteArray() { delete[] m_data; }
 // except to nothing.
 void CLargeByteArray::SetLength(u32 newLength, int growBy) {
     if (newLength > m_maxSize) VemThrowMemory();
-    if (newLength != m_length) VemTouchLayout();  // where a segment ends is an answer of an address index
+    if (newLength != m_length) vem::TouchLayout();  // where a segment ends is an answer of an address index
     // A step of 0 would stall the growth rule; -1 and other non-positive values keep the step.
     if (growBy > 0) m_growBy = static_cast<u32>(growBy);
     if (newLength == 0) {

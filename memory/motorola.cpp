@@ -5,9 +5,9 @@
 #include "memory/layouts.h"
 #include "memory/units.h"
 
-using vem_units::DwordWidth;
-using vem_units::Unit;
-using vem_units::WordWidth;
+using vem::units::DwordWidth;
+using vem::units::Unit;
+using vem::units::WordWidth;
 
 VEM_IMPLEMENT_SERIAL(CMotorolaByteArray, CVemByteArray, 5)
 
@@ -32,37 +32,37 @@ CVemByteArray* CMotorolaByteArray::Clone() const {
 
 int CMotorolaByteArray::AppendByte(u8 value) {
     Unit u{};
-    vem_units::PutBigByte(u, value, m_byteSize);
+    vem::units::PutBigByte(u, value, m_byteSize);
     return Append(u.data(), m_byteSize);
 }
 
 int CMotorolaByteArray::AppendWord(u16 value) {
     Unit u{};
-    vem_units::PutBigWord(u, value, WordWidth(m_byteSize));
+    vem::units::PutBigWord(u, value, WordWidth(m_byteSize));
     return Append(u.data(), WordWidth(m_byteSize));
 }
 
 int CMotorolaByteArray::AppendDword(u32 value) {
     Unit u{};
-    vem_units::PutBigDword(u, value, m_byteSize, DwordWidth(m_byteSize));
+    vem::units::PutBigDword(u, value, m_byteSize, DwordWidth(m_byteSize));
     return Append(u.data(), DwordWidth(m_byteSize));
 }
 
 int CMotorolaByteArray::PatchByte(u16 offset, u8 value) {
     Unit u{};
-    vem_units::PutBigByte(u, value, m_byteSize);
+    vem::units::PutBigByte(u, value, m_byteSize);
     return Patch(offset, u.data(), m_byteSize);
 }
 
 int CMotorolaByteArray::PatchWord(u16 offset, u16 value) {
     Unit u{};
-    vem_units::PutBigWord(u, value, WordWidth(m_byteSize));
+    vem::units::PutBigWord(u, value, WordWidth(m_byteSize));
     return Patch(offset, u.data(), WordWidth(m_byteSize));
 }
 
 int CMotorolaByteArray::PatchDword(u16 offset, u32 value) {
     Unit u{};
-    vem_units::PutBigDword(u, value, m_byteSize, DwordWidth(m_byteSize));
+    vem::units::PutBigDword(u, value, m_byteSize, DwordWidth(m_byteSize));
     return Patch(offset, u.data(), DwordWidth(m_byteSize));
 }
 

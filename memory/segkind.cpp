@@ -46,7 +46,7 @@ constexpr KindName kKindNames[] = {
 
 }  // namespace
 
-const char* VemSegmentKindName(unsigned kind) {
+const char* vem::SegmentKindName(unsigned kind) {
     for (const KindName& k : kKindNames)
         if (k.kind == kind) return k.name;
     return "### unknown segment ###";

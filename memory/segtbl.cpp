@@ -30,7 +30,7 @@ bool CSegmentTable::FindFreeNumber() {
 // Marking comes first: a number that cannot be marked leaves the table as it was and the array
 // with the caller.
 u16 CSegmentTable::AddNewSegment(CVemByteArray* array) {
-    VemTouchLayout();
+    vem::TouchLayout();
     if (!FindFreeNumber()) return kNoNumber;
     const u16 number = m_nextSegmentNo;
     Mark(number);
@@ -45,7 +45,7 @@ u16 CSegmentTable::AddNewSegment(CVemByteArray* array) {
 // A number of the caller's choice leaves nextSegmentNo alone; the automatic search skips it later
 // by its mark. Replacing the array under a given-out number does not count it again.
 int CSegmentTable::AddNewSegment(u16 number, CVemByteArray* array) {
-    VemTouchLayout();
+    vem::TouchLayout();
     if (number < m_nextSegmentNo) {
         if (number >= GetSize()) VemThrowInvalidArg();
         CVemByteArray* old = At(number);
@@ -67,7 +67,7 @@ int CSegmentTable::AddNewSegment(u16 number, CVemByteArray* array) {
 
 // The mark stays, so that a deleted number is never given out again.
 int CSegmentTable::DeleteSegment(u16 number) {
-    VemTouchLayout();
+    vem::TouchLayout();
     if (number >= m_nextSegmentNo) return 0;
     if (number >= GetSize() || !At(number)) return 1;
     delete At(number);

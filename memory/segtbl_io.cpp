@@ -77,7 +77,7 @@ void CSegmentTable::Dump(const CString& prefix, CFile* file) {
         text.Signed(i) << "   0x";
         text.Hex(static_cast<unsigned>(i)) << "     ";
         if (array->GetRuntimeClass() == RUNTIME_CLASS(CVemByteArray)) {
-            vem_dump::AppendPlainDump(*array, prefix, text);  // the common case, without a string per line
+            vem::dump::AppendPlainDump(*array, prefix, text);  // the common case, without a string per line
         } else {
             CStringArray lines;
             array->Dump(lines);

@@ -7,7 +7,7 @@
 
 #include "platform/types.h"
 
-namespace vem_units {
+namespace vem::units {
 
 // A unit is never wider than the widest ByteSize a u8 can hold.
 using Unit = std::array<u8, 256>;
@@ -76,9 +76,9 @@ inline u32 GetFractDword(const u8* unit) {
 // Text in the fractional layout: each half holds three characters in reverse order.
 inline unsigned FractCharPos(unsigned i) { return 3 * (i / 3) + 2 - (i % 3); }
 
-}  // namespace vem_units
+}  // namespace vem::units
 
-namespace vem_units {
+namespace vem::units {
 
 // Whether a source range starts inside an array's storage, which a growth of that array would move.
 inline bool PointsInto(const void* p, const u8* data, u32 allocated) {
@@ -86,4 +86,4 @@ inline bool PointsInto(const void* p, const u8* data, u32 allocated) {
     return data && at >= begin && at < begin + allocated;
 }
 
-}  // namespace vem_units
+}  // namespace vem::units

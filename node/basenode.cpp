@@ -14,7 +14,7 @@ u32 g_nextSerial = 0;
 
 }  // namespace
 
-u32 VemTakeNextSerial() { return g_nextSerial++; }
+u32 vem::TakeNextSerial() { return g_nextSerial++; }
 
 CVemBaseNode::CVemBaseNode() : CVemBaseNode(kVemBaseNode, CString(), 1) {}
 
@@ -27,7 +27,7 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     : CObject(),
       Name(other.Name),
       ExtraText(other.ExtraText),
-      Serial(VemTakeNextSerial()),
+      Serial(vem::TakeNextSerial()),
       Expanded(other.Expanded),
       NodeType(other.NodeType),
       KlikedSymbol(other.KlikedSymbol),
@@ -49,22 +49,20 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     }
 }
 
-// Forgets a node that goes if the stepping through the shown nodes remembers it (treeview.cpp).
-void VemStepForget(const CVemBaseNode* node);
 
 CVemBaseNode::~CVemBaseNode() {
     const CVemDyingScope dying;
-    VemPathMapsForget(this);
+    vem::PathMapsForget(this);
     DeleteAllChildren();
     if (m_drawn) ForgetDrawn();
-    VemStepForget(this);
+    vem::StepForget(this);
 }
 
 void CVemBaseNode::ApplyTypeRules() {
-    const vem_nodetypes::Row* row = vem_nodetypes::Find(NodeType);
-    m_topGeometry = row && row->Shape == vem_nodetypes::Row::Top;
+    const vem::nodetypes::Row* row = vem::nodetypes::Find(NodeType);
+    m_topGeometry = row && row->Shape == vem::nodetypes::Row::Top;
     HasSymbol = row ? row->HasSymbol : 1;
-    if (row && row->Expand == vem_nodetypes::Row::Open) Expanded = 1;
+    if (row && row->Expand == vem::nodetypes::Row::Open) Expanded = 1;
 }
 
 // Children are destroyed without recursion through the tree and without allocating: each
@@ -72,9 +70,9 @@ void CVemBaseNode::ApplyTypeRules() {
 // empty list. The moved children still name the node that went as their parent, so no destructor
 // below may walk up: the path maps are forgotten once here, from this node, which is whole.
 void CVemBaseNode::DeleteAllChildren() {
-    VemTouchLayout();
+    vem::TouchLayout();
     if (Children.IsEmpty()) return;
-    VemPathMapsForget(this);
+    vem::PathMapsForget(this);
     const CVemDyingScope dying;
     while (!Children.IsEmpty()) {
         auto* child = static_cast<CVemBaseNode*>(Children.RemoveHead());
@@ -123,12 +121,12 @@ void CVemBaseNode::SerializeChildren(CArchive& ar) {
     for (u16 i = 0; i < count; ++i) {
         u8 type;
         ar >> type;
-        CVemBaseNode* child = vem_nodetypes::NewForLoad(type);
+        CVemBaseNode* child = vem::nodetypes::NewForLoad(type);
         child->Parent = this;
         try {
             CArchive::RecordScope record(ar, child->GetRuntimeClass()->m_lpszClassName);
             child->Serialize(ar);
-            vem_nodetypes::CheckStoredType(child);
+            vem::nodetypes::CheckStoredType(child);
             record.Leave();
             Children.AddTail(child);
         } catch (...) {
@@ -145,7 +143,7 @@ CVemBaseNode* CVemBaseNode::DeleteNode(CVemBaseNode* target) {
         POSITION here = pos;
         CVemBaseNode* child = ChildAt(pos);
         if (child == target) {
-            VemTouchLayout();
+            vem::TouchLayout();
             Children.RemoveAt(here);
             delete child;
             return this;
@@ -177,7 +175,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work += ".";
                 work += name;
                 work.MakeUpper();
-                if (!VemSpendOnPath(work, map)) return;
+                if (!vem::SpendOnPath(work, map)) return;
                 map->SetAt(work, look);
                 look->BuildNodePath2NodeList(work, map);
                 break;
@@ -198,7 +196,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
                 work += ".";
                 work += look->Name;
                 work.MakeUpper();
-                if (!VemSpendOnPath(work, map)) return;
+                if (!vem::SpendOnPath(work, map)) return;
                 map->SetAt(work, look);
                 break;
         }
@@ -206,7 +204,7 @@ void CVemBaseNode::BuildNodePath2NodeList(CString path, CMapStringToOb* map) {
 }
 
 int CVemBaseNode::AddChildTail(CVemBaseNode* child) {
-    VemTouchLayout();
+    vem::TouchLayout();
     Children.AddTail(child);
     child->Parent = this;
     LastChild = child;
@@ -214,7 +212,7 @@ int CVemBaseNode::AddChildTail(CVemBaseNode* child) {
 }
 
 int CVemBaseNode::AddChildHead(CVemBaseNode* child) {
-    VemTouchLayout();
+    vem::TouchLayout();
     Children.AddHead(child);
     child->Parent = this;
     LastChild = child;
@@ -222,7 +220,7 @@ int CVemBaseNode::AddChildHead(CVemBaseNode* child) {
 }
 
 int CVemBaseNode::AddChildSorted(CVemBaseNode* child) {
-    VemTouchLayout();
+    vem::TouchLayout();
     child->Parent = this;
     const CString text = child->GetNodeText();
     for (POSITION pos = Children.GetHeadPosition(); pos;) {

@@ -92,5 +92,11 @@ private:
     void ForgetDrawn();
 };
 
+namespace vem {
+
 // Running serial of nodes made by VemNewNode and by the copy of a clone.
-u32 VemTakeNextSerial();
+u32 TakeNextSerial();
+// Forgets a node that goes if the stepping through the shown nodes remembers it (treeview.cpp).
+void StepForget(const CVemBaseNode* node);
+
+}  // namespace vem

@@ -9,7 +9,7 @@
 namespace {
 
 int LoadFromLibrary(CBitmap* bitmap, unsigned id) {
-    CVemResourceScope scope(&VemLibraryResources());
+    CVemResourceScope scope(&vem::LibraryModule());
     return bitmap->LoadBitmap(id) ? 1 : 0;
 }
 

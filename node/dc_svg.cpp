@@ -3,6 +3,7 @@
 #include <map>
 
 #include "node/resources.h"
+#include "platform/file.h"
 #include "vem_dc.h"
 
 namespace {
@@ -66,7 +67,7 @@ std::string EscapeText(const std::string& text) {
 
 // One icon of the library as paths, one for each colour, made of runs of pixels along the rows.
 std::string IconDefinition(unsigned iconId) {
-    const CVemResourceModule& module = VemLibraryResources();
+    const CVemResourceModule& module = vem::LibraryModule();
     CSize size;
     module.FindPicture(VemResourceKind::Icon, iconId, &size);
     std::map<COLORREF, std::string> paths;
@@ -117,7 +118,7 @@ bool CVemSvgDC::LineTo(CPoint p) {
 
 bool CVemSvgDC::DrawIcon(CPoint p, unsigned iconId) {
     CSize size;
-    if (!VemLibraryResources().FindPicture(VemResourceKind::Icon, iconId, &size)) return false;
+    if (!vem::LibraryModule().FindPicture(VemResourceKind::Icon, iconId, &size)) return false;
     EndPath();
     if (std::find(m_icons.begin(), m_icons.end(), iconId) == m_icons.end()) m_icons.push_back(iconId);
     Append(m_body, "<use xlink:href=\"#i", Number(iconId), "\" x=\"", Number(p.x), "\" y=\"", Number(p.y), "\"/>\n");

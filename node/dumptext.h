@@ -29,12 +29,12 @@ public:
     // "%x"
     CVemDumpText& Hex(unsigned long value) { return Digits(value, 16); }
 
-    void WriteTo(CFile* file) const { file->Write(data_, static_cast<unsigned>(size_)); }
+    void WriteTo(CFile* file) const { file->Write(m_data, static_cast<unsigned>(m_size)); }
 
     CVemDumpText& Append(const char* text, std::size_t count) {
-        if (size_ + count > capacity_) Grow(count);
-        std::memcpy(data_ + size_, text, count);
-        size_ += count;
+        if (m_size + count > m_capacity) Grow(count);
+        std::memcpy(m_data + m_size, text, count);
+        m_size += count;
         return *this;
     }
 
@@ -42,24 +42,25 @@ private:
     template <class Integer>
     CVemDumpText& Digits(Integer value, int base = 10) {
         constexpr std::size_t kMost = 24;
-        if (size_ + kMost > capacity_) Grow(kMost);
-        size_ = static_cast<std::size_t>(std::to_chars(data_ + size_, data_ + size_ + kMost, value, base).ptr - data_);
+        if (m_size + kMost > m_capacity) Grow(kMost);
+        m_size =
+            static_cast<std::size_t>(std::to_chars(m_data + m_size, m_data + m_size + kMost, value, base).ptr - m_data);
         return *this;
     }
     void Grow(std::size_t count) {
-        std::size_t capacity = capacity_ * 2;
-        while (capacity < size_ + count) capacity *= 2;
+        std::size_t capacity = m_capacity * 2;
+        while (capacity < m_size + count) capacity *= 2;
         auto larger = std::make_unique<char[]>(capacity);
-        std::memcpy(larger.get(), data_, size_);
-        heap_ = std::move(larger);
-        data_ = heap_.get();
-        capacity_ = capacity;
+        std::memcpy(larger.get(), m_data, m_size);
+        m_heap = std::move(larger);
+        m_data = m_heap.get();
+        m_capacity = capacity;
     }
 
     static constexpr std::size_t kRoom = 1024;
-    char room_[kRoom];
-    std::unique_ptr<char[]> heap_;
-    char* data_ = room_;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = kRoom;
+    char m_room[kRoom];
+    std::unique_ptr<char[]> m_heap;
+    char* m_data = m_room;
+    std::size_t m_size = 0;
+    std::size_t m_capacity = kRoom;
 };

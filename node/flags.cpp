@@ -6,7 +6,7 @@ namespace {
 int g_debugFlag = 0;
 }  // namespace
 
-int VemDebugFlagValue() { return g_debugFlag; }
+int vem::DebugFlagValue() { return g_debugFlag; }
 
 void VemSetDebugFlag(int flag) { g_debugFlag = flag; }
 

@@ -1,5 +1,9 @@
 // Process-wide switches of the library.
 #pragma once
 
+namespace vem {
+
 // The debug flag: while it is not 0, node texts carry layout data.
-int VemDebugFlagValue();
+int DebugFlagValue();
+
+}  // namespace vem

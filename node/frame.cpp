@@ -45,7 +45,7 @@ void InitVem() {}
 void* InitVem32() { return &g_module; }
 
 // The module through which the library's bitmaps and icons are found.
-void* GetResourceHandleVemDll() { return &VemLibraryResources(); }
+void* GetResourceHandleVemDll() { return &vem::LibraryModule(); }
 
 u16 VemComputeChecksumForBuffer(const u8* buffer, u32 length, u16 seed) {
     if (!buffer || length == 0) return seed;

@@ -9,4 +9,8 @@
 
 extern u64 gVemLayoutEpoch;
 
-inline void VemTouchLayout() { ++gVemLayoutEpoch; }
+namespace vem {
+
+inline void TouchLayout() { ++gVemLayoutEpoch; }
+
+}  // namespace vem

@@ -67,15 +67,15 @@ CVemBaseNode* LoadNodeFile(const char* fileName, tVemLoadReport& report, CString
     std::unique_ptr<CArchive> ar;
     try {
         ar = std::make_unique<CArchive>(&file, CArchive::load);
-        const vem_load::TaskFileScope taskFiles(ar->LoadContext());  // each task file once in the whole tree
+        const vem::load::TaskFileScope taskFiles(ar->LoadContext());  // each task file once in the whole tree
         u16 type;
         *ar >> type;
-        node = vem_nodetypes::NewForLoad(type);
+        node = vem::nodetypes::NewForLoad(type);
         CheckStamp(*ar);
         {
             CArchive::RecordScope record(*ar, node->GetRuntimeClass()->m_lpszClassName);
             node->Serialize(*ar);
-            vem_nodetypes::CheckStoredType(node);
+            vem::nodetypes::CheckStoredType(node);
             record.Leave();
         }
         ar->Close();

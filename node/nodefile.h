@@ -12,13 +12,13 @@ inline constexpr unsigned kVemVersionStampLength = 25;
 inline constexpr u64 kMinNodeRecordBytes = 13;
 
 // Made above the node layer (project/nodetypes.cpp), which knows the class of each type.
-namespace vem_nodetypes {
+namespace vem::nodetypes {
 // VemNewNode for a type read from a file: an unknown type is a corrupt file (archive exception).
 CVemBaseNode* NewForLoad(u32 type);
 // A node made by a type byte or type word must bear a type of its own class in its record: a store
 // writes that type, and another class would then read the record back. Raises a bad class.
 void CheckStoredType(const CVemBaseNode* node);
-}  // namespace vem_nodetypes
+}  // namespace vem::nodetypes
 
 // The texts of the load's message box for a memory shortage and other platform exceptions.
 extern const char kVemRebuildMessage[];

@@ -8,7 +8,7 @@
 
 #include "vem32_types.h"
 
-namespace vem_nodetypes {
+namespace vem::nodetypes {
 
 struct Row {
     enum Expansion : u8 { Kept, Open };
@@ -57,9 +57,9 @@ unsigned Icon(const Node& node, tVemNodeType type) {
     return RowOf(type).Icon;
 }
 
-}  // namespace vem_nodetypes
+}  // namespace vem::nodetypes
 
 // The picture answers of the class that a type makes, in the body of that class.
-#define VEM_NODE_TYPE_PICTURES(type)                                              \
-    unsigned GetBitmapID() override { return vem_nodetypes::RowOf(type).Bitmap; } \
-    unsigned GetIconID() override { return vem_nodetypes::Icon(*this, type); }
+#define VEM_NODE_TYPE_PICTURES(type)                                               \
+    unsigned GetBitmapID() override { return vem::nodetypes::RowOf(type).Bitmap; } \
+    unsigned GetIconID() override { return vem::nodetypes::Icon(*this, type); }

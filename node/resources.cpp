@@ -502,11 +502,11 @@ private:
 };
 
 // The library's module enters the chain of resource modules when the library is loaded.
-[[maybe_unused]] const bool g_registered = (VemAddResourceModule(&VemLibraryResources()), true);
+[[maybe_unused]] const bool g_registered = (VemAddResourceModule(&vem::LibraryModule()), true);
 
 }  // namespace
 
-CVemResourceModule& VemLibraryResources() {
+CVemResourceModule& vem::LibraryModule() {
     static LibraryResources module;
     return module;
 }

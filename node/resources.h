@@ -13,6 +13,10 @@ enum : unsigned {
     kVemBitmapItemLeaf = 158,
 };
 
+namespace vem {
+
 // The library's resource module. It enters the chain of resource modules when the library is
 // loaded, so that a host finds the pictures by number; GetResourceHandleVemDll hands it out.
-CVemResourceModule& VemLibraryResources();
+CVemResourceModule& LibraryModule();
+
+}  // namespace vem

@@ -10,7 +10,7 @@
 namespace {
 
 // Statics of the stepping; they live for one call of a flat stepping function. A node that goes
-// is forgotten (VemStepForget), so no later step can hand it back.
+// is forgotten (vem::StepForget), so no later step can hand it back.
 std::atomic<CVemBaseNode*> g_prevNode = nullptr;
 int g_nextFound = 0;
 
@@ -46,8 +46,8 @@ void CVemBaseNode::ForgetDrawn() {
 const CVemBaseNode::Geometry& CVemBaseNode::GeometryOf(u32 nodeType) {
     static const Geometry normal{{0, 5}, {-4, 5}, {5, 14}, {4, 9}, {9, 9}, {9, 4}, {30, 25}};
     static const Geometry top{{0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {21, 21}};
-    const vem_nodetypes::Row* row = vem_nodetypes::Find(nodeType);
-    return row && row->Shape == vem_nodetypes::Row::Top ? top : normal;
+    const vem::nodetypes::Row* row = vem::nodetypes::Find(nodeType);
+    return row && row->Shape == vem::nodetypes::Row::Top ? top : normal;
 }
 
 void CVemBaseNode::Draw(CDC* dc, CPoint from, CPoint origin, CVemBaseNode* selected) {
@@ -143,7 +143,7 @@ CPoint CVemBaseNode::GetBottomOfTree() { return LastDrawn().BottomOfTree; }
 // The pointer stays valid until the node goes, so the node gets its own state here.
 CPoint* CVemBaseNode::GetChildAnchor() { return &Drawn().ChildAnchor; }
 
-void VemStepForget(const CVemBaseNode* node) {
+void vem::StepForget(const CVemBaseNode* node) {
     CVemBaseNode* last = g_prevNode.load(std::memory_order_relaxed);
     if (last == node) g_prevNode.compare_exchange_strong(last, nullptr, std::memory_order_relaxed);
 }

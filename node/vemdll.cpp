@@ -34,7 +34,7 @@ CObList* VemGetChildList(CVemBaseNode* node) { return &node->Children; }
 CVemBaseNode* VemGetLastChild(CVemBaseNode* node) { return node->LastChild; }
 
 void VemSetName(CVemBaseNode* node, CString name) {
-    VemTouchLayout();  // names are the answers of an address index
+    vem::TouchLayout();  // names are the answers of an address index
     node->Name = name;
 }
 

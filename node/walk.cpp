@@ -32,28 +32,22 @@ const CVemBaseNode* RootOf(const CVemBaseNode* node) {
 
 CVemWalkStep::CVemWalkStep(const void* node, u64 budget) : m_node(node) {
     if (!g_walk) {
-        m_owned = new Walk;
+        m_owned = std::make_unique<Walk>();
         m_owned->left = budget;
-        g_walk = m_owned;
+        g_walk = m_owned.get();
     }
     if (g_walk->onPath.size() >= kVemMaxNesting || g_walk->left == 0) return;
     try {
         m_entered = g_walk->onPath.insert(node).second;
     } catch (...) {
-        if (m_owned) {
-            g_walk = nullptr;
-            delete m_owned;
-        }
+        if (m_owned) g_walk = nullptr;
         throw;
     }
 }
 
 CVemWalkStep::~CVemWalkStep() {
     if (m_entered) g_walk->onPath.erase(m_node);
-    if (m_owned) {
-        g_walk = nullptr;
-        delete m_owned;
-    }
+    if (m_owned) g_walk = nullptr;
 }
 
 bool CVemWalkStep::Spend(u64 units) {
@@ -66,12 +60,12 @@ bool CVemWalkStep::Spend(u64 units) {
     return true;
 }
 
-bool VemSpendOnPath(const CString& path, const CMapStringToOb* map) {
+bool vem::SpendOnPath(const CString& path, const CMapStringToOb* map) {
     if (static_cast<u32>(map->GetCount()) >= kVemMaxPathMapEntries) return false;
     return CVemWalkStep::Spend(static_cast<u64>(path.GetLength()) + kVemPathMapEntryCost);
 }
 
-void VemPathMapKeep(CVemBaseNode* owner, CMapStringToOb* map) {
+void vem::PathMapKeep(CVemBaseNode* owner, CMapStringToOb* map) {
     for (auto& kept : g_maps) {
         if (kept.first == owner) {
             kept.second = map;
@@ -81,7 +75,7 @@ void VemPathMapKeep(CVemBaseNode* owner, CMapStringToOb* map) {
     g_maps.emplace_back(owner, map);
 }
 
-void VemPathMapDrop(CVemBaseNode* owner) {
+void vem::PathMapDrop(CVemBaseNode* owner) {
     std::erase_if(g_maps, [owner](const auto& kept) { return kept.first == owner; });
 }
 
@@ -89,7 +83,7 @@ void VemPathMapDrop(CVemBaseNode* owner) {
 // them below the same root.
 // Only the node that goes first looks: the nodes below it go with it, below the same root, and
 // their parents are already on their way out.
-void VemPathMapsForget(const CVemBaseNode* dying) noexcept {
+void vem::PathMapsForget(const CVemBaseNode* dying) noexcept {
     if (g_maps.empty() || g_dying > 1) return;
     const CVemBaseNode* root = RootOf(dying);
     std::erase_if(g_maps, [root](const auto& kept) {

@@ -2,6 +2,8 @@
 // pointers into a tree.
 #pragma once
 
+#include <memory>
+
 #include "platform/types.h"
 
 class CVemBaseNode;
@@ -26,21 +28,25 @@ public:
     struct Walk;
 
 private:
-    Walk* m_owned = nullptr;
+    std::unique_ptr<Walk> m_owned;
     const void* m_node;
     bool m_entered = false;
 };
 
+namespace vem {
+
 // Takes a new path of a path map from the running walk's budget: false once the map has its most
 // entries or the walk has spent its bytes.
-bool VemSpendOnPath(const CString& path, const CMapStringToOb* map);
+bool SpendOnPath(const CString& path, const CMapStringToOb* map);
 
 // Path maps with entries: the map of `owner` is emptied as soon as a node of the owner's tree goes,
 // so that it never holds a pointer that outlives its node.
-void VemPathMapKeep(CVemBaseNode* owner, CMapStringToOb* map);
-void VemPathMapDrop(CVemBaseNode* owner);
+void PathMapKeep(CVemBaseNode* owner, CMapStringToOb* map);
+void PathMapDrop(CVemBaseNode* owner);
 // Called by every node as it goes, inside a dying scope that lasts while its children go.
-void VemPathMapsForget(const CVemBaseNode* dying) noexcept;
+void PathMapsForget(const CVemBaseNode* dying) noexcept;
+
+}  // namespace vem
 class CVemDyingScope {
 public:
     CVemDyingScope() noexcept;

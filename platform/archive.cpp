@@ -446,7 +446,7 @@ CObject* CArchive::ReadObjectImpl(const CRuntimeClass* asked, bool allowBackRefe
 }
 
 CArchive::DepthGuard::DepthGuard(CArchive& ar) : m_ar(ar) {
-    vem_load::Context& context = *m_ar.m_context;
+    vem::load::Context& context = *m_ar.m_context;
     if (++context.Depth > context.Bounds.MaxNesting) {
         --context.Depth;
         VemThrowArchive(CArchiveException::genericException, m_ar.FileName());

@@ -146,7 +146,7 @@ public:
     void StartAtDepth(int depth) { m_context->Depth = depth; }
 
     // The state of the load that this archive reads, shared with the archives that join it.
-    vem_load::Context& LoadContext() const { return *m_context; }
+    vem::load::Context& LoadContext() const { return *m_context; }
     // Reads in the middle of `outer`'s load: its depth, bounds and task files read are this one's.
     void JoinLoad(const CArchive& outer) { m_context = outer.m_context; }
 
@@ -207,8 +207,8 @@ private:
     std::size_t m_bufSize;
     u8* m_cur;
     u8* m_end;  // store: end of the buffer; load: end of the bytes read ahead
-    vem_load::Context m_ownContext;
-    vem_load::Context* m_context = &m_ownContext;
+    vem::load::Context m_ownContext;
+    vem::load::Context* m_context = &m_ownContext;
     u64 m_fileLength = 0;  // length of the file when a load began
     const char* m_recordClass = "";
 

@@ -17,46 +17,46 @@ VEM_IMPLEMENT_SERIAL(CMapWordToOb, CObject, 0)
 void CObArray::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
         ar.WriteCount(static_cast<u32>(GetSize()));
-        for (CObject* o : v_) ar.WriteObject(o);
+        for (CObject* o : m_v) ar.WriteObject(o);
         return;
     }
     const u32 n = ar.ReadCount(2);
     RemoveAll();
-    v_.reserve(n);
-    for (u32 i = 0; i < n; ++i) v_.push_back(ar.ReadObject(nullptr));
+    m_v.reserve(n);
+    for (u32 i = 0; i < n; ++i) m_v.push_back(ar.ReadObject(nullptr));
 }
 
 void CDWordArray::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
         ar.WriteCount(static_cast<u32>(GetSize()));
-        for (u32 d : v_) ar << d;
+        for (u32 d : m_v) ar << d;
         return;
     }
     const u32 n = ar.ReadCount(4);
-    v_.assign(n, 0);
-    for (u32& d : v_) ar >> d;
+    m_v.assign(n, 0);
+    for (u32& d : m_v) ar >> d;
 }
 
 void CWordArray::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
         ar.WriteCount(static_cast<u32>(GetSize()));
-        for (u16 w : v_) ar << w;
+        for (u16 w : m_v) ar << w;
         return;
     }
     const u32 n = ar.ReadCount(2);
-    v_.assign(n, 0);
-    for (u16& w : v_) ar >> w;
+    m_v.assign(n, 0);
+    for (u16& w : m_v) ar >> w;
 }
 
 void CStringArray::Serialize(CArchive& ar) {
     if (ar.IsStoring()) {
         ar.WriteCount(static_cast<u32>(GetSize()));
-        for (const CString& s : v_) ar << s;
+        for (const CString& s : m_v) ar << s;
         return;
     }
     const u32 n = ar.ReadCount(1);
-    v_.assign(n, CString());
-    for (CString& s : v_) ar >> s;
+    m_v.assign(n, CString());
+    for (CString& s : m_v) ar >> s;
 }
 
 POSITION CObList::Find(const CObject* value, POSITION startAfter) const {

@@ -50,11 +50,11 @@ void CString::Init(const char* text, std::size_t length) {
     if (length == 0) return;
     char* chars;
     if (length <= kInlineCapacity) {
-        v_ = (length << 1) | 1;
+        m_v = (length << 1) | 1;
         chars = Owned();
     } else {
         chars = NewBlock(length, length);
-        v_ = reinterpret_cast<std::uintptr_t>(chars);
+        m_v = reinterpret_cast<std::uintptr_t>(chars);
     }
     std::memcpy(chars, text, length);
     chars[length] = '\0';
@@ -71,7 +71,7 @@ void CString::Drop() noexcept {
 void CString::Empty() noexcept {
     if (IsShared()) {
         Drop();
-        v_ = kEmpty;
+        m_v = kEmpty;
     } else {
         SetSize(0);
     }
@@ -96,12 +96,12 @@ void CString::Reserve(std::size_t capacity) {
     char* chars = NewBlock(capacity, length);
     std::memcpy(chars, Data(), length + 1);
     Release();
-    v_ = reinterpret_cast<std::uintptr_t>(chars);
+    m_v = reinterpret_cast<std::uintptr_t>(chars);
 }
 
 void CString::SetSize(std::size_t length) noexcept {
     if (IsInline()) {
-        v_ = (v_ & ~std::uintptr_t{0xFF}) | (length << 1) | 1;
+        m_v = (m_v & ~std::uintptr_t{0xFF}) | (length << 1) | 1;
     } else {
         LengthWord() = static_cast<u32>(length) | (LengthWord() & kHasCapacity);
     }
@@ -136,7 +136,7 @@ void CString::SetString(const char* text, int length) {
         } else {
             std::uintptr_t word = (n << 1) | 1;  // the text may lie in this word
             std::memcpy(reinterpret_cast<char*>(&word) + kInlineChars, text, n);
-            v_ = word;
+            m_v = word;
         }
         return;
     }

@@ -25,21 +25,21 @@ public:
     CString(std::string_view text) : CString() { Init(text.data(), text.size()); }  // NOLINT
     CString(char ch, int repeat);
     // A short text is copied with its word, a longer one shares the other's block.
-    CString(const CString& other) noexcept : v_(other.v_) { AddRef(); }
-    CString(CString&& other) noexcept : v_(other.v_) { other.v_ = kEmpty; }
+    CString(const CString& other) noexcept : m_v(other.m_v) { AddRef(); }
+    CString(CString&& other) noexcept : m_v(other.m_v) { other.m_v = kEmpty; }
     CString& operator=(const CString& other) noexcept {
-        if (v_ != other.v_) {
+        if (m_v != other.m_v) {
             other.AddRef();
             Release();
-            v_ = other.v_;
+            m_v = other.m_v;
         }
         return *this;
     }
     CString& operator=(CString&& other) noexcept {
         if (this != &other) {
             Release();
-            v_ = other.v_;
-            other.v_ = kEmpty;
+            m_v = other.m_v;
+            other.m_v = kEmpty;
         }
         return *this;
     }
@@ -160,23 +160,23 @@ private:
     // precede it on a big-endian one.
     static constexpr std::size_t kInlineChars = std::endian::native == std::endian::little ? 1 : 0;
 
-    bool IsInline() const noexcept { return (v_ & 1) != 0; }
+    bool IsInline() const noexcept { return (m_v & 1) != 0; }
     const char* Data() const noexcept {
-        return IsInline() ? reinterpret_cast<const char*>(&v_) + kInlineChars : reinterpret_cast<const char*>(v_);
+        return IsInline() ? reinterpret_cast<const char*>(&m_v) + kInlineChars : reinterpret_cast<const char*>(m_v);
     }
     // Only for a string that holds its storage alone.
     char* Owned() noexcept {
-        return IsInline() ? reinterpret_cast<char*>(&v_) + kInlineChars : reinterpret_cast<char*>(v_);
+        return IsInline() ? reinterpret_cast<char*>(&m_v) + kInlineChars : reinterpret_cast<char*>(m_v);
     }
     // The characters, for writing: a shared block is copied first.
     char* Mutable();
-    u32* Word(std::size_t below) const noexcept { return reinterpret_cast<u32*>(v_) - below; }
+    u32* Word(std::size_t below) const noexcept { return reinterpret_cast<u32*>(m_v) - below; }
     u32& LengthWord() const noexcept { return *Word(1); }
     u32& Refs() const noexcept { return *Word(2); }
     bool IsShared() const noexcept {
         return !IsInline() && std::atomic_ref<u32>(Refs()).load(std::memory_order_acquire) != 1;
     }
-    std::size_t Size() const noexcept { return IsInline() ? (v_ & 0xFF) >> 1 : LengthWord() & ~kHasCapacity; }
+    std::size_t Size() const noexcept { return IsInline() ? (m_v & 0xFF) >> 1 : LengthWord() & ~kHasCapacity; }
     std::size_t Capacity() const noexcept {
         if (IsInline()) return kInlineCapacity;
         return (LengthWord() & kHasCapacity) ? *Word(3) : LengthWord();
@@ -198,7 +198,7 @@ private:
     void SetSize(std::size_t length) noexcept;
     void Append(const char* text, std::size_t length);
 
-    std::uintptr_t v_ = kEmpty;
+    std::uintptr_t m_v = kEmpty;
 };
 
 VEM_API std::ostream& operator<<(std::ostream& os, const CString& s);

@@ -5,7 +5,7 @@
 
 #include "platform/file.h"
 
-bool VemListDirectory(const char* directory, std::vector<std::string>& names) {
+bool vem::ListDirectory(const char* directory, std::vector<std::string>& names) {
     namespace fs = std::filesystem;
     names.clear();
     const std::string host = directory && *directory ? std::string(VemHostPath(directory)) : std::string(".");

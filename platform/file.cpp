@@ -72,7 +72,7 @@ VemPathParts VemSplitPath(const char* path) {
 #ifndef _WIN32
 bool VemMakeDirectory(const char* name) { return ::mkdir(VemHostPath(name), 0777) == 0; }
 
-bool VemLocalTime(std::time_t time, std::tm& local) { return localtime_r(&time, &local) != nullptr; }
+bool vem::LocalTime(std::time_t time, std::tm& local) { return localtime_r(&time, &local) != nullptr; }
 #endif
 
 // ---- CFile -----------------------------------------------------------------------------------------
@@ -103,7 +103,7 @@ bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error
         if (!(openFlags & modeNoTruncate)) flags |= O_TRUNC;
     }
     const CString host = VemHostPath(fileName);
-    const int fd = VemFileFaultStrikes(VemFileOp::open) ? -1 : ::open(host, flags, 0666);
+    const int fd = vem::FileFaultStrikes(vem::FileOp::open) ? -1 : ::open(host, flags, 0666);
     if (fd < 0) {
         const int err = errno;
         if (error) *error = CFileException(CFileException::OsErrorToCause(err), err, fileName);
@@ -126,7 +126,7 @@ unsigned CFile::Read(void* buffer, unsigned count) {
     unsigned total = 0;
     auto* out = static_cast<char*>(buffer);
     while (total < count) {
-        const ssize_t n = VemFileFaultStrikes(VemFileOp::read)
+        const ssize_t n = vem::FileFaultStrikes(vem::FileOp::read)
                               ? -1
                               : ::pread(m_fd, out + total, count - total, static_cast<off_t>(m_pos));
         if (n < 0) {
@@ -145,7 +145,7 @@ void CFile::Write(const void* buffer, unsigned count) {
     unsigned total = 0;
     const auto* in = static_cast<const char*>(buffer);
     while (total < count) {
-        const ssize_t n = VemFileFaultStrikes(VemFileOp::write)
+        const ssize_t n = vem::FileFaultStrikes(vem::FileOp::write)
                               ? -1
                               : ::pwrite(m_fd, in + total, count - total, static_cast<off_t>(m_pos));
         if (n < 0) {
@@ -171,7 +171,7 @@ void CFile::SetLength(u64 newLength) {
 }
 
 void CFile::Flush() {
-    if (m_fd >= 0 && (VemFileFaultStrikes(VemFileOp::flush) || ::fsync(m_fd) != 0) && errno != EINVAL)
+    if (m_fd >= 0 && (vem::FileFaultStrikes(vem::FileOp::flush) || ::fsync(m_fd) != 0) && errno != EINVAL)
         ThrowErrno(m_strFileName);
 }
 
@@ -180,7 +180,7 @@ void CFile::Close() {
     const int fd = m_fd;
     m_fd = -1;
     m_pos = 0;
-    if (m_closeOnDelete && (::close(fd) != 0 || VemFileFaultStrikes(VemFileOp::close))) ThrowErrno(m_strFileName);
+    if (m_closeOnDelete && (::close(fd) != 0 || vem::FileFaultStrikes(vem::FileOp::close))) ThrowErrno(m_strFileName);
 }
 
 void CFile::Abort() {
@@ -217,7 +217,7 @@ bool CFile::GetStatus(const char* fileName, CFileStatus& status) {
     return true;
 }
 
-bool VemFileIdentity(const char* fileName, VemFileId& id) {
+bool vem::FileIdentity(const char* fileName, vem::FileId& id) {
     struct stat st {};
     if (::stat(VemHostPath(fileName), &st) != 0) return false;
     id.device = static_cast<u64>(st.st_dev);
@@ -230,7 +230,7 @@ void CFile::Remove(const char* fileName) {
 }
 
 void CFile::Rename(const char* oldName, const char* newName) {
-    if (VemFileFaultStrikes(VemFileOp::rename) || ::rename(VemHostPath(oldName), VemHostPath(newName)) != 0)
+    if (vem::FileFaultStrikes(vem::FileOp::rename) || ::rename(VemHostPath(oldName), VemHostPath(newName)) != 0)
         ThrowErrno(oldName);
 }
 #endif

@@ -165,17 +165,21 @@ struct VemPathParts {
 };
 VEM_API VemPathParts VemSplitPath(const char* path);
 
+namespace vem {
+
 // The identity of the file behind a name (device and inode), so that two names of one file compare
 // equal. False if there is no such file.
-struct VemFileId {
+struct FileId {
     u64 device = 0;
     u64 inode = 0;
-    bool operator==(const VemFileId&) const = default;
+    bool operator==(const FileId&) const = default;
 };
-bool VemFileIdentity(const char* fileName, VemFileId& id);
+bool FileIdentity(const char* fileName, FileId& id);
 
 // The calendar time of `time` in the host's time zone; false if it has none.
-bool VemLocalTime(std::time_t time, std::tm& local);
+bool LocalTime(std::time_t time, std::tm& local);
+
+}  // namespace vem
 
 // Makes one directory level (the host path of `name`). False if it could not be made, also when it
 // exists already.

@@ -78,7 +78,7 @@ CString VemHostPath(const char* name) { return CString(name); }
 
 bool VemMakeDirectory(const char* name) { return CreateDirectoryA(VemHostPath(name), nullptr) != 0; }
 
-bool VemLocalTime(std::time_t time, std::tm& local) { return localtime_s(&local, &time) == 0; }
+bool vem::LocalTime(std::time_t time, std::tm& local) { return localtime_s(&local, &time) == 0; }
 
 // ---- CFile -----------------------------------------------------------------------------------------
 
@@ -107,7 +107,7 @@ bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error
     SECURITY_ATTRIBUTES notInherited{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
     // A directory cannot be opened this way: it fails with access denied, as a file opened for
     // bytes should.
-    if (VemFileFaultStrikes(VemFileOp::open)) {
+    if (vem::FileFaultStrikes(vem::FileOp::open)) {
         if (error) *error = ErrorOf(ERROR_WRITE_FAULT, fileName);
         return false;
     }
@@ -136,7 +136,7 @@ unsigned CFile::Read(void* buffer, unsigned count) {
     while (total < count) {
         OVERLAPPED at = At(m_pos);
         DWORD n = 0;
-        if (VemFileFaultStrikes(VemFileOp::read)) throw ErrorOf(ERROR_READ_FAULT, m_strFileName);
+        if (vem::FileFaultStrikes(vem::FileOp::read)) throw ErrorOf(ERROR_READ_FAULT, m_strFileName);
         if (!ReadFile(HandleOf(m_fd), out + total, count - total, &n, &at)) {
             if (GetLastError() == ERROR_HANDLE_EOF) break;
             ThrowLastError(m_strFileName);
@@ -155,7 +155,7 @@ void CFile::Write(const void* buffer, unsigned count) {
     while (total < count) {
         OVERLAPPED at = At(m_pos);
         DWORD n = 0;
-        if (VemFileFaultStrikes(VemFileOp::write)) throw ErrorOf(ERROR_WRITE_FAULT, m_strFileName);
+        if (vem::FileFaultStrikes(vem::FileOp::write)) throw ErrorOf(ERROR_WRITE_FAULT, m_strFileName);
         if (!WriteFile(HandleOf(m_fd), in + total, count - total, &n, &at)) ThrowLastError(m_strFileName);
         if (n == 0) VemThrowFile(CFileException::diskFull, m_strFileName);
         total += n;
@@ -179,7 +179,7 @@ void CFile::SetLength(u64 newLength) {
 
 // A handle opened for reading has nothing to flush, and Windows refuses to flush it.
 void CFile::Flush() {
-    if (m_fd >= 0 && VemFileFaultStrikes(VemFileOp::flush)) throw ErrorOf(ERROR_WRITE_FAULT, m_strFileName);
+    if (m_fd >= 0 && vem::FileFaultStrikes(vem::FileOp::flush)) throw ErrorOf(ERROR_WRITE_FAULT, m_strFileName);
     if (m_fd < 0 || FlushFileBuffers(HandleOf(m_fd))) return;
     const DWORD error = GetLastError();
     if (error != ERROR_ACCESS_DENIED && error != ERROR_INVALID_FUNCTION) throw ErrorOf(error, m_strFileName);
@@ -190,7 +190,7 @@ void CFile::Close() {
     const int fd = m_fd;
     m_fd = -1;
     m_pos = 0;
-    if (m_closeOnDelete && (_close(fd) != 0 || VemFileFaultStrikes(VemFileOp::close)))
+    if (m_closeOnDelete && (_close(fd) != 0 || vem::FileFaultStrikes(vem::FileOp::close)))
         VemThrowFile(CFileException::OsErrorToCause(errno), m_strFileName, errno);
 }
 
@@ -239,7 +239,7 @@ bool CFile::GetStatus(const char* fileName, CFileStatus& status) {
     return true;
 }
 
-bool VemFileIdentity(const char* fileName, VemFileId& id) {
+bool vem::FileIdentity(const char* fileName, vem::FileId& id) {
     BY_HANDLE_FILE_INFORMATION info{};
     if (!Query(fileName, info)) return false;
     id.device = info.dwVolumeSerialNumber;
@@ -253,7 +253,7 @@ void CFile::Remove(const char* fileName) {
 
 // Replaces a file of the new name, and returns only when the move is on the disk.
 void CFile::Rename(const char* oldName, const char* newName) {
-    if (VemFileFaultStrikes(VemFileOp::rename)) throw ErrorOf(ERROR_WRITE_FAULT, oldName);
+    if (vem::FileFaultStrikes(vem::FileOp::rename)) throw ErrorOf(ERROR_WRITE_FAULT, oldName);
     if (!MoveFileExA(VemHostPath(oldName), VemHostPath(newName), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         ThrowLastError(oldName);
 }

@@ -4,22 +4,22 @@
 
 namespace {
 
-constexpr int kOps = static_cast<int>(VemFileOp::count);
+constexpr int kOps = static_cast<int>(vem::FileOp::count);
 long g_calls[kOps] = {};
-VemFileOp g_failing = VemFileOp::count;
+vem::FileOp g_failing = vem::FileOp::count;
 long g_failAt = -1;
 
 }  // namespace
 
-void VemFailFileOp(VemFileOp op, long k) {
+void vem::FailFileOp(vem::FileOp op, long k) {
     for (long& calls : g_calls) calls = 0;
-    g_failing = k < 0 ? VemFileOp::count : op;
+    g_failing = k < 0 ? vem::FileOp::count : op;
     g_failAt = k;
 }
 
-long VemFileOpCalls(VemFileOp op) { return g_calls[static_cast<int>(op)]; }
+long vem::FileOpCalls(vem::FileOp op) { return g_calls[static_cast<int>(op)]; }
 
-bool VemFileFaultStrikes(VemFileOp op) {
+bool vem::FileFaultStrikes(vem::FileOp op) {
     const long call = g_calls[static_cast<int>(op)]++;
     if (op != g_failing || call != g_failAt) return false;
     errno = EIO;

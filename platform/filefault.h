@@ -2,12 +2,16 @@
 // it (EIO), so that every failure path of a write or a read can be walked through.
 #pragma once
 
-enum class VemFileOp { open, read, write, flush, rename, close, count };
+namespace vem {
+
+enum class FileOp { open, read, write, flush, rename, close, count };
 
 // From now on the call of `op` after `k` more fails, once; -1 switches the seam off for all
 // operations. The counts of all operations start again from 0.
-void VemFailFileOp(VemFileOp op, long k);
-// Calls of `op` since the last VemFailFileOp.
-long VemFileOpCalls(VemFileOp op);
+void FailFileOp(FileOp op, long k);
+// Calls of `op` since the last FailFileOp.
+long FileOpCalls(FileOp op);
 // Counts the call; true (with errno set) if it is the one to fail.
-bool VemFileFaultStrikes(VemFileOp op);
+bool FileFaultStrikes(FileOp op);
+
+}  // namespace vem

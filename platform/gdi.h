@@ -6,44 +6,7 @@
 
 #include "platform/cstring.h"
 #include "platform/types.h"
-
-struct CPoint {
-    i32 x = 0;
-    i32 y = 0;
-    CPoint() = default;
-    CPoint(i32 px, i32 py) : x(px), y(py) {}
-    friend CPoint operator+(CPoint a, CPoint b) { return {a.x + b.x, a.y + b.y}; }
-    friend CPoint operator-(CPoint a, CPoint b) { return {a.x - b.x, a.y - b.y}; }
-    friend bool operator==(CPoint a, CPoint b) { return a.x == b.x && a.y == b.y; }
-    friend bool operator!=(CPoint a, CPoint b) { return !(a == b); }
-};
-static_assert(sizeof(CPoint) == 8 && offsetof(CPoint, y) == 4);
-
-struct CSize {
-    i32 cx = 0;
-    i32 cy = 0;
-    CSize() = default;
-    CSize(i32 w, i32 h) : cx(w), cy(h) {}
-};
-static_assert(sizeof(CSize) == 8 && offsetof(CSize, cy) == 4);
-
-struct CRect {
-    i32 left = 0;
-    i32 top = 0;
-    i32 right = 0;
-    i32 bottom = 0;
-    CRect() = default;
-    CRect(i32 l, i32 t, i32 r, i32 b) : left(l), top(t), right(r), bottom(b) {}
-    // Inclusive on all four edges, as the tree view's hit test wants it.
-    bool ContainsInclusive(CPoint p) const { return p.x >= left && p.x <= right && p.y >= top && p.y <= bottom; }
-    i32 Width() const { return right - left; }
-    i32 Height() const { return bottom - top; }
-    friend bool operator==(const CRect& a, const CRect& b) {
-        return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
-    }
-};
-static_assert(sizeof(CRect) == 16 && offsetof(CRect, top) == 4 && offsetof(CRect, right) == 8 &&
-              offsetof(CRect, bottom) == 12);
+#include "vem32_types.h"
 
 using COLORREF = u32;  // 0x00BBGGRR
 

@@ -9,7 +9,7 @@
 #include "platform/file.h"
 #include "vem_limits.h"
 
-namespace vem_load {
+namespace vem::load {
 
 // The bounds of a load; vem_limits.h states their defaults.
 struct Limits {
@@ -22,7 +22,7 @@ struct Context {
     int Depth = 0;            // records and object references open, over all files of the load
     int TaskFileNesting = 0;  // task files open inside one another
     int TaskFileScopes = 0;   // TaskFileScope objects alive
-    std::vector<VemFileId> TaskFilesRead;
+    std::vector<vem::FileId> TaskFilesRead;
 };
 
 // While one lives, each task file is read at most once in the load: a file named again raises a
@@ -34,7 +34,7 @@ public:
         if (m_context.TaskFileScopes++ == 0) m_context.TaskFilesRead.clear();
     }
     ~TaskFileScope() {
-        if (--m_context.TaskFileScopes == 0) std::vector<VemFileId>().swap(m_context.TaskFilesRead);
+        if (--m_context.TaskFileScopes == 0) std::vector<vem::FileId>().swap(m_context.TaskFilesRead);
     }
     TaskFileScope(const TaskFileScope&) = delete;
     TaskFileScope& operator=(const TaskFileScope&) = delete;
@@ -43,4 +43,4 @@ private:
     Context& m_context;
 };
 
-}  // namespace vem_load
+}  // namespace vem::load

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/types.h"
+#include "vem_ext.h"  // the handler a host installs
 
 // Style bits, as the host's message box understands them.
 enum : unsigned {
@@ -11,13 +12,5 @@ enum : unsigned {
     MB_ICONEXCLAMATION = 0x0030,
     MB_SYSTEMMODAL = 0x1000,
 };
-
-// Returns the button that was pressed (1 for OK).
-using VemMessageBoxHandler = int (*)(const char* text, unsigned style, void* context);
-
-extern "C" {
-// Extension: installs a handler (null restores the default) and gives back the one before.
-VEM_API VemMessageBoxHandler VemSetMessageBoxHandler(VemMessageBoxHandler handler, void* context);
-}
 
 VEM_API int AfxMessageBox(const char* text, unsigned style = MB_OK);

@@ -6,19 +6,19 @@
 #include "project/varlayout.h"
 #include "vem_ext.h"
 
-using vemlayout::kNone;
+using vem::layout::kNone;
 
 struct tVemAddressIndex {
     CVemBaseNode* root = nullptr;
     u64 epoch = 0;
-    std::vector<std::unique_ptr<vemlayout::TaskLayout>> tasks;
+    std::vector<std::unique_ptr<vem::layout::TaskLayout>> tasks;
     std::string name;  // of the last hit, where it was made
 
     void Build() {
         tasks.clear();
-        for (CVemBaseNode* task : vemlayout::CompiledTasks(root)) {
-            auto layout = std::make_unique<vemlayout::TaskLayout>();
-            vemlayout::BuildTaskLayout(task, *layout);
+        for (CVemBaseNode* task : vem::layout::CompiledTasks(root)) {
+            auto layout = std::make_unique<vem::layout::TaskLayout>();
+            vem::layout::BuildTaskLayout(task, *layout);
             tasks.push_back(std::move(layout));
         }
         epoch = gVemLayoutEpoch;
@@ -34,11 +34,11 @@ namespace {
 
 // The innermost part inside an element of an array without element nodes. origin is the absolute
 // address of the layout's position 0.
-void Descend(const vemlayout::Layout& layout, u32 item, u32 origin, u32 address, std::string& name, tVemAddressHit& hit,
-             int depth) {
-    const vemlayout::Item& it = layout.items[item];
-    if (it.array == kNone || depth > vemlayout::kMaxDepth) return;
-    const vemlayout::ArrayLayout& array = layout.arrays[it.array];
+void Descend(const vem::layout::Layout& layout, u32 item, u32 origin, u32 address, std::string& name,
+             tVemAddressHit& hit, int depth) {
+    const vem::layout::Item& it = layout.items[item];
+    if (it.array == kNone || depth > vem::layout::kMaxDepth) return;
+    const vem::layout::ArrayLayout& array = layout.arrays[it.array];
     u32 index = 0;
     u32 start = 0;
     if (!array.ElementAt(address - origin, index, start)) return;
@@ -48,11 +48,11 @@ void Descend(const vemlayout::Layout& layout, u32 item, u32 origin, u32 address,
     hit.Size = array.size;
     ++hit.Covering;
     if (!array.element) return;
-    const vemlayout::Layout& inner = *array.element;
+    const vem::layout::Layout& inner = *array.element;
     const u32 elementOrigin = origin + start;
-    vemlayout::Piece piece{};
+    vem::layout::Piece piece{};
     if (!inner.At(address - elementOrigin, piece) || piece.item == kNone) return;
-    const vemlayout::Item& part = inner.items[piece.item];
+    const vem::layout::Item& part = inner.items[piece.item];
     hit.Covering += piece.covering - 1;  // the element itself is counted
     if (part.order != 0) {               // a part of the prototype, not the prototype itself
         name += inner.Str(part.name);
@@ -74,17 +74,17 @@ int tVemAddressIndex::Lookup(int task, u32 address, tVemAddressHit* hit) {
     hit->Path = "";
     hit->Name = "";
     if (task < 0 || static_cast<std::size_t>(task) >= tasks.size()) return kVemAddrBadTask;
-    const vemlayout::TaskLayout& t = *tasks[static_cast<std::size_t>(task)];
+    const vem::layout::TaskLayout& t = *tasks[static_cast<std::size_t>(task)];
     hit->Task = t.task;
-    if (const vemlayout::SegmentSpan* span = t.SegmentAt(address)) {
+    if (const vem::layout::SegmentSpan* span = t.SegmentAt(address)) {
         hit->Segment = span->segment;
         hit->SegmentOffset = static_cast<u16>(address - span->start);
         hit->Unit = span->unit;
         hit->UnitSegment = span->kind;
     }
-    vemlayout::Piece piece{};
+    vem::layout::Piece piece{};
     if (!t.vars.At(address, piece) || piece.item == kNone) return kVemAddrNoVariable;
-    const vemlayout::Item& item = t.vars.items[piece.item];
+    const vem::layout::Item& item = t.vars.items[piece.item];
     hit->Node = item.node;
     hit->Start = item.start;
     hit->Size = item.end - item.start;
@@ -149,7 +149,7 @@ int VemAddrLookupSegment(tVemAddressIndex* index, int task, u16 segment, u16 off
     if (!index || !hit) return kVemAddrBadTask;
     index->Refresh();
     if (task < 0 || static_cast<std::size_t>(task) >= index->tasks.size()) return index->Lookup(task, 0, hit);
-    const vemlayout::TaskLayout& t = *index->tasks[static_cast<std::size_t>(task)];
+    const vem::layout::TaskLayout& t = *index->tasks[static_cast<std::size_t>(task)];
     if (segment >= t.abs.size()) {  // a segment the task has no place for
         index->Lookup(task, 0, hit);
         std::memset(hit, 0, sizeof *hit);

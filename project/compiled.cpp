@@ -15,8 +15,8 @@ constexpr int kOffsetsGrowBy = 20;
 
 }  // namespace
 
-u16 VemAppendSegmentLength(CDWordArray& offsets, u16 length) {
-    VemTouchLayout();
+u16 vem::AppendSegmentLength(CDWordArray& offsets, u16 length) {
+    vem::TouchLayout();
     if (offsets.IsEmpty()) {
         offsets.SetSize(0, kOffsetsGrowBy);
         offsets.Add(0);
@@ -29,8 +29,8 @@ u16 VemAppendSegmentLength(CDWordArray& offsets, u16 length) {
     return start;
 }
 
-CString VemDataContainerDumpText(CVemDataContainer& container, const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
+CString vem::DataContainerDumpText(CVemDataContainer& container, const CString& prefix) {
+    const CString nl = vem::DumpNewLine(prefix);
     CString text = prefix + "======== Datacontainer ========= ";
     if (container.IsEmpty()) {
         text += nl + "No Datacontainermembers found !! " + "\n";
@@ -48,18 +48,18 @@ CString VemDataContainerDumpText(CVemDataContainer& container, const CString& pr
     return text;
 }
 
-void VemSkipDownloadList(CArchive& ar) {
+void vem::SkipDownloadList(CArchive& ar) {
     CVemDownloadList dropped;
     dropped.Serialize(ar);
 }
 
-void VemSkipByteBuffer(CArchive& ar) {
+void vem::SkipByteBuffer(CArchive& ar) {
     CVemByteArray* dropped = nullptr;
     VemBaSerialize(dropped, ar);
     delete dropped;
 }
 
-CString VemUnitPathInChildren(CVemBaseNode* parent, u16 codeSegment) {
+CString vem::UnitPathInChildren(CVemBaseNode* parent, u16 codeSegment) {
     for (POSITION pos = parent->Children.GetHeadPosition(); pos;) {
         CVemBaseNode* child = parent->ChildAt(pos);
         CString path;

@@ -6,25 +6,29 @@
 #include "download/datacontainer.h"
 #include "node/basenode.h"
 
+namespace vem {
+
 // Appends the start of the next segment to a table of absolute offsets: an empty table gets 0 and
 // 0 (entry 0 and segment 1) and the length; otherwise the low 16 bits of the last entry plus the
 // length, again in 16 bits. Gives the new entry.
-u16 VemAppendSegmentLength(CDWordArray& offsets, u16 length);
+u16 AppendSegmentLength(CDWordArray& offsets, u16 length);
 
 // The container's part of a dump: its head line, one line per file (or the note that there are
 // none), and the closing rule.
-CString VemDataContainerDumpText(CVemDataContainer& container, const CString& prefix);
+CString DataContainerDumpText(CVemDataContainer& container, const CString& prefix);
 
 // Reads a download list of an older record and throws it away.
-void VemSkipDownloadList(CArchive& ar);
+void SkipDownloadList(CArchive& ar);
 // Reads a byte buffer in the tagged form of an older record and throws it away.
-void VemSkipByteBuffer(CArchive& ar);
+void SkipByteBuffer(CArchive& ar);
 
 // The path name of the unit with the code segment among the direct children: a function block
 // answers for itself or for the units it calls, a function for itself. The first text that is not
 // empty wins.
-CString VemUnitPathInChildren(CVemBaseNode* parent, u16 codeSegment);
+CString UnitPathInChildren(CVemBaseNode* parent, u16 codeSegment);
 
 // Line end and the prefix, and the rule that closes a block of a dump.
-inline CString VemDumpNewLine(const CString& prefix) { return "\n" + prefix; }
+inline CString DumpNewLine(const CString& prefix) { return "\n" + prefix; }
+
+}  // namespace vem
 inline constexpr char kVemDumpRule[] = "========================================  \n";

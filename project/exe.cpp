@@ -8,10 +8,10 @@
 #include <string>
 #include <unordered_set>
 
+#include "platform/fieldio.h"
 #include "project/compiled.h"
 #include "statement/evembase.h"
 #include "statement/evemlist.h"
-#include "variables/fieldio.h"
 #include "vem_bytearray.h"
 #include "vem_node.h"
 
@@ -23,11 +23,10 @@ constexpr char kTasksName[] = "TASKS";
 // The project code for which the dump prints the line maps of the code nodes.
 
 // A null table stands for a new empty one, so that the node can always store itself.
-void TakeTable(CSegmentTable*& held, CSegmentTable*& given) {
-    VemTouchLayout();
+void TakeTable(std::unique_ptr<CSegmentTable>& held, CSegmentTable*& given) {
+    vem::TouchLayout();
     CSegmentTable* taken = given ? given : new CSegmentTable(0);
-    if (taken != held) delete held;
-    held = taken;
+    if (taken != held.get()) held.reset(taken);
     given = nullptr;
 }
 
@@ -41,18 +40,11 @@ tVemDeviceSettings CVemExeNode::DefaultDeviceSettings() {
 }
 
 CVemExeNode::CVemExeNode(const CString& name) : CVemResourceNode(kVemExeNode, name, 1) {
-    // Last, so that nothing is left behind if one of them fails.
-    auto segments = std::make_unique<CSegmentTable>(0);
-    ComponentList = new CSegmentTable(0);
-    SegmentTable = segments.release();
+    SegmentTable = std::make_unique<CSegmentTable>(0);
+    ComponentList = std::make_unique<CSegmentTable>(0);
 }
 
-CVemExeNode::~CVemExeNode() {
-    delete SegmentTable;
-    delete ComponentList;
-    delete TaskDefSegment;
-    EVemDeleteRootList(EvemRootNodeList);
-}
+CVemExeNode::~CVemExeNode() { vem::evem::DeleteRootList(EvemRootNodeList); }
 
 void CVemExeNode::SetSegmentTable(CSegmentTable*& table) { TakeTable(SegmentTable, table); }
 
@@ -62,7 +54,7 @@ const u8* CVemExeNode::GetTaskDefSegmentBytePointer() {
     return TaskDefSegment ? TaskDefSegment->GetBytePointer() : nullptr;
 }
 
-u16 CVemExeNode::AddNewSegmentLength(u16 length) { return VemAppendSegmentLength(AbsOffsets, length); }
+u16 CVemExeNode::AddNewSegmentLength(u16 length) { return vem::AppendSegmentLength(AbsOffsets, length); }
 
 // ---- tasks and units -------------------------------------------------------------------------------
 
@@ -82,7 +74,7 @@ void CVemExeNode::ComputeProgramNumbers(int flag) {
 
 // One code node for each unit, by its path in upper case, however many tasks call the unit.
 int CVemExeNode::AddFilteredEvemNodes(CVemBaseNode* taskNode) {
-    if (!EVemIsEnabled() || !taskNode || taskNode->GetNodeType() != kVemTuiTaskNode) return 1;
+    if (!vem::evem::IsEnabled() || !taskNode || taskNode->GetNodeType() != kVemTuiTaskNode) return 1;
     CObList* list = taskNode->GetEvemRootNodeListPtr();
     if (!list) return 0;
     // The names taken over so far, for a lookup in constant time instead of a walk of the list for
@@ -145,17 +137,17 @@ void CVemExeNode::Serialize(CArchive& ar) {
     SegmentTable->Serialize(ar);
     ComponentList->Serialize(ar);
     if (schema == 0) {
-        VemSkipDownloadList(ar);
-        VemSkipByteBuffer(ar);
+        vem::SkipDownloadList(ar);
+        vem::SkipByteBuffer(ar);
     }
     AbsOffsets.Serialize(ar);
-    VemBaSerialize(TaskDefSegment, ar);
-    if (schema == 0) VemSkipByteBuffer(ar);
+    vem::SerializeOwned(TaskDefSegment, ar);
+    if (schema == 0) vem::SkipByteBuffer(ar);
     DataContainer.Serialize(ar);
     SerializeDeviceSettings(ar);
-    VemSerializeField<u16>(ar, DatacontFilesUserLevel);
-    VemSerializeText(ar, DatacontFilesProjectName);
-    if (EVemIsEnabled()) EVemSerializeRootList(ar, EvemRootNodeList);
+    vem::SerializeField<u16>(ar, DatacontFilesUserLevel);
+    vem::SerializeText(ar, DatacontFilesProjectName);
+    if (vem::evem::IsEnabled()) vem::evem::SerializeRootList(ar, EvemRootNodeList);
 }
 
 // The device settings in a record: 129 bytes, little-endian, no padding. The table is the layout:
@@ -267,9 +259,9 @@ void WriteMemory(u8* at, unsigned width, u32 value) {
 
 void SerializeFileValue(CArchive& ar, unsigned width, u32& value) {
     switch (width) {
-        case 1: VemSerializeField<u8>(ar, value); break;
-        case 2: VemSerializeField<u16>(ar, value); break;
-        default: VemSerializeField<u32>(ar, value); break;
+        case 1: vem::SerializeField<u8>(ar, value); break;
+        case 2: vem::SerializeField<u16>(ar, value); break;
+        default: vem::SerializeField<u32>(ar, value); break;
     }
 }
 
@@ -323,7 +315,7 @@ CString CVemExeNode::DeviceSettingsDumpText(const CString& prefix) const {
     CString text;
     for (const FlagText& row : kFlags) text += prefix + (DeviceSettings.*row.flag ? row.on : row.off);
     text.AppendFormat("Max Watch Entries: %i\n", static_cast<int>(DeviceSettings.MaxWatchEntries));
-    return text + VemDumpNewLine(prefix) + kVemDumpRule;
+    return text + vem::DumpNewLine(prefix) + kVemDumpRule;
 }
 
 CString CVemExeNode::TaskDefSegmentDumpText(const CString& prefix) const {
@@ -337,7 +329,7 @@ CString CVemExeNode::TaskDefSegmentDumpText(const CString& prefix) const {
 
 // Both tables print straight to the file, ahead of what the text has gathered.
 CString CVemExeNode::TablesDumpText(CFile* file, const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text;
     if (SegmentTable->GetSize() > 0) {
         SegmentTable->Dump(prefix, file);
@@ -354,8 +346,8 @@ CString CVemExeNode::TablesDumpText(CFile* file, const CString& prefix) {
 }
 
 void CVemExeNode::DumpCodeNodes(CFile* file, CString text, const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
-    if (!EVemIsEnabled()) {
+    const CString nl = vem::DumpNewLine(prefix);
+    if (!vem::evem::IsEnabled()) {
         text += nl + "No EVEM Information for this OEM !! \n";
         WriteText(file, text);
         return;
@@ -367,20 +359,20 @@ void CVemExeNode::DumpCodeNodes(CFile* file, CString text, const CString& prefix
         const CString path = EVemGetPathName(node);
         pathNames.AddTail(path);
         WriteText(file, nl + path + "\n");
-        EVemDumpNode(node, file, prefix + "->>");
+        vem::evem::DumpNode(node, file, prefix + "->>");
     }
-    EVemDumpLineMaps(file, prefix, this, pathNames);  // only for a project that asks for them
+    vem::evem::DumpLineMaps(file, prefix, this, pathNames);  // only for a project that asks for them
 }
 
 void CVemExeNode::NodeDump(CFile* file, CString indent) {
     const CString& prefix = indent;
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text = prefix + "*EXENODE: " + Name + "\n" + prefix + " Device Settings \n";
     text += DeviceSettingsDumpText(prefix);
     text += TaskDefSegmentDumpText(prefix);
     text += TablesDumpText(file, prefix);
     text += nl + kVemDumpRule;
-    text += VemDataContainerDumpText(DataContainer, prefix);
+    text += vem::DataContainerDumpText(DataContainer, prefix);
     text += prefix + "======== EXENODE has EVEM Information for following Pou's   ========= ";
     DumpCodeNodes(file, text, prefix);
     WriteText(file, nl + kVemDumpRule);

@@ -4,6 +4,8 @@
 // and one code node for each unit of the resource.
 #pragma once
 
+#include <memory>
+
 #include "download/datacontainer.h"
 #include "memory/segtbl.h"
 #include "node/layoutepoch.h"
@@ -53,12 +55,16 @@ public:
     CObList* GetEvemRootNodeListPtr() override { return &EvemRootNodeList; }
     int AddFilteredEvemNodes(CVemBaseNode* taskNode) override;
     const u8* GetTaskDefSegmentBytePointer() override;
-    CSegmentTable* GetSegmentTable() override { return SegmentTable; }
+    CSegmentTable* GetSegmentTable() override { return SegmentTable.get(); }
     void SetSegmentTable(CSegmentTable*& table) override;
-    CSegmentTable* GetComponentList() override { return ComponentList; }
+    CSegmentTable* GetComponentList() override { return ComponentList.get(); }
     void SetComponentList(CSegmentTable*& table) override;
-    CVemByteArray* GetTaskDefSegment() override { return TaskDefSegment; }
-    void SetTaskDefSegment(CVemByteArray* array) override { TaskDefSegment = array; }
+    CVemByteArray* GetTaskDefSegment() override { return TaskDefSegment.get(); }
+    // Takes the array; one held before is the caller's to have taken away.
+    void SetTaskDefSegment(CVemByteArray* array) override {
+        static_cast<void>(TaskDefSegment.release());
+        TaskDefSegment.reset(array);
+    }
     CDWordArray* GetAbsOffsets() override { return &AbsOffsets; }
     u16 AddNewSegmentLength(u16 length) override;
     void NodeDump(CFile* file, CString indent) override;
@@ -67,16 +73,16 @@ public:
     tVemDeviceSettings* GetDeviceSettings() override { return &DeviceSettings; }
     // Alignment and ByteSize place the elements of arrays: indexes over the tree are made anew.
     void SetDeviceSettings(const tVemDeviceSettings& settings) override {
-        VemTouchLayout();
+        vem::TouchLayout();
         DeviceSettings = settings;
     }
     void ComputeProgramNumbers(int flag) override;
     CString GetPouPathNameFromCodeSegNr(u16 codeSegment) override;
 
     // Fields, behind those of the resource, in declared order.
-    CVemByteArray* TaskDefSegment = nullptr;  // owned
-    CSegmentTable* SegmentTable = nullptr;    // owned, never null on a constructed node
-    CSegmentTable* ComponentList = nullptr;   // owned, never null on a constructed node
+    std::unique_ptr<CVemByteArray> TaskDefSegment;
+    std::unique_ptr<CSegmentTable> SegmentTable;   // never null on a constructed node
+    std::unique_ptr<CSegmentTable> ComponentList;  // never null on a constructed node
     CVemDataContainer DataContainer;
     u16 DatacontFilesUserLevel = 0;
     CString DatacontFilesProjectName;

@@ -12,7 +12,7 @@
 #include "vem32.h"
 #include "vem_ext.h"
 
-using vemlayout::kNone;
+using vem::layout::kNone;
 
 namespace {
 
@@ -108,8 +108,8 @@ private:
         return entries.back();
     }
     void CompareSettings(CVemBaseNode* a, CVemBaseNode* b);
-    void CompareVariables(const vemlayout::TaskLayout& a, const vemlayout::TaskLayout& b);
-    void CompareSegments(const vemlayout::TaskLayout& a, const vemlayout::TaskLayout& b);
+    void CompareVariables(const vem::layout::TaskLayout& a, const vem::layout::TaskLayout& b);
+    void CompareSegments(const vem::layout::TaskLayout& a, const vem::layout::TaskLayout& b);
 };
 
 void tVemLayoutDiff::CompareSettings(CVemBaseNode* a, CVemBaseNode* b) {
@@ -127,7 +127,7 @@ void tVemLayoutDiff::CompareSettings(CVemBaseNode* a, CVemBaseNode* b) {
     }
 }
 
-void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const vemlayout::TaskLayout& b) {
+void tVemLayoutDiff::CompareVariables(const vem::layout::TaskLayout& a, const vem::layout::TaskLayout& b) {
     std::vector<u32> olds;  // the variables of A in walk order
     for (u32 i = 0; i < a.vars.items.size(); ++i) {
         if (a.vars.items[i].top) olds.push_back(i);
@@ -137,7 +137,7 @@ void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const veml
     std::unordered_map<std::string_view, u32> byName;
     std::vector<char> seen(a.vars.items.size(), 0);
     std::size_t next = 0;
-    for (const vemlayout::Item& nb : b.vars.items) {
+    for (const vem::layout::Item& nb : b.vars.items) {
         if (!nb.top) continue;
         const std::string_view name = b.vars.Str(nb.name);
         u32 match = kNone;
@@ -160,7 +160,7 @@ void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const veml
             continue;
         }
         seen[match] = 1;
-        const vemlayout::Item& na = a.vars.items[match];
+        const vem::layout::Item& na = a.vars.items[match];
         int changes = 0;
         if (na.segment != nb.segment || na.offset != nb.offset) changes |= kVemDiffMoved;
         if (na.end - na.start != nb.end - nb.start) changes |= kVemDiffResized;
@@ -186,7 +186,7 @@ void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const veml
     }
     for (u32 i : olds) {
         if (seen[i]) continue;
-        const vemlayout::Item& na = a.vars.items[i];
+        const vem::layout::Item& na = a.vars.items[i];
         Entry& e = Add(kVemDiffVarRemoved, a.name, a.vars.Str(na.name));
         e.oldSegment = na.segment;
         e.oldOffset = na.offset;
@@ -197,15 +197,15 @@ void tVemLayoutDiff::CompareVariables(const vemlayout::TaskLayout& a, const veml
 }
 
 // The segment tables number by number, and the code of each unit by its checksum.
-void tVemLayoutDiff::CompareSegments(const vemlayout::TaskLayout& a, const vemlayout::TaskLayout& b) {
+void tVemLayoutDiff::CompareSegments(const vem::layout::TaskLayout& a, const vem::layout::TaskLayout& b) {
     CSegmentTable* ta = a.task->GetSegmentTable();
     CSegmentTable* tb = b.task->GetSegmentTable();
     const u16 last = std::max(ta ? VemSegTblGetMaxSegmentNo(ta) : u16{0}, tb ? VemSegTblGetMaxSegmentNo(tb) : u16{0});
     for (u32 s = 1; s <= last; ++s) {
         CVemByteArray* sa = ta ? VemSegTblGetSegment(ta, static_cast<u16>(s)) : nullptr;
         CVemByteArray* sb = tb ? VemSegTblGetSegment(tb, static_cast<u16>(s)) : nullptr;
-        const vemlayout::SegmentSpan* spanA = a.Segment(static_cast<u16>(s));
-        const vemlayout::SegmentSpan* spanB = b.Segment(static_cast<u16>(s));
+        const vem::layout::SegmentSpan* spanA = a.Segment(static_cast<u16>(s));
+        const vem::layout::SegmentSpan* spanB = b.Segment(static_cast<u16>(s));
         const bool code = (spanA && spanA->kind == 2) || (spanB && spanB->kind == 2);
         if (code) {
             if (CodeText(sa) == CodeText(sb)) continue;
@@ -236,15 +236,15 @@ void tVemLayoutDiff::Compare(CVemBaseNode* a, CVemBaseNode* b) {
         e.newText = b->Name.str();
     }
     CompareSettings(a, b);
-    std::vector<std::unique_ptr<vemlayout::TaskLayout>> la, lb;
-    for (CVemBaseNode* task : vemlayout::CompiledTasks(a)) {
-        la.push_back(std::make_unique<vemlayout::TaskLayout>());
-        vemlayout::BuildTaskLayout(task, *la.back(), false);
+    std::vector<std::unique_ptr<vem::layout::TaskLayout>> la, lb;
+    for (CVemBaseNode* task : vem::layout::CompiledTasks(a)) {
+        la.push_back(std::make_unique<vem::layout::TaskLayout>());
+        vem::layout::BuildTaskLayout(task, *la.back(), false);
     }
-    std::unordered_map<std::string, vemlayout::TaskLayout*> byName;
-    for (CVemBaseNode* task : vemlayout::CompiledTasks(b)) {
-        lb.push_back(std::make_unique<vemlayout::TaskLayout>());
-        vemlayout::BuildTaskLayout(task, *lb.back(), false);
+    std::unordered_map<std::string, vem::layout::TaskLayout*> byName;
+    for (CVemBaseNode* task : vem::layout::CompiledTasks(b)) {
+        lb.push_back(std::make_unique<vem::layout::TaskLayout>());
+        vem::layout::BuildTaskLayout(task, *lb.back(), false);
         byName.emplace(lb.back()->name, lb.back().get());
     }
     std::string compared;

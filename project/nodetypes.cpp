@@ -23,17 +23,17 @@ CVemBaseNode* VemNewNode(tVemNodeType type) {
 #undef VEM_NODE_TYPE
         default: return nullptr;
     }
-    node->Serial = VemTakeNextSerial();
+    node->Serial = vem::TakeNextSerial();
     return node;
 }
 
-CVemBaseNode* vem_nodetypes::NewForLoad(u32 type) {
+CVemBaseNode* vem::nodetypes::NewForLoad(u32 type) {
     CVemBaseNode* node = type <= 0xFFFF ? VemNewNode(static_cast<tVemNodeType>(type)) : nullptr;
     if (!node) VemThrowArchive(CArchiveException::badClass);
     return node;
 }
 
-void vem_nodetypes::CheckStoredType(const CVemBaseNode* node) {
+void vem::nodetypes::CheckStoredType(const CVemBaseNode* node) {
     const CRuntimeClass* made = nullptr;  // the class of VemNewNode for the stored type
     switch (node->NodeType) {
 #define VEM_NODE_TYPE(Value, Enumerator, Class, ...) \

@@ -18,10 +18,10 @@ namespace {
 // multiply the tree with every level.
 class TaskFileNesting {
 public:
-    TaskFileNesting(vem_load::Context& load, const CString& path) : m_load(load) {
+    TaskFileNesting(vem::load::Context& load, const CString& path) : m_load(load) {
         if (m_load.TaskFileNesting >= m_load.Bounds.MaxTaskFileNesting) VemThrowArchive(CArchiveException::badIndex);
-        VemFileId id;
-        if (m_load.TaskFileScopes > 0 && VemFileIdentity(path, id)) {
+        vem::FileId id;
+        if (m_load.TaskFileScopes > 0 && vem::FileIdentity(path, id)) {
             const auto& read = m_load.TaskFilesRead;
             if (std::find(read.begin(), read.end(), id) != read.end()) VemThrowArchive(CArchiveException::badIndex);
             m_load.TaskFilesRead.push_back(id);
@@ -33,12 +33,12 @@ public:
     TaskFileNesting& operator=(const TaskFileNesting&) = delete;
 
 private:
-    vem_load::Context& m_load;
+    vem::load::Context& m_load;
 };
 
 }  // namespace
 
-CVemBaseNode* vem_load::ReadTaskFile(const CString& path, const CArchive& outer) {
+CVemBaseNode* vem::load::ReadTaskFile(const CString& path, const CArchive& outer) {
     // A name of a pipe or a device would block the load or read without end: such a file is no
     // task file.
     CFileStatus status;
@@ -79,38 +79,38 @@ void CVemTaskContainerNode::Serialize(CArchive& ar) {
     if (ar.IsLoading()) ReadTasks(ar);
 }
 
-// A stored name that does not open here is looked for by its last part (VemTaskFileFinder); the
+// A stored name that does not open here is looked for by its last part (vem::TaskFileFinder); the
 // entry itself stays as stored, so a store writes the same bytes. Reading stops at the first entry
 // without a file or without a task, as it always did, and every entry that gives no child is noted
 // for the load's report.
 void CVemTaskContainerNode::ReadTasks(const CArchive& ar) {
-    const vem_load::TaskFileScope scope(ar.LoadContext());
-    VemTaskFileFinder finder(ar.GetFile() ? ar.GetFile()->GetFilePath() : CString());
+    const vem::load::TaskFileScope scope(ar.LoadContext());
+    vem::TaskFileFinder finder(ar.GetFile() ? ar.GetFile()->GetFilePath() : CString());
     std::vector<std::pair<CString, CString>> read;  // entries whose task hangs below this node
     bool stopped = false;
     CString name, path;
     for (POSITION pos = TaskList.GetStartPosition(); pos;) {
         TaskList.GetNextAssoc(pos, name, path);
         if (stopped) {
-            VemNoteMissingTask(tVemMissingTask::kSkipped, name, path, {});
+            vem::NoteMissingTask(tVemMissingTask::kSkipped, name, path, {});
             continue;
         }
         stopped = true;
         if (path.IsEmpty()) {
             DeleteAllChildren();
             LastChild = nullptr;
-            for (const auto& [task, file] : read) VemNoteMissingTask(tVemMissingTask::kSkipped, task, file, {});
-            VemNoteMissingTask(tVemMissingTask::kNotCompiled, name, path, {});
+            for (const auto& [task, file] : read) vem::NoteMissingTask(tVemMissingTask::kSkipped, task, file, {});
+            vem::NoteMissingTask(tVemMissingTask::kNotCompiled, name, path, {});
             continue;
         }
-        const VemTaskFileLookup lookup = finder.Find(path);
+        const vem::TaskFileLookup lookup = finder.Find(path);
         if (lookup.path.IsEmpty()) {
-            VemNoteMissingTask(lookup.reason, name, path, lookup.tried);
+            vem::NoteMissingTask(lookup.reason, name, path, lookup.tried);
             continue;
         }
-        std::unique_ptr<CVemBaseNode> task(vem_load::ReadTaskFile(lookup.path, ar));
+        std::unique_ptr<CVemBaseNode> task(vem::load::ReadTaskFile(lookup.path, ar));
         if (!task) {
-            VemNoteMissingTask(tVemMissingTask::kNotReadable, name, path, lookup.tried);
+            vem::NoteMissingTask(tVemMissingTask::kNotReadable, name, path, lookup.tried);
             continue;
         }
         AddChildTail(task.get());  // the list's own entry may fail for want of memory

@@ -53,23 +53,23 @@ struct TaskReport {
 
 }  // namespace
 
-VemTaskFileFinder::VemTaskFileFinder(const CString& holder) {
+vem::TaskFileFinder::TaskFileFinder(const CString& holder) {
     if (!holder.IsEmpty()) {
         const VemPathParts place = VemSplitPath(holder);
-        directories_.push_back(place.drive + place.directory);
+        m_directories.push_back(place.drive + place.directory);
     }
-    directories_.insert(directories_.end(), SearchPath().begin(), SearchPath().end());
+    m_directories.insert(m_directories.end(), SearchPath().begin(), SearchPath().end());
 }
 
-std::string VemTaskFileFinder::AnyCase(const CString& directory, const std::string& name) {
+std::string vem::TaskFileFinder::AnyCase(const CString& directory, const std::string& name) {
     const auto lower = [](std::string s) {
         for (char& c : s) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
         return s;
     };
-    auto [at, fresh] = listed_.try_emplace(directory.str());
+    auto [at, fresh] = m_listed.try_emplace(directory.str());
     if (fresh) {
         std::vector<std::string> entries;
-        VemListDirectory(directory, entries);
+        vem::ListDirectory(directory, entries);
         for (std::string& entry : entries) {
             auto [slot, added] = at->second.try_emplace(lower(entry), entry);
             if (!added && entry < slot->second) slot->second = std::move(entry);
@@ -79,8 +79,8 @@ std::string VemTaskFileFinder::AnyCase(const CString& directory, const std::stri
     return found == at->second.end() ? std::string() : found->second;
 }
 
-VemTaskFileLookup VemTaskFileFinder::Find(const CString& stored) {
-    VemTaskFileLookup found;
+vem::TaskFileLookup vem::TaskFileFinder::Find(const CString& stored) {
+    vem::TaskFileLookup found;
     bool unusable = false;
     const auto attempt = [&](const CString& name) {
         const CString host = VemHostPath(name);
@@ -95,7 +95,7 @@ VemTaskFileLookup VemTaskFileFinder::Find(const CString& stored) {
     const VemPathParts parts = VemSplitPath(stored);
     const CString last = parts.title + parts.extension;
     if (g_search && !last.IsEmpty() && last != "." && last != "..") {
-        for (const CString& directory : directories_) {
+        for (const CString& directory : m_directories) {
             const CString exact = Join(directory, last);
             CFileStatus status;
             if (CFile::GetStatus(exact, status)) {
@@ -110,7 +110,7 @@ VemTaskFileLookup VemTaskFileFinder::Find(const CString& stored) {
     return found;
 }
 
-void VemNoteMissingTask(int reason, const CString& task, const CString& file, const std::vector<CString>& tried) {
+void vem::NoteMissingTask(int reason, const CString& task, const CString& file, const std::vector<CString>& tried) {
     if (g_missing) g_missing->push_back(MissingTask{reason, task, file, tried});
 }
 

@@ -56,6 +56,6 @@ private:
 // One task file: a node as an object of a class derived from CVemBaseNode. Null if the file cannot
 // be opened or holds a null object; archive exceptions pass on, with the file closed. The file is
 // read as a part of `outer`'s load, at whose nesting its tree goes on.
-namespace vem_load {
+namespace vem::load {
 CVemBaseNode* ReadTaskFile(const CString& path, const CArchive& outer);
-}  // namespace vem_load
+}  // namespace vem::load

@@ -17,27 +17,23 @@ CVemTuiTaskNode::CVemTuiTaskNode() : CVemTuiTaskNode(CString(), CString()) {}
 
 CVemTuiTaskNode::CVemTuiTaskNode(const CString& name, const CString& path) : CVemProgramNode(name, path, CString()) {
     NodeType = kVemTuiTaskNode;
-    SegmentTable = new CSegmentTable(0);  // last, so that nothing is left behind if it fails
+    SegmentTable = std::make_unique<CSegmentTable>(0);
 }
 
 CVemTuiTaskNode::~CVemTuiTaskNode() {
-    VemPathMapDrop(this);
-    delete NodePath2NodeList;
-    delete SegmentTable;
-    delete TaskDefEntry;
-    EVemDeleteRootList(EvemRootNodeList);
+    vem::PathMapDrop(this);
+    vem::evem::DeleteRootList(EvemRootNodeList);
 }
 
 // A null table leaves the node with a new empty one, so that it can always store itself.
 void CVemTuiTaskNode::SetSegmentTable(CSegmentTable*& table) {
-    VemTouchLayout();
+    vem::TouchLayout();
     CSegmentTable* taken = table ? table : new CSegmentTable(0);
-    if (taken != SegmentTable) delete SegmentTable;
-    SegmentTable = taken;
+    if (taken != SegmentTable.get()) SegmentTable.reset(taken);
     table = nullptr;
 }
 
-u16 CVemTuiTaskNode::AddNewSegmentLength(u16 length) { return VemAppendSegmentLength(AbsOffsets, length); }
+u16 CVemTuiTaskNode::AddNewSegmentLength(u16 length) { return vem::AppendSegmentLength(AbsOffsets, length); }
 
 //  width   field                                  condition
 //  .       program record, children inline
@@ -54,17 +50,15 @@ void CVemTuiTaskNode::Serialize(CArchive& ar) {
     CVemProgramNode::Serialize(ar);
     const u16 schema = VemSerializeSchema(ar, kSchema);
     if (ar.IsLoading()) {
-        auto fresh = std::make_unique<CSegmentTable>(0);
-        delete SegmentTable;
-        SegmentTable = fresh.release();
+        SegmentTable = std::make_unique<CSegmentTable>(0);
     }
     SegmentTable->Serialize(ar);
-    if (schema == 0) VemSkipDownloadList(ar);
-    VemBaSerialize(TaskDefEntry, ar);
+    if (schema == 0) vem::SkipDownloadList(ar);
+    vem::SerializeOwned(TaskDefEntry, ar);
     DataContainer.Serialize(ar);
     AbsOffsets.Serialize(ar);
-    if (schema == 0) VemSkipByteBuffer(ar);
-    if (EVemIsEnabled()) EVemSerializeRootList(ar, EvemRootNodeList);
+    if (schema == 0) vem::SkipByteBuffer(ar);
+    if (vem::evem::IsEnabled()) vem::evem::SerializeRootList(ar, EvemRootNodeList);
 }
 
 // ---- paths and offsets -----------------------------------------------------------------------------
@@ -75,10 +69,10 @@ void CVemTuiTaskNode::CreateChildNodePathList() {
     if (NodePath2NodeList) {
         NodePath2NodeList->RemoveAll();
     } else {
-        NodePath2NodeList = new CMapStringToOb(10);
+        NodePath2NodeList = std::make_unique<CMapStringToOb>(10);
     }
-    VemPathMapKeep(this, NodePath2NodeList);
-    BuildNodePath2NodeList(Name, NodePath2NodeList);
+    vem::PathMapKeep(this, NodePath2NodeList.get());
+    BuildNodePath2NodeList(Name, NodePath2NodeList.get());
 }
 
 // A unit stands for its data segment from its start; any other node for its own place.
@@ -106,7 +100,7 @@ u32 CVemTuiTaskNode::GetAbsoluteVariableOffset(CString path) {
 
 CString CVemTuiTaskNode::GetPouPathNameFromCodeSegNr(u16 codeSegment) {
     if (codeSegment == GetCodeSegment()) return GetPathName();
-    return VemUnitPathInChildren(this, codeSegment);
+    return vem::UnitPathInChildren(this, codeSegment);
 }
 
 // ---- dump ------------------------------------------------------------------------------------------
@@ -117,11 +111,11 @@ CString CVemTuiTaskNode::SegmentTableDumpText(CFile* file, const CString& prefix
         SegmentTable->Dump(prefix, file);
         return CString();
     }
-    return VemDumpNewLine(prefix) + "No Segmenttable found !! \n";
+    return vem::DumpNewLine(prefix) + "No Segmenttable found !! \n";
 }
 
 CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text;
     for (int i = 1; i < AbsOffsets.GetSize(); ++i) {
         text += nl;
@@ -141,7 +135,7 @@ CString CVemTuiTaskNode::OffsetsDumpText(const CString& prefix) {
 }
 
 CString CVemTuiTaskNode::PathListDumpText(const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text = nl + "No AbsoluteOffsetTable  found !! " + "\n";
     if (!NodePath2NodeList) return text;
     text += nl + "Dump of Childnodepathlist ";
@@ -159,8 +153,8 @@ CString CVemTuiTaskNode::PathListDumpText(const CString& prefix) {
 }
 
 void CVemTuiTaskNode::DumpCodeNodes(CFile* file, CString text, const CString& prefix) {
-    const CString nl = VemDumpNewLine(prefix);
-    if (!EVemIsEnabled()) {
+    const CString nl = vem::DumpNewLine(prefix);
+    if (!vem::evem::IsEnabled()) {
         text += nl + "No EVEM Information for this OEM !! \n";
         WriteText(file, text);
         return;
@@ -169,13 +163,13 @@ void CVemTuiTaskNode::DumpCodeNodes(CFile* file, CString text, const CString& pr
     for (POSITION pos = EvemRootNodeList.GetHeadPosition(); pos;) {
         auto* node = static_cast<CEVemBaseNode*>(EvemRootNodeList.GetNext(pos));
         WriteText(file, nl + EVemGetPathName(node) + "\n");
-        EVemDumpNode(node, file, prefix + "->>");
+        vem::evem::DumpNode(node, file, prefix + "->>");
     }
 }
 
 void CVemTuiTaskNode::NodeDump(CFile* file, CString indent) {
     const CString& prefix = indent;
-    const CString nl = VemDumpNewLine(prefix);
+    const CString nl = vem::DumpNewLine(prefix);
     CString text = prefix + "*TUITASKNODE: " + Name + "\n" + prefix;
     text.AppendFormat("GlobalFlag: %i \n", static_cast<int>(GlobalFlag));
     text += nl + kVemDumpRule + prefix + "======== Dump of SegmentTable in TuiTaskNode =========\n ";
@@ -183,7 +177,7 @@ void CVemTuiTaskNode::NodeDump(CFile* file, CString indent) {
     text += prefix + "======== AbsoluteOffsetTable and ChildNodePathList ========= ";
     const bool haveMap = NodePath2NodeList && !NodePath2NodeList->IsEmpty();
     text += haveMap && !AbsOffsets.IsEmpty() ? OffsetsDumpText(prefix) : PathListDumpText(prefix);
-    text += VemDataContainerDumpText(DataContainer, prefix);
+    text += vem::DataContainerDumpText(DataContainer, prefix);
     text += prefix + "======== TuiTaskNode has EVEM Information for following Pou's   ========= ";
     DumpCodeNodes(file, text, prefix);
     WriteText(file, nl + kVemDumpRule);

@@ -4,6 +4,8 @@
 // its units. It goes to a task file of its own.
 #pragma once
 
+#include <memory>
+
 #include "download/datacontainer.h"
 #include "memory/segtbl.h"
 #include "units/pou.h"
@@ -43,22 +45,26 @@ public:
     VEM_NODE_TYPE_PICTURES(kVemTuiTaskNode)
     // The bare name, also in debug mode.
     CString GetNodeText() override { return Name; }
-    CSegmentTable* GetSegmentTable() override { return SegmentTable; }
+    CSegmentTable* GetSegmentTable() override { return SegmentTable.get(); }
     void SetSegmentTable(CSegmentTable*& table) override;
-    CVemByteArray* GetTaskDefEntry() override { return TaskDefEntry; }
-    void SetTaskDefEntry(CVemByteArray* array) override { TaskDefEntry = array; }
+    CVemByteArray* GetTaskDefEntry() override { return TaskDefEntry.get(); }
+    // Takes the array; one held before is the caller's to have taken away.
+    void SetTaskDefEntry(CVemByteArray* array) override {
+        static_cast<void>(TaskDefEntry.release());
+        TaskDefEntry.reset(array);
+    }
     CDWordArray* GetAbsOffsets() override { return &AbsOffsets; }
     u16 AddNewSegmentLength(u16 length) override;
     u32 GetAbsoluteVariableOffset(CString path) override;
-    CMapStringToOb* GetNodePath2NodeList() override { return NodePath2NodeList; }
+    CMapStringToOb* GetNodePath2NodeList() override { return NodePath2NodeList.get(); }
     void NodeDump(CFile* file, CString indent) override;
     CString GetPouPathNameFromCodeSegNr(u16 codeSegment) override;
 
     // Fields, behind those of the program node, in declared order.
     CDWordArray AbsOffsets;
-    CMapStringToOb* NodePath2NodeList = nullptr;  // owns the map, not the nodes; not stored
-    CSegmentTable* SegmentTable = nullptr;        // owned, never null on a constructed node
-    CVemByteArray* TaskDefEntry = nullptr;        // owned
+    std::unique_ptr<CMapStringToOb> NodePath2NodeList;  // the map, not the nodes; not stored
+    std::unique_ptr<CSegmentTable> SegmentTable;        // never null on a constructed node
+    std::unique_ptr<CVemByteArray> TaskDefEntry;
     CVemDataContainer DataContainer;
     CObList EvemRootNodeList{10};  // owns its code nodes
 

@@ -12,7 +12,7 @@
 #include "vem_bytearray.h"
 #include "vem_segtbl.h"
 
-namespace vemlayout {
+namespace vem::layout {
 
 namespace {
 
@@ -79,7 +79,7 @@ struct Frame {
 class Builder {
 public:
     Builder(Layout& layout, const std::vector<u32>& abs, u8 alignment, u8 byteSize, bool elements = true)
-        : L(layout), abs_(abs), alignment_(alignment ? alignment : 1), byteSize_(byteSize), elements_(elements) {}
+        : L(layout), m_abs(abs), m_alignment(alignment ? alignment : 1), m_byteSize(byteSize), m_elements(elements) {}
 
     std::unordered_map<u16, std::pair<CVemBaseNode*, int>> owners;  // segment -> unit, kind
 
@@ -123,7 +123,7 @@ public:
             switch (look->GetNodeType()) {
                 case kVemFbNode:
                 case kVemFunctionNode: {
-                    if (!units_.insert(look).second) break;  // reached before, through another instance
+                    if (!m_units.insert(look).second) break;  // reached before, through another instance
                     std::string name = look->Name.str();
                     const auto colon = name.find(':');
                     if (colon != std::string::npos && colon > 0) name.resize(colon);
@@ -159,7 +159,7 @@ public:
         key = L.items[item].key;
         if (node->NodeType == kVemArrayNode && node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
             auto* array = static_cast<CVemArrayNode*>(node);
-            if (!elements_) return;  // the array as one variable, its size as the compiler gave it
+            if (!m_elements) return;  // the array as one variable, its size as the compiler gave it
             if (array->ElementNode) {
                 Unexpanded(array, item, depth);
             } else {
@@ -191,12 +191,12 @@ public:
 
 private:
     Layout& L;
-    const std::vector<u32>& abs_;
-    u8 alignment_;
-    u8 byteSize_;
-    bool elements_;
-    std::unordered_set<CVemBaseNode*> units_;
-    u32 order_ = 0;
+    const std::vector<u32>& m_abs;
+    u8 m_alignment;
+    u8 m_byteSize;
+    bool m_elements;
+    std::unordered_set<CVemBaseNode*> m_units;
+    u32 m_order = 0;
 
     // The item of a node at its place; kNone for a node outside every segment.
     u32 Add(CVemBaseNode* node, u32 name, u32 key, Frame frame, bool top, i32 index) {
@@ -206,8 +206,8 @@ private:
         if (frame.relative) {
             start = frame.delta + offset;
         } else {
-            if (segment >= abs_.size()) return kNone;
-            start = static_cast<i64>(abs_[segment]) + offset;
+            if (segment >= m_abs.size()) return kNone;
+            start = static_cast<i64>(m_abs[segment]) + offset;
         }
         if (start < 0 || start > 0xFFFFFFFFll) return kNone;
         u32 size = node->GetSize();
@@ -219,7 +219,7 @@ private:
         item.node = node;
         item.start = static_cast<u32>(start);
         item.end = static_cast<u32>(start) + size;
-        item.order = order_++;
+        item.order = m_order++;
         item.name = name;
         item.key = key == kSelf ? item.name : key;
         item.element = index;
@@ -243,15 +243,15 @@ private:
             if (count > CVemArrayNode::kMaxElements) return;  // more than an expansion makes
         }
         if (count == 0) return;
-        CVemBaseNode* proto = array->ElementNode;
+        CVemBaseNode* proto = array->ElementNode.get();
         const bool string = IsString(proto->GetVariableType());
-        layout.size = string ? static_cast<u16>(array->ElementSizeOfType * byteSize_) : proto->GetSize();
+        layout.size = string ? static_cast<u16>(array->ElementSizeOfType * m_byteSize) : proto->GetSize();
         // Places in the segment's 16 bits, as the expansion counts; the elements past 65535 wrap
         // there and are left out here.
         const i64 base = static_cast<i64>(L.items[item].start) - array->Offset;
-        const u32 c0 = array->Offset + RoundUp(array->HeaderLength, alignment_);
-        const u32 c1 = NextCursor(c0, layout.size, alignment_, byteSize_, string);
-        const u32 c2 = NextCursor(c1, layout.size, alignment_, byteSize_, string);
+        const u32 c0 = array->Offset + RoundUp(array->HeaderLength, m_alignment);
+        const u32 c1 = NextCursor(c0, layout.size, m_alignment, m_byteSize, string);
+        const u32 c2 = NextCursor(c1, layout.size, m_alignment, m_byteSize, string);
         layout.stride = c2 - c1;
         u64 fit = 0;
         if (c0 + layout.size <= 0x10000) fit = 1;
@@ -266,7 +266,7 @@ private:
         own.end = std::max(own.end, lastStart + layout.size);
         if (!proto->Children.IsEmpty() || proto->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) {
             layout.element = std::make_unique<Layout>();
-            Builder inner(*layout.element, abs_, alignment_, byteSize_);
+            Builder inner(*layout.element, m_abs, m_alignment, m_byteSize);
             const i64 p = proto->GetOffset();
             inner.L.arena.push_back('\0');
             inner.AddVariable(proto, {0, 0}, kNone, Frame{true, -p}, true, p, -1, depth + 1);
@@ -491,4 +491,4 @@ std::vector<CVemBaseNode*> CompiledTasks(CVemBaseNode* root) {
     return tasks;
 }
 
-}  // namespace vemlayout
+}  // namespace vem::layout

@@ -10,7 +10,7 @@
 
 #include "node/basenode.h"
 
-namespace vemlayout {
+namespace vem::layout {
 
 inline constexpr u32 kNone = 0xFFFFFFFFu;
 
@@ -103,4 +103,4 @@ std::vector<CVemBaseNode*> CompiledTasks(CVemBaseNode* root);
 // Nesting deeper than this is not followed.
 inline constexpr int kMaxDepth = 256;
 
-}  // namespace vemlayout
+}  // namespace vem::layout

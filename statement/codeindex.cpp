@@ -59,7 +59,7 @@ const std::string& TypeText(i32 type) {
     static const std::vector<std::string> texts = [] {
         std::vector<std::string> all(kEVemNodeTypeCount);
         for (int t = 0; t < kEVemNodeTypeCount; ++t) {
-            all[static_cast<std::size_t>(t)] = EVemNodeTypeText(t);
+            all[static_cast<std::size_t>(t)] = vem::evem::NodeTypeText(t);
             while (!all[static_cast<std::size_t>(t)].empty() && all[static_cast<std::size_t>(t)].back() == ' ') {
                 all[static_cast<std::size_t>(t)].pop_back();
             }
@@ -102,9 +102,9 @@ struct tVemCodeIndex {
 };
 
 void tVemCodeIndex::Build() {
-    model = EVemIsEnabled();
+    model = vem::evem::IsEnabled();
     // The code segments of the units, from the segment tables of their tasks.
-    for (CVemBaseNode* task : vemlayout::CompiledTasks(exe)) {
+    for (CVemBaseNode* task : vem::layout::CompiledTasks(exe)) {
         CSegmentTable* table = task->GetSegmentTable();
         std::vector<std::pair<CVemBaseNode*, int>> stack{{task, 0}};
         while (!stack.empty()) {
@@ -116,7 +116,7 @@ void tVemCodeIndex::Build() {
                 CVemByteArray* code = table ? VemSegTblGetSegment(table, node->GetCodeSegment()) : nullptr;
                 const u32 length = code ? VemBaGetLength(code) + 1 : 0;
                 if (!path.empty()) lengths.emplace(path, length);
-                if (depth < vemlayout::kMaxDepth) {
+                if (depth < vem::layout::kMaxDepth) {
                     for (POSITION pos = node->Children.GetHeadPosition(); pos;)
                         stack.emplace_back(node->ChildAt(pos), depth + 1);
                 }
@@ -134,7 +134,7 @@ void tVemCodeIndex::Build() {
         std::vector<std::pair<u16, u32>> placed;  // offset, chain position
         std::vector<CEVemBaseNode*> chain;
         for (CEVemBaseNode* s = code->GetStatementNode(); s; s = s->GetNext()) {
-            if (!EVemIsStatement(s)) continue;
+            if (!vem::evem::IsStatement(s)) continue;
             const u16 offset = static_cast<CEVemBaseStmtNode*>(s)->UcodeOffset;
             if (offset == CEVemBaseStmtNode::kNoUcodeOffset) continue;
             placed.emplace_back(offset, static_cast<u32>(chain.size()));

@@ -63,11 +63,11 @@ constexpr NodeTypeTexts kNodeTypeTexts = MakeNodeTypeTexts();
 
 }  // namespace
 
-bool EVemIsEnabled() { return SwitchValue() != 0; }
+bool vem::evem::IsEnabled() { return SwitchValue() != 0; }
 
-bool EVemObjectsEnabled() { return SwitchValue() == 1; }
+bool vem::evem::ObjectsEnabled() { return SwitchValue() == 1; }
 
-const char* EVemNodeTypeText(i32 type) {
+const char* vem::evem::NodeTypeText(i32 type) {
     if (type < 0 || type >= kEVemNodeTypeCount) return "";
     return kNodeTypeTexts.rows[type];
 }
@@ -99,7 +99,7 @@ void CEVemBaseNode::DumpNode(CFile* file, CString prefix) {
     const char* p = prefix.GetString();
     CVemDumpText text;
     text << '\n' << p << "Version = ";
-    text.Unsigned(unsigned{kSchema}) << '\n' << p << "NodeType = " << EVemNodeTypeText(NodeType) << '\n';
+    text.Unsigned(unsigned{kSchema}) << '\n' << p << "NodeType = " << vem::evem::NodeTypeText(NodeType) << '\n';
     text.WriteTo(file);
 }
 

@@ -37,17 +37,21 @@ protected:
     static void WriteDump(CFile* file, const CString& text);
 };
 
+namespace vem::evem {
+
 // True if the node is a statement of the chain (CEVemBaseStmtNode or below).
-bool EVemIsStatement(const CEVemBaseNode* node);
+bool IsStatement(const CEVemBaseNode* node);
 // Text of a kind in the dumps: its 40-character row, or empty outside 0 to 186.
-const char* EVemNodeTypeText(i32 type);
+const char* NodeTypeText(i32 type);
 // The switch EvemEnabled of the settings library: not 0 means on. Asked at every use.
-bool EVemIsEnabled();
+bool IsEnabled();
 // The switch holds exactly 1: the condition of the object functions.
-bool EVemObjectsEnabled();
+bool ObjectsEnabled();
 // Makes a node of the kind, with no regard to the switch; null for a kind that has no class.
-CEVemBaseNode* EVemMakeNode(i32 type, const CString& name);
+CEVemBaseNode* MakeNode(i32 type, const CString& name);
 // Whether the kind is made as this class. A statement made by the kind in front of its record must
 // bear a kind of its own class there: a store writes that kind in front of it, and another class
 // would then read the record back.
-bool EVemKindFitsClass(i32 type, const CRuntimeClass* cls);
+bool KindFitsClass(i32 type, const CRuntimeClass* cls);
+
+}  // namespace vem::evem

@@ -41,7 +41,7 @@ CEVemPouCodeNode::CEVemPouCodeNode(const CString& pouName, tEVemPouType pouType)
 CEVemPouCodeNode::~CEVemPouCodeNode() { DeleteChain(); }
 
 void CEVemPouCodeNode::DeleteChain() {
-    EVemDeleteChain(FirstStatement);
+    vem::evem::DeleteChain(FirstStatement);
     FirstStatement = nullptr;
     LastStatement = nullptr;
 }
@@ -108,11 +108,12 @@ void CEVemPouCodeNode::LoadChain(CArchive& ar) {
         u16 type = kChainEnd;
         ar >> type;
         if (type == kChainEnd) return;
-        std::unique_ptr<CEVemBaseStmtNode> statement(EVemMakeChainStatement(type));
+        std::unique_ptr<CEVemBaseStmtNode> statement(vem::evem::MakeChainStatement(type));
         statement->Serialize(ar);
         // A record that keeps the kind it was made by fits its class.
-        if (statement->NodeType != type && !EVemKindFitsClass(statement->NodeType, statement->GetRuntimeClass())) {
-            EVemDeleteChain(statement.release());  // with the statements that an older record nested
+        if (statement->NodeType != type &&
+            !vem::evem::KindFitsClass(statement->NodeType, statement->GetRuntimeClass())) {
+            vem::evem::DeleteChain(statement.release());  // with the statements that an older record nested
             VemThrowArchive(CArchiveException::badClass);
         }
         CEVemBaseStmtNode* node = statement.release();
@@ -129,7 +130,7 @@ void CEVemPouCodeNode::LoadChain(CArchive& ar) {
 void CEVemPouCodeNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseNode::DumpNode(file, prefix);
     CString text = prefix + "PouName = " + PouName + prefix + "PouPathName = " + PouPathName + prefix +
-                   "PouType = " + EVemPouTypeText(PouType);
+                   "PouType = " + vem::evem::PouTypeText(PouType);
     text.AppendFormat("%sLocalDataSegSize: %d\n", prefix.GetString(), int{LocalDataSegSize});
     text += prefix + "STATEMENTNODES:\r\n";
     WriteDump(file, text);

@@ -54,13 +54,13 @@ static_assert(sizeof kCbeTypeNames / sizeof kCbeTypeNames[0] == kCbeTypeWString 
 class ValueBytes {
 public:
     explicit ValueBytes(const CVemByteArray* value)
-        : data_(value ? value->GetBytePointer() : nullptr), length_(value ? value->GetLength() : 0) {}
+        : m_data(value ? value->GetBytePointer() : nullptr), m_length(value ? value->GetLength() : 0) {}
 
     template <typename T>
     T Read(u32 offset = 0) const {
         u8 raw[sizeof(T)] = {};
         for (u32 i = 0; i < sizeof(T); ++i)
-            if (offset + i < length_) raw[i] = data_[offset + i];
+            if (offset + i < m_length) raw[i] = m_data[offset + i];
         if constexpr (std::endian::native == std::endian::big) std::reverse(raw, raw + sizeof(T));
         T result;
         std::memcpy(&result, raw, sizeof(T));
@@ -70,24 +70,24 @@ public:
     // The text that stands behind two bytes of head, up to its zero or the end of the array.
     CString Text() const {
         CString text;
-        for (u32 i = 2; i < length_ && data_[i] != 0; ++i) text += static_cast<char>(data_[i]);
+        for (u32 i = 2; i < m_length && m_data[i] != 0; ++i) text += static_cast<char>(m_data[i]);
         return text;
     }
 
 private:
-    const u8* data_;
-    u32 length_;
+    const u8* m_data;
+    u32 m_length;
 };
 
 }  // namespace
 
-const char* EVemCbeTypeText(u32 type) {
+const char* vem::evem::CbeTypeText(u32 type) {
     if (type >= kCbeTypeBool && type <= kCbeTypeWString) return kCbeTypeNames[type];
     if (type == kCbeTypeCount) return "kCbeTypeCount";
     return "unknown Cbe type";
 }
 
-CString EVemPointerText(const void* pointer) {
+CString vem::evem::PointerText(const void* pointer) {
     static const CString kNull = [] {
         CString null;
         null.Format("%p", static_cast<const void*>(nullptr));  // the C library's own form, written once
@@ -99,7 +99,7 @@ CString EVemPointerText(const void* pointer) {
     return text;
 }
 
-CString EVemValueText(u32 type, const CVemByteArray* value) {
+CString vem::evem::ValueText(u32 type, const CVemByteArray* value) {
     const ValueBytes bytes(value);
     CString text;
     switch (type) {
@@ -132,7 +132,7 @@ CString EVemValueText(u32 type, const CVemByteArray* value) {
     return text;
 }
 
-const char* EVemAddressModeText(u32 mode) {
+const char* vem::evem::AddressModeText(u32 mode) {
     switch (mode) {
         case kEVemFarAddress: return "kEVemFarAddress\n";
         case kEVemNearAddress: return "kEVemNearAddress\n";
@@ -142,7 +142,7 @@ const char* EVemAddressModeText(u32 mode) {
     }
 }
 
-const char* EVemPouTypeText(u32 pouType) {
+const char* vem::evem::PouTypeText(u32 pouType) {
     switch (pouType) {
         case kEVemPouProg: return "kEVemPouProg";
         case kEVemPouFunction: return "kEVemPouFunction";

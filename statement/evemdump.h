@@ -3,15 +3,19 @@
 
 #include "statement/evembase.h"
 
+namespace vem::evem {
+
 // Name of the type's enumerator, "kCbeTypeCount" for 40, else "unknown Cbe type".
-const char* EVemCbeTypeText(u32 type);
+const char* CbeTypeText(u32 type);
 // A pointer as the dumps show it: the address in upper-case hexadecimal, zero-padded to the width
 // of a pointer.
-CString EVemPointerText(const void* pointer);
+CString PointerText(const void* pointer);
 // A constant read from the target's bytes by its type, with its line end; bytes that the array
 // lacks read as zeros.
-CString EVemValueText(u32 type, const CVemByteArray* value);
+CString ValueText(u32 type, const CVemByteArray* value);
 // Name of an address mode with its line end, else "unknown address mode\n".
-const char* EVemAddressModeText(u32 mode);
+const char* AddressModeText(u32 mode);
 // Name of a unit's kind; empty for a value that has none.
-const char* EVemPouTypeText(u32 pouType);
+const char* PouTypeText(u32 pouType);
+
+}  // namespace vem::evem

@@ -26,7 +26,7 @@ CEVemBaseNode* MakeReplace(tEVemNodeType type, const CString&) { return new CEVe
 
 }  // namespace
 
-CEVemBaseNode* EVemMakeNode(i32 type, const CString& name) {
+CEVemBaseNode* vem::evem::MakeNode(i32 type, const CString& name) {
     switch (type) {
 #define EVEM_NODE_TYPE(Value, Name, Class) \
     case Value:                            \
@@ -68,12 +68,12 @@ const CRuntimeClass* ClassOfKind(i32 type) {
 
 }  // namespace
 
-bool EVemKindFitsClass(i32 type, const CRuntimeClass* cls) { return cls && ClassOfKind(type) == cls; }
+bool vem::evem::KindFitsClass(i32 type, const CRuntimeClass* cls) { return cls && ClassOfKind(type) == cls; }
 
 CEVemBaseNode* EVemCreateNode(tEVemNodeType type, CString name) {
-    if (!EVemIsEnabled()) return nullptr;
+    if (!vem::evem::IsEnabled()) return nullptr;
     try {
-        return EVemMakeNode(type, name);
+        return vem::evem::MakeNode(type, name);
     } catch (const std::bad_alloc&) {
         return nullptr;
     } catch (const CMemoryException&) {
@@ -83,7 +83,7 @@ CEVemBaseNode* EVemCreateNode(tEVemNodeType type, CString name) {
 
 // Only statements are appended: kinds 7 and above.
 CEVemBaseNode* EVemAddNewStmtNode(CEVemBaseNode* parent, tEVemNodeType type) {
-    if (!EVemIsEnabled() || !parent || type < kEVemLdConstStmtNode) return nullptr;
+    if (!vem::evem::IsEnabled() || !parent || type < kEVemLdConstStmtNode) return nullptr;
     CEVemBaseNode* node = EVemCreateNode(type, CString());
     if (node) parent->AddNewStmtNode(node);
     return node;

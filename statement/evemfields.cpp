@@ -6,7 +6,7 @@
 int EVemGetStatementFields(CEVemBaseNode* node, tEVemStatementFields* fields) {
     if (!fields) return 0;
     tEVemStatementFields& f = *fields;
-    if (!EVemIsEnabled() || !node) {
+    if (!vem::evem::IsEnabled() || !node) {
         // The answers of the switch off or of a null node, as each function gives them.
         f.Type = EVemGetNodeType(node);
         f.AwlLine = f.AwlColumn = 0;
@@ -36,7 +36,7 @@ int EVemGetStatementFields(CEVemBaseNode* node, tEVemStatementFields* fields) {
     f.Type = static_cast<tEVemNodeType>(node->NodeType);
     f.AwlLine = f.AwlColumn = 0;
     node->GetAwlPosition(f.AwlLine, f.AwlColumn);
-    f.UcodeOffset = EVemIsStatement(node) ? static_cast<CEVemBaseStmtNode*>(node)->UcodeOffset : u16{0};
+    f.UcodeOffset = vem::evem::IsStatement(node) ? static_cast<CEVemBaseStmtNode*>(node)->UcodeOffset : u16{0};
     f.NegOperand = node->GetNegOperand();
     f.AccuType = node->GetAccuType();
     f.CbeType = node->GetCbeType();

@@ -4,20 +4,20 @@
 
 #define EVEM_FLAT_DEF_RES(Ret, Name, Params, Args, Off, Null) \
     Ret EVem##Name EVEM_NODE_PARAMS Params {                  \
-        if (!EVemIsEnabled()) return Off;                     \
+        if (!vem::evem::IsEnabled()) return Off;              \
         if (!node) return Null;                               \
         return node->Name Args;                               \
     }
 #define EVEM_FLAT_DEF_ONE(Ret, Name, Params, Args, Off, Null) \
     int EVem##Name EVEM_NODE_PARAMS Params {                  \
-        if (!EVemIsEnabled()) return Off;                     \
+        if (!vem::evem::IsEnabled()) return Off;              \
         if (!node) return Null;                               \
         node->Name Args;                                      \
         return 1;                                             \
     }
 #define EVEM_FLAT_DEF_TEXT(Ret, Name, Params, Args, Off, Null) \
     int EVem##Name(CEVemBaseNode* node, const char* text) {    \
-        if (!EVemIsEnabled()) return Off;                      \
+        if (!vem::evem::IsEnabled()) return Off;               \
         if (!node) return Null;                                \
         node->Name(CString(text));                             \
         return 1;                                              \
@@ -29,32 +29,32 @@
 #undef EVEM_OP
 
 tEVemNodeType EVemGetNodeType(CEVemBaseNode* node) {
-    if (!EVemIsEnabled() || !node) return kEVemUndefNode;
+    if (!vem::evem::IsEnabled() || !node) return kEVemUndefNode;
     return static_cast<tEVemNodeType>(node->NodeType);
 }
 
 void EVemDeleteNode(CEVemBaseNode* node) {
-    if (!EVemIsEnabled() || !node) return;
+    if (!vem::evem::IsEnabled() || !node) return;
     delete node;
 }
 
 void EVemNodeDump(CEVemBaseNode* node, const char* fileName) {
-    if (!EVemIsEnabled() || !node) return;
+    if (!vem::evem::IsEnabled() || !node) return;
     node->NodeDump(CString(fileName));
 }
 
 void EVemSetUcodeOffset(CEVemBaseNode* statement, u16 offset) {
-    if (!EVemIsEnabled() || !EVemIsStatement(statement)) return;
+    if (!vem::evem::IsEnabled() || !vem::evem::IsStatement(statement)) return;
     static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset = offset;
 }
 
 u16 EVemGetUcodeOffset(CEVemBaseNode* statement) {
-    if (!EVemIsEnabled() || !EVemIsStatement(statement)) return 0;
+    if (!vem::evem::IsEnabled() || !vem::evem::IsStatement(statement)) return 0;
     return static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset;
 }
 
 int EVemWriteObject(CEVemBaseNode* node, CArchive& ar) {
-    if (!EVemObjectsEnabled()) return 1;
+    if (!vem::evem::ObjectsEnabled()) return 1;
     try {
         ar.WriteObject(node);
         return 1;
@@ -66,7 +66,7 @@ int EVemWriteObject(CEVemBaseNode* node, CArchive& ar) {
 }
 
 CEVemBaseNode* EVemReadObject(CArchive& ar) {
-    if (!EVemObjectsEnabled()) return nullptr;
+    if (!vem::evem::ObjectsEnabled()) return nullptr;
     try {
         return static_cast<CEVemBaseNode*>(ar.ReadObject(RUNTIME_CLASS(CEVemBaseNode)));
     } catch (const CFileException&) {

@@ -32,7 +32,7 @@ void CEVemJumpLabelStmtNode::DumpNode(CFile* file, CString prefix) {
 
 void CEVemCalStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemJumpLabelStmtNode::DumpNode(file, prefix);
-    WriteDump(file, prefix + "VemNode = " + EVemPointerText(VemNode) + "\n");
+    WriteDump(file, prefix + "VemNode = " + vem::evem::PointerText(VemNode) + "\n");
 }
 
 void CEVemReferenceStmtNode::DumpNode(CFile* file, CString prefix) {
@@ -40,14 +40,14 @@ void CEVemReferenceStmtNode::DumpNode(CFile* file, CString prefix) {
     CString text;
     text.Format("%sOffset = %u\n%sFarOffset = %u\n", prefix.GetString(), unsigned{Offset}, prefix.GetString(),
                 unsigned{FarOffset});
-    text += prefix + "VemNode = " + EVemPointerText(VemNode) + "\n";
+    text += prefix + "VemNode = " + vem::evem::PointerText(VemNode) + "\n";
     WriteDump(file, text);
 }
 
 void CEVemConvStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseStmtNode::DumpNode(file, prefix);
     CString text;
-    text.Format("%sInType = %s\n%sOutType = %s\n", prefix.GetString(), EVemCbeTypeText(InType), prefix.GetString(),
-                EVemCbeTypeText(OutType));
+    text.Format("%sInType = %s\n%sOutType = %s\n", prefix.GetString(), vem::evem::CbeTypeText(InType),
+                prefix.GetString(), vem::evem::CbeTypeText(OutType));
     WriteDump(file, text);
 }

@@ -13,17 +13,17 @@ constexpr u64 kShortestCodeNodeRecord = 4 + 2 + 2 + 2 + 1 + 2;
 
 }  // namespace
 
-void EVemDeleteRootList(CObList& list) {
+void vem::evem::DeleteRootList(CObList& list) {
     while (!list.IsEmpty()) delete list.RemoveHead();
 }
 
-void EVemSerializeRootList(CArchive& ar, CObList& list) {
+void vem::evem::SerializeRootList(CArchive& ar, CObList& list) {
     if (ar.IsStoring()) {
         VemStoreCount16(ar, static_cast<u64>(list.GetCount()));
         for (POSITION pos = list.GetHeadPosition(); pos;) list.GetNext(pos)->Serialize(ar);
         return;
     }
-    EVemDeleteRootList(list);
+    vem::evem::DeleteRootList(list);
     const u16 count = ar.ReadCount16(kShortestCodeNodeRecord);
     for (u16 i = 0; i < count; ++i) {
         std::unique_ptr<CEVemBaseNode> node(EVemCreateNode(kEVemPouCodeNode, CString()));
@@ -34,6 +34,6 @@ void EVemSerializeRootList(CArchive& ar, CObList& list) {
     }
 }
 
-void EVemDumpNode(CEVemBaseNode* node, CFile* file, const CString& prefix) {
+void vem::evem::DumpNode(CEVemBaseNode* node, CFile* file, const CString& prefix) {
     if (node) node->DumpNode(file, prefix);
 }

@@ -4,17 +4,21 @@
 
 #include "vem_evem.h"
 
+namespace vem::evem {
+
 // The switch EvemEnabled: not 0 means that the statement model is there. Asked at every use.
-bool EVemIsEnabled();
+bool IsEnabled();
 
 // A list of code nodes in a record: the number of nodes (u16), then each node's record. A load
 // deletes what the list held and makes each node as a code node; a kind of record that makes no
 // node raises the user exception. The list owns its nodes.
-void EVemSerializeRootList(CArchive& ar, CObList& list);
+void SerializeRootList(CArchive& ar, CObList& list);
 // Deletes every node of the list and empties it.
-void EVemDeleteRootList(CObList& list);
+void DeleteRootList(CObList& list);
 // A code node's dump into an open file, each line behind the prefix.
-void EVemDumpNode(CEVemBaseNode* node, CFile* file, const CString& prefix);
+void DumpNode(CEVemBaseNode* node, CFile* file, const CString& prefix);
 // The line maps of the executable's units in its dump, one unit after the other in the order of
 // the path names. Only with the switch on, and only for a project whose settings ask for them.
-void EVemDumpLineMaps(CFile* file, const CString& prefix, CVemBaseNode* exe, const CStringList& pathNames);
+void DumpLineMaps(CFile* file, const CString& prefix, CVemBaseNode* exe, const CStringList& pathNames);
+
+}  // namespace vem::evem

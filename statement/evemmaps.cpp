@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "node/basenode.h"
+#include "platform/msgbox.h"
 #include "statement/evemcode.h"
 #include "statement/evemlist.h"
 #include "statement/evemstmt.h"
@@ -30,7 +31,7 @@ CString LineKey(u16 line) {
 }
 
 u16 UcodeOffsetOf(CEVemBaseNode* statement) {
-    if (!EVemIsStatement(statement)) return CEVemBaseStmtNode::kNoUcodeOffset;
+    if (!vem::evem::IsStatement(statement)) return CEVemBaseStmtNode::kNoUcodeOffset;
     return static_cast<CEVemBaseStmtNode*>(statement)->UcodeOffset;
 }
 
@@ -86,7 +87,7 @@ CEVemBaseNode* FindUnit(CVemBaseNode* exe, const CString& pathName) {
 
 template <typename Map>
 int FillLineMap(CVemBaseNode* exe, const CString& pathName, Map* map, int (CEVemBaseNode::*fill)(CString, Map*)) {
-    if (!EVemIsEnabled()) return 0;
+    if (!vem::evem::IsEnabled()) return 0;
     if (!IsExecutable(exe)) {
         AfxMessageBox(kNotExeMessage, MB_OK);
         return 0;
@@ -161,8 +162,8 @@ int EVemFillAwlLine2EvemNodeMap(CVemBaseNode* exe, CString pathName, CMapStringT
     return FillLineMap(exe, pathName, map, &CEVemBaseNode::FillAwlLine2EvemNodeMap);
 }
 
-void EVemDumpLineMaps(CFile* file, const CString& prefix, CVemBaseNode* exe, const CStringList& pathNames) {
-    if (!EVemIsEnabled() || ProjectCode() != kLineMapProjectCode || pathNames.IsEmpty()) return;
+void vem::evem::DumpLineMaps(CFile* file, const CString& prefix, CVemBaseNode* exe, const CStringList& pathNames) {
+    if (!vem::evem::IsEnabled() || ProjectCode() != kLineMapProjectCode || pathNames.IsEmpty()) return;
     CMapStringToString offsets;
     CMapStringToOb statements;
     for (POSITION pos = pathNames.GetHeadPosition(); pos;)

@@ -13,7 +13,7 @@ VEM_IMPLEMENT_SERIAL(CEVemArrayOperatorStmtNode, CEVemOpOnVarStmtNode, 5)
 void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseStmtNode::DumpNode(file, prefix);
     CVemDumpText text;
-    text << prefix.GetString() << "CbeType = " << EVemCbeTypeText(Seen().CbeType) << '\n';
+    text << prefix.GetString() << "CbeType = " << vem::evem::CbeTypeText(Seen().CbeType) << '\n';
     text.WriteTo(file);
 }
 
@@ -36,7 +36,7 @@ int CEVemOpOnConstStmtNode::SetValue(CVemByteArray* value) {
 
 void CEVemOpOnConstStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
-    WriteDump(file, prefix + "Value = " + EVemValueText(Seen().CbeType, Value.get()));
+    WriteDump(file, prefix + "Value = " + vem::evem::ValueText(Seen().CbeType, Value.get()));
 }
 
 // offset width field (behind the statement part)
@@ -61,12 +61,12 @@ void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
     const char* p = prefix.GetString();
     CVemDumpText text;
-    text << prefix << "Name = " << Name << prefix << "AddressMode = " << EVemAddressModeText(GetAddressMode());
+    text << prefix << "Name = " << Name << prefix << "AddressMode = " << vem::evem::AddressModeText(GetAddressMode());
     text << p << "NearOffset = ";
     text.Unsigned(unsigned{NearOffset}) << '\n' << p << "FarOffset = ";
     text.Unsigned(unsigned{FarOffset}) << '\n';
-    text << prefix << "VemNode = " << EVemPointerText(GetVemNode()) << '\n';
-    text << prefix << "VemInstanceNode = " << EVemPointerText(GetInstanceNode()) << '\n';
+    text << prefix << "VemNode = " << vem::evem::PointerText(GetVemNode()) << '\n';
+    text << prefix << "VemInstanceNode = " << vem::evem::PointerText(GetInstanceNode()) << '\n';
     text.WriteTo(file);
 }
 
@@ -80,18 +80,18 @@ CEVemBaseNode* CEVemArrayOperatorStmtNode::GetIndexNode(int index) {
 void CEVemArrayOperatorStmtNode::AddIndexNode(CEVemBaseNode* indexNode) { IndexNodes.emplace_back(indexNode); }
 
 void CEVemArrayOperatorStmtNode::SetPrevOperandNode(CEVemBaseNode* operand) {
-    EVemReplaceOwned(PrevOperandNode, operand);
+    vem::evem::ReplaceOwned(PrevOperandNode, operand);
 }
 
 void CEVemArrayOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOpOnVarStmtNode::DumpNode(file, prefix);
-    CString text = prefix + "Element node = " + EVemPointerText(ElementNode) + "\n";
+    CString text = prefix + "Element node = " + vem::evem::PointerText(ElementNode) + "\n";
     text.AppendFormat("%sIndex count = %d\n", prefix.GetString(), GetIndexCount());
     WriteDump(file, text);
     for (int i = 0; i < GetIndexCount(); ++i) {
         CEVemBaseNode* index = IndexNodes[static_cast<std::size_t>(i)].get();
         CString line;
-        line.Format("%sIndex %d = %s\n", prefix.GetString(), i, EVemPointerText(index).GetString());
+        line.Format("%sIndex %d = %s\n", prefix.GetString(), i, vem::evem::PointerText(index).GetString());
         WriteDump(file, line);
         if (index) index->DumpNode(file, prefix);
     }

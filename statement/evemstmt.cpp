@@ -14,23 +14,25 @@ constexpr i32 kFirstStatementType = 6;
 
 }  // namespace
 
-bool EVemIsStatement(const CEVemBaseNode* node) { return node && node->IsKindOf(RUNTIME_CLASS(CEVemBaseStmtNode)); }
+bool vem::evem::IsStatement(const CEVemBaseNode* node) {
+    return node && node->IsKindOf(RUNTIME_CLASS(CEVemBaseStmtNode));
+}
 
-CEVemBaseStmtNode* EVemMakeChainStatement(u16 type) {
+CEVemBaseStmtNode* vem::evem::MakeChainStatement(u16 type) {
     // Whether a kind makes a statement, asked of each kind once.
     static const std::array<bool, kEVemNodeTypeCount> statementKinds = [] {
         std::array<bool, kEVemNodeTypeCount> kinds{};
         for (int t = 0; t < kEVemNodeTypeCount; ++t) {
-            const std::unique_ptr<CEVemBaseNode> node(EVemMakeNode(t, CString()));
-            kinds[static_cast<std::size_t>(t)] = EVemIsStatement(node.get());
+            const std::unique_ptr<CEVemBaseNode> node(vem::evem::MakeNode(t, CString()));
+            kinds[static_cast<std::size_t>(t)] = vem::evem::IsStatement(node.get());
         }
         return kinds;
     }();
     if (type >= kEVemNodeTypeCount || !statementKinds[type]) VemThrowUser();
-    return static_cast<CEVemBaseStmtNode*>(EVemMakeNode(type, CString()));
+    return static_cast<CEVemBaseStmtNode*>(vem::evem::MakeNode(type, CString()));
 }
 
-void EVemDeleteChain(CEVemBaseNode* first) {
+void vem::evem::DeleteChain(CEVemBaseNode* first) {
     while (first) {
         CEVemBaseNode* next = first->GetNext();
         delete first;
@@ -39,7 +41,7 @@ void EVemDeleteChain(CEVemBaseNode* first) {
 }
 
 // The statement takes the new node; the one it held before goes back to whoever made it.
-void EVemReplaceOwned(std::unique_ptr<CEVemBaseNode>& slot, CEVemBaseNode* node) {
+void vem::evem::ReplaceOwned(std::unique_ptr<CEVemBaseNode>& slot, CEVemBaseNode* node) {
     if (slot.get() == node) return;
     (void)slot.release();
     slot.reset(node);
@@ -57,7 +59,7 @@ CEVemBaseStmtNode::~CEVemBaseStmtNode() {
 // Nothing in the system appends to a statement; a statement given one takes it in right behind
 // itself, so that the chain behind stays whole.
 int CEVemBaseStmtNode::AddNewStmtNode(CEVemBaseNode* statement) {
-    if (!EVemIsStatement(statement) || statement == this) return 0;
+    if (!vem::evem::IsStatement(statement) || statement == this) return 0;
     auto* added = static_cast<CEVemBaseStmtNode*>(statement);
     added->Next = Next;
     if (Next) Next->SetPrevious(added);
@@ -122,7 +124,7 @@ void CEVemBaseStmtNode::Load(CArchive& ar) {
         LoadNestedChain(ar, nextType);
         LoadTail(ar);
     } catch (...) {
-        EVemDeleteChain(Next);
+        vem::evem::DeleteChain(Next);
         Next = nullptr;
         throw;
     }
@@ -147,12 +149,13 @@ void CEVemBaseStmtNode::LoadTail(CArchive& ar) {
 void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
     CEVemBaseStmtNode* last = this;
     while (type != 0) {
-        CEVemBaseStmtNode* next = EVemMakeChainStatement(type);
+        CEVemBaseStmtNode* next = vem::evem::MakeChainStatement(type);
         last->Next = next;
         next->Previous = last;
         last = next;
         last->CEVemBaseNode::Serialize(ar);
-        if (!EVemKindFitsClass(last->NodeType, last->GetRuntimeClass())) VemThrowArchive(CArchiveException::badClass);
+        if (!vem::evem::KindFitsClass(last->NodeType, last->GetRuntimeClass()))
+            VemThrowArchive(CArchiveException::badClass);
         type = last->LoadHead(ar);
     }
     for (CEVemBaseStmtNode* node = last; node != this; node = static_cast<CEVemBaseStmtNode*>(node->Previous))

@@ -52,10 +52,14 @@ private:
     void LoadNestedChain(CArchive& ar, u16 type);
 };
 
+namespace vem::evem {
+
 // Makes a statement of the kind for a chain being loaded; raises the user exception for a kind
 // that makes no statement.
-CEVemBaseStmtNode* EVemMakeChainStatement(u16 type);
+CEVemBaseStmtNode* MakeChainStatement(u16 type);
 // Deletes a chain from its first node on, one node after the other.
-void EVemDeleteChain(CEVemBaseNode* first);
+void DeleteChain(CEVemBaseNode* first);
 // Takes over an owned statement in place of the one held before, which is deleted.
-void EVemReplaceOwned(std::unique_ptr<CEVemBaseNode>& slot, CEVemBaseNode* node);
+void ReplaceOwned(std::unique_ptr<CEVemBaseNode>& slot, CEVemBaseNode* node);
+
+}  // namespace vem::evem

@@ -12,7 +12,7 @@ namespace {
 
 // "<label> = <pointer>", then the parameter's own dump if there is one.
 void DumpParam(CFile* file, const CString& prefix, const char* label, CEVemBaseNode* param) {
-    const CString text = prefix + label + " = " + EVemPointerText(param) + "\n";
+    const CString text = prefix + label + " = " + vem::evem::PointerText(param) + "\n";
     file->Write(text.GetString(), static_cast<unsigned>(text.GetLength()));
     if (param) param->DumpNode(file, prefix);
 }
@@ -21,7 +21,9 @@ void DumpParam(CFile* file, const CString& prefix, const char* label, CEVemBaseN
 
 CEVemStdStringOpNode::~CEVemStdStringOpNode() = default;
 
-void CEVemStdStringOpNode::SetStdStringPParamStmtNode(CEVemBaseNode* param) { EVemReplaceOwned(PParamStmtNode, param); }
+void CEVemStdStringOpNode::SetStdStringPParamStmtNode(CEVemBaseNode* param) {
+    vem::evem::ReplaceOwned(PParamStmtNode, param);
+}
 
 void CEVemStdStringOpNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseStmtNode::DumpNode(file, prefix);
@@ -31,7 +33,7 @@ void CEVemStdStringOpNode::DumpNode(CFile* file, CString prefix) {
 CEVemStdStringMidDelNode::~CEVemStdStringMidDelNode() = default;
 
 void CEVemStdStringMidDelNode::SetStdStringLParamStmtNode(CEVemBaseNode* param) {
-    EVemReplaceOwned(LParamStmtNode, param);
+    vem::evem::ReplaceOwned(LParamStmtNode, param);
 }
 
 void CEVemStdStringMidDelNode::DumpNode(CFile* file, CString prefix) {
@@ -42,7 +44,7 @@ void CEVemStdStringMidDelNode::DumpNode(CFile* file, CString prefix) {
 CEVemStdStringReplaceNode::~CEVemStdStringReplaceNode() = default;
 
 void CEVemStdStringReplaceNode::SetStdStringIn2ParamStmtNode(CEVemBaseNode* param) {
-    EVemReplaceOwned(In2ParamStmtNode, param);
+    vem::evem::ReplaceOwned(In2ParamStmtNode, param);
 }
 
 void CEVemStdStringReplaceNode::DumpNode(CFile* file, CString prefix) {
@@ -53,7 +55,7 @@ void CEVemStdStringReplaceNode::DumpNode(CFile* file, CString prefix) {
 CEVemStdStringInsertNode::~CEVemStdStringInsertNode() = default;
 
 void CEVemStdStringInsertNode::SetStdStringIn2ParamStmtNode(CEVemBaseNode* param) {
-    EVemReplaceOwned(In2ParamStmtNode, param);
+    vem::evem::ReplaceOwned(In2ParamStmtNode, param);
 }
 
 void CEVemStdStringInsertNode::DumpNode(CFile* file, CString prefix) {

@@ -174,7 +174,7 @@ int EVemCheckForCall(CEVemBaseNode* statement, CVemBaseNode* node, u16) {
 }
 
 int EVemCRBuildPouTableEx(CVemBaseNode* exe, CMapStringToOb* table) {
-    if (!EVemIsEnabled()) return 1;
+    if (!vem::evem::IsEnabled()) return 1;
     if (!exe || !table || exe->GetNodeType() != kVemExeNode) return 0;
     CObList* list = exe->GetEvemRootNodeListPtr();
     if (!list) return 0;
@@ -190,7 +190,7 @@ int EVemCRBuildPouTableEx(CVemBaseNode* exe, CMapStringToOb* table) {
 
 int EVemCRExecQueryEx(CEVemBaseNode* codeNode, CVemBaseNode* target, CStringList* paths, CWordArray* lines,
                       CWordArray* kinds, u16 mask) {
-    if (!EVemIsEnabled()) return 1;
+    if (!vem::evem::IsEnabled()) return 1;
     if (!codeNode || codeNode->NodeType != kEVemPouCodeNode) return 0;
     if (!target || !paths || !lines || !kinds) return 0;
     Owner owner;

@@ -12,7 +12,7 @@ while read -r name; do
         missing=1
     fi
 done <"$names"
-for internal in vem_nodetypes::NewForLoad VemDebugFlagValue VemTakeNextSerial; do
+for internal in vem::nodetypes::NewForLoad vem::DebugFlagValue vem::TakeNextSerial; do
     if grep -q -E "^${internal}(\(|$)" <<<"$symbols"; then
         echo "exported but internal: $internal"
         missing=1

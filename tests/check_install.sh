@@ -28,6 +28,14 @@ use_prefix() {
             "$work/pc-$tag" "$work/$tag-b.vem"
         )
     fi
+    # vem32.h stands on the top-level headers alone, and a host of the flat functions needs no more.
+    local deps
+    deps=$(printf '#include "vem32.h"\nint main() { CVemBaseNode* n = VemNewNode(kVemBaseNode); VemDeleteNode(n); }\n' |
+        c++ -std=c++20 -fsyntax-only -MD -MF /dev/stdout -x c++ -I"$prefix/include/vem32" -)
+    if grep -E "include/vem32/[a-z]+/" <<<"$deps"; then
+        echo "vem32.h pulls headers of the subsystems"
+        exit 1
+    fi
     "$prefix/bin/vemtool" demo "$work/demo-$tag" > /dev/null
     (cd / && "$prefix/bin/vemtool" check "$work/demo-$tag/LINE1.vem" > /dev/null)
     echo "prefix $tag ok"

@@ -33,7 +33,7 @@ CString TrimBlanks(const CString& text) {
 
 }  // namespace
 
-std::string_view VemHFileUnitWord(const CString& line) {
+std::string_view vem::HFileUnitWord(const CString& line) {
     for (std::string_view word : {kProgram, kFunctionBlock, kFunction})
         if (line.view().starts_with(word)) return word;
     return {};
@@ -158,7 +158,7 @@ CString CHFile::UnitNameOrThrow() const {
     const i64 keyword = FindKeyword();
     if (keyword < 0) Fail(CFileException::badSeek);
     const CString line = ReadUnitLine(keyword);
-    const std::string_view word = VemHFileUnitWord(line);
+    const std::string_view word = vem::HFileUnitWord(line);
     if (word.empty()) Fail(CFileException::genericException);
     const int from = static_cast<int>(word.size());
     CString name;
@@ -244,7 +244,7 @@ void CHFileKeyIterator::Next() {
     }
 }
 
-u32 VemParseCheckValue(const char* text) {
+u32 vem::ParseCheckValue(const char* text) {
     if (!text) return 0;
     const auto isSpace = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
     while (isSpace(*text)) ++text;
@@ -255,11 +255,11 @@ u32 VemParseCheckValue(const char* text) {
     return negative ? 0u - value : value;
 }
 
-bool VemReadCheckKey(const char* sourceFile, u32& value) {
+bool vem::ReadCheckKey(const char* sourceFile, u32& value) {
     CHFile file;
     const bool opened = file.OpenRead(sourceFile, 1) != 0;
     try {
-        if (opened) value = VemParseCheckValue(file.GetValue("CHECK"));
+        if (opened) value = vem::ParseCheckValue(file.GetValue("CHECK"));
     } catch (...) {
         file.Close();
         throw;

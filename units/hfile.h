@@ -139,9 +139,13 @@ private:
     int m_valid = 0;
 };
 
+namespace vem {
+
 // The number that a source file's block holds under "CHECK": false when the file cannot be opened
 // (value is then left alone); a file without the key or without a block gives 0.
-bool VemReadCheckKey(const char* sourceFile, u32& value);
+bool ReadCheckKey(const char* sourceFile, u32& value);
 // The leading signed decimal number of a text: blanks skipped, optional sign, digits up to the
 // first other character; 0 when there is none. Wraps modulo 2^32.
-u32 VemParseCheckValue(const char* text);
+u32 ParseCheckValue(const char* text);
+
+}  // namespace vem

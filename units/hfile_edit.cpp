@@ -172,7 +172,7 @@ int CHFile::SetUnitName(const char* name) {
     } catch (const CFileException&) {
         return 0;
     }
-    const std::string_view word = VemHFileUnitWord(line);
+    const std::string_view word = vem::HFileUnitWord(line);
     if (word.empty()) return 0;
     CString newLine = NewUnitLine(line, word, CString(name).Left(kMaxUnitName));
     newLine.MakeUpper();

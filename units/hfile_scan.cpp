@@ -51,7 +51,7 @@ std::unique_ptr<CFile> DuplicateAt(const CFile& file, i64 position) {
 
 }  // namespace
 
-std::size_t VemHFileReadUpTo(CFile& file, void* to, std::size_t count) {
+std::size_t vem::HFileReadUpTo(CFile& file, void* to, std::size_t count) {
     std::size_t got = 0;
     while (got < count) {
         std::size_t want = std::min<std::size_t>(count - got, 0x40000000u);
@@ -86,7 +86,7 @@ int CHFile::FindFirst(i64 start, std::span<const std::string_view> needles, bool
         bool bufferStartsLine = true;  // the scan's start counts as a line start
         for (;;) {
             const std::size_t want = size - kept;
-            const std::size_t got = VemHFileReadUpTo(*dup, buf.data() + kept, want);
+            const std::size_t got = vem::HFileReadUpTo(*dup, buf.data() + kept, want);
             const std::size_t filled = kept + got;
             for (std::size_t i = kept; i < filled; ++i) buf[i] = Upper(buf[i]);
             buf[filled] = 0;
@@ -131,7 +131,7 @@ i64 CHFile::ScanPlain(i64 start, std::string_view needle, i64 limit) const {
         std::size_t kept = 0;
         for (;;) {
             const std::size_t want = size - kept;
-            const std::size_t got = VemHFileReadUpTo(*dup, buf.data() + kept, want);
+            const std::size_t got = vem::HFileReadUpTo(*dup, buf.data() + kept, want);
             const std::size_t filled = kept + got;
             const std::size_t at = std::string_view(buf.data(), filled).find(needle);
             if (at != std::string_view::npos) {
@@ -206,7 +206,7 @@ CString CHFile::ReadText(i64 position, i64 count) const {
     if (position < 0 || count < 0) Fail(CFileException::badSeek);
     std::string text(static_cast<std::size_t>(count), '\0');
     std::unique_ptr<CFile> dup = DuplicateAt(*this, position);
-    if (VemHFileReadUpTo(*dup, text.data(), text.size()) < text.size()) Fail(CFileException::genericException);
+    if (vem::HFileReadUpTo(*dup, text.data(), text.size()) < text.size()) Fail(CFileException::genericException);
     return CString(std::move(text));
 }
 
@@ -215,5 +215,5 @@ i64 CHFile::RawLength() const { return static_cast<i64>(CFile::GetLength()); }
 bool CHFile::LineEndAt(i64 position) const {
     char two[2] = {};
     std::unique_ptr<CFile> dup = DuplicateAt(*this, position);
-    return VemHFileReadUpTo(*dup, two, 2) == 2 && std::string_view(two, 2) == kLineEnd;
+    return vem::HFileReadUpTo(*dup, two, 2) == 2 && std::string_view(two, 2) == kLineEnd;
 }

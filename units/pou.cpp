@@ -32,15 +32,12 @@ CVemPouNode::CVemPouNode(const CVemPouNode& other)
     if (!list) VemThrowMemory();
     std::unique_ptr<CVemByteArray> pfl(other.PflArray ? other.PflArray->Clone() : nullptr);
     if (other.DataSegmentPtr) ClonedDataSegment.reset(other.DataSegmentPtr->Clone());
-    StatList = list.release();
-    PflArray = pfl.release();
+    StatList = std::move(list);
+    PflArray = std::move(pfl);
     DataSegmentPtr = ClonedDataSegment.get();
 }
 
-CVemPouNode::~CVemPouNode() {
-    delete StatList;
-    delete PflArray;
-}
+CVemPouNode::~CVemPouNode() = default;
 
 CVemBaseNode* CVemPouNode::Clone() { return new CVemPouNode(*this); }
 
@@ -54,19 +51,19 @@ unsigned CVemPouNode::GetBitmapID() { return 116; }
 
 // With the debug flag the data segment stands in front of the name.
 CString CVemPouNode::GetNodeText() {
-    if (!VemDebugFlagValue()) return Name;
+    if (!vem::DebugFlagValue()) return Name;
     CString text;
     text.Format("%u   %s", static_cast<unsigned>(GetDataSegment()), Name.GetString());
     return text;
 }
 
 void CVemPouNode::SetCodeSegment(u16 segment) {
-    VemTouchLayout();
+    vem::TouchLayout();
     CodeSegNr = segment;
 }
 
 void CVemPouNode::SetDataSegment(u16 segment) {
-    VemTouchLayout();
+    vem::TouchLayout();
     DataSegNr = segment;
 }
 
@@ -106,12 +103,15 @@ int CVemPouNode::ComputeOffsets(const u16* startOffsets) {
     return 1;
 }
 
-CStatList* CVemPouNode::GetStatList() { return StatList; }
+CStatList* CVemPouNode::GetStatList() { return StatList.get(); }
 
-CVemByteArray* CVemPouNode::GetPflArray() { return PflArray; }
+CVemByteArray* CVemPouNode::GetPflArray() { return PflArray.get(); }
 
 // Takes the array; one held before is the caller's to have taken away.
-void CVemPouNode::SetPflArray(CVemByteArray* array) { PflArray = array; }
+void CVemPouNode::SetPflArray(CVemByteArray* array) {
+    static_cast<void>(PflArray.release());
+    PflArray.reset(array);
+}
 
 // Units and instances below a unit go; variables, arrays and structures stay.
 void CVemPouNode::DeleteAllChildPous() {
@@ -123,7 +123,7 @@ void CVemPouNode::DeleteAllChildPous() {
             case kVemFbNode:
             case kVemFunctionNode:
             case kVemFbInstanceNode:
-                VemTouchLayout();
+                vem::TouchLayout();
                 Children.RemoveAt(here);
                 delete child;
                 break;

@@ -76,8 +76,8 @@ public:
     u16 CrSize = 0;
     u16 SizeCrStack = 0;
     u16 ElemCrStack = 0;
-    CStatList* StatList = nullptr;      // owned, never null on a constructed node
-    CVemByteArray* PflArray = nullptr;  // owned
+    std::unique_ptr<CStatList> StatList;  // never null on a constructed node
+    std::unique_ptr<CVemByteArray> PflArray;
     u32 Checksum = 0;
     u32 Date = 0;
     u16 DataSegLength = 0;

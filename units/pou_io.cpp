@@ -1,9 +1,9 @@
 // CVemPouNode: its record, its dump, and what it takes from its source file.
 #include <ctime>
 
+#include "platform/fieldio.h"
 #include "units/hfile.h"
 #include "units/pou.h"
-#include "variables/fieldio.h"
 #include "vem_bytearray.h"
 
 //  width   field
@@ -28,26 +28,26 @@
 void CVemPouNode::Serialize(CArchive& ar) {
     CVemBaseNode::Serialize(ar);
     StatList->Serialize(ar);
-    VemBaSerialize(PflArray, ar);
-    VemSerializeField<u16>(ar, CodeSegNr);
-    VemSerializeField<u16>(ar, DataSegNr);
-    VemSerializeField<u16>(ar, IniDataSegNr);
-    VemSerializeField<u16>(ar, CrSize);
-    VemSerializeField<u16>(ar, SizeCrStack);
-    VemSerializeField<u16>(ar, ElemCrStack);
-    VemSerializeText(ar, CodeFileName);
-    VemSerializeField<u32>(ar, Checksum);
-    VemSerializeField<u32>(ar, Date);
-    VemSerializeField<u16>(ar, DataSegLength);
-    VemSerializeField<u32>(ar, StartOffset);
-    VemSerializeText(ar, Path);
-    VemSerializeField<u16>(ar, ProgramNr);
+    vem::SerializeOwned(PflArray, ar);
+    vem::SerializeField<u16>(ar, CodeSegNr);
+    vem::SerializeField<u16>(ar, DataSegNr);
+    vem::SerializeField<u16>(ar, IniDataSegNr);
+    vem::SerializeField<u16>(ar, CrSize);
+    vem::SerializeField<u16>(ar, SizeCrStack);
+    vem::SerializeField<u16>(ar, ElemCrStack);
+    vem::SerializeText(ar, CodeFileName);
+    vem::SerializeField<u32>(ar, Checksum);
+    vem::SerializeField<u32>(ar, Date);
+    vem::SerializeField<u16>(ar, DataSegLength);
+    vem::SerializeField<u32>(ar, StartOffset);
+    vem::SerializeText(ar, Path);
+    vem::SerializeField<u16>(ar, ProgramNr);
 }
 
 // The checksum is not computed here: it is the number that the source's header block holds.
 void CVemPouNode::SetCheckSum(const char* sourceFileName) {
     u32 value = 0;
-    if (VemReadCheckKey(sourceFileName, value)) Checksum = value;
+    if (vem::ReadCheckKey(sourceFileName, value)) Checksum = value;
 }
 
 // A file that cannot be opened, or whose time has no local form, leaves the date as it was.
@@ -56,7 +56,7 @@ void CVemPouNode::SetDate(const char* fileName) {
     if (!file.Open(fileName, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary)) return;
     CFileStatus status;
     std::tm local{};
-    if (CFile::GetStatus(fileName, status) && VemLocalTime(status.m_mtime, local)) {
+    if (CFile::GetStatus(fileName, status) && vem::LocalTime(status.m_mtime, local)) {
         Date =
             PackDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
     }

@@ -1,8 +1,8 @@
 // The three kinds of unit: programs, function blocks and functions.
 #include <new>
 
+#include "platform/fieldio.h"
 #include "units/pou.h"
-#include "variables/fieldio.h"
 #include "vem_node.h"
 
 VEM_IMPLEMENT_SERIAL(CVemProgramNode, CVemPouNode, 5)
@@ -25,7 +25,7 @@ CVemProgramNode::~CVemProgramNode() = default;
 //  1       global flag, low 8 bits
 void CVemProgramNode::Serialize(CArchive& ar) {
     CVemPouNode::Serialize(ar);
-    VemSerializeField<u8>(ar, GlobalFlag);
+    vem::SerializeField<u8>(ar, GlobalFlag);
 }
 
 CVemBaseNode* CVemProgramNode::Clone() { return new CVemProgramNode(*this); }
@@ -60,8 +60,8 @@ CVemFbNode::~CVemFbNode() = default;
 // The segment kind is not stored.
 void CVemFbNode::Serialize(CArchive& ar) {
     CVemPouNode::Serialize(ar);
-    VemSerializeField<u16>(ar, Reserved);
-    VemSerializeField<u16>(ar, Reserved2);
+    vem::SerializeField<u16>(ar, Reserved);
+    vem::SerializeField<u16>(ar, Reserved2);
 }
 
 CVemBaseNode* CVemFbNode::Clone() { return new CVemFbNode(*this); }
@@ -104,7 +104,7 @@ CVemFunctionNode::~CVemFunctionNode() = default;
 // Offset and segment kind are not stored.
 void CVemFunctionNode::Serialize(CArchive& ar) {
     CVemPouNode::Serialize(ar);
-    VemSerializeField<u16>(ar, Reserved);
+    vem::SerializeField<u16>(ar, Reserved);
 }
 
 CVemBaseNode* CVemFunctionNode::Clone() { return new CVemFunctionNode(*this); }

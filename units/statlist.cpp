@@ -3,7 +3,7 @@
 #include <memory>
 #include <new>
 
-#include "variables/fieldio.h"
+#include "platform/fieldio.h"
 
 VEM_IMPLEMENT_SERIAL(CStatListEntry, CObject, 5)
 VEM_IMPLEMENT_SERIAL(CStatList, CMapWordToOb, 5)
@@ -37,10 +37,10 @@ CStatListEntry::~CStatListEntry() = default;
 //  10      2       OperandType, low 16 bits
 void CStatListEntry::Serialize(CArchive& ar) {
     VemSerializeSchema(ar, kVersion);
-    VemSerializeField<u16>(ar, AwlLine);
-    VemSerializeField<u32>(ar, CodeLine);
-    VemSerializeField<u16>(ar, AEType);
-    VemSerializeField<u16>(ar, OperandType);
+    vem::SerializeField<u16>(ar, AwlLine);
+    vem::SerializeField<u32>(ar, CodeLine);
+    vem::SerializeField<u16>(ar, AEType);
+    vem::SerializeField<u16>(ar, OperandType);
 }
 
 // ---- list ------------------------------------------------------------------------------------------

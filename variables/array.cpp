@@ -8,7 +8,7 @@
 
 #include "node/layoutepoch.h"
 #include "node/walk.h"
-#include "variables/fieldio.h"
+#include "platform/fieldio.h"
 #include "vem_limits.h"
 #include "vem_node.h"
 #include "vem_plain.h"
@@ -53,7 +53,7 @@ void CVemDimRange::Serialize(CArchive& ar) {
     LowBounds.Serialize(ar);
     HighBounds.Serialize(ar);
     CurrentIndices.Serialize(ar);
-    VemSerializeField<u8>(ar, DimSize);
+    vem::SerializeField<u8>(ar, DimSize);
 }
 
 void CVemDimRange::SetDimRange(u8 index, const tVemDimRange& range) {
@@ -84,10 +84,10 @@ CVemArrayNode::CVemArrayNode(const CVemArrayNode& other)
       Dimensions(other.Dimensions),
       HeaderLength(other.HeaderLength),
       Range(other.Range) {
-    if (other.ElementNode) ElementNode = other.ElementNode->Clone();
+    if (other.ElementNode) ElementNode.reset(other.ElementNode->Clone());
 }
 
-CVemArrayNode::~CVemArrayNode() { delete ElementNode; }
+CVemArrayNode::~CVemArrayNode() = default;
 
 //  width   field
 //  .       variable record, children inline
@@ -100,17 +100,16 @@ CVemArrayNode::~CVemArrayNode() { delete ElementNode; }
 void CVemArrayNode::Serialize(CArchive& ar) {
     CVemVariableNode::Serialize(ar);
     Range.Serialize(ar);
-    VemSerializeField<u8>(ar, ArrayCode);
-    VemSerializeField<u16>(ar, ElementSizeOfType);
-    VemSerializeField<u8>(ar, Dimensions);
-    VemSerializeField<u16>(ar, HeaderLength);
+    vem::SerializeField<u8>(ar, ArrayCode);
+    vem::SerializeField<u16>(ar, ElementSizeOfType);
+    vem::SerializeField<u8>(ar, Dimensions);
+    vem::SerializeField<u16>(ar, HeaderLength);
     if (ar.IsStoring()) {
-        ar.WriteObject(ElementNode);
+        ar.WriteObject(ElementNode.get());
         return;
     }
-    delete ElementNode;
-    ElementNode = nullptr;
-    ElementNode = static_cast<CVemBaseNode*>(ar.ReadOwnedObject(RUNTIME_CLASS(CVemBaseNode)));
+    ElementNode.reset();
+    ElementNode.reset(static_cast<CVemBaseNode*>(ar.ReadOwnedObject(RUNTIME_CLASS(CVemBaseNode))));
 }
 
 CVemBaseNode* CVemArrayNode::Clone() { return new CVemArrayNode(*this); }
@@ -121,10 +120,9 @@ int CVemArrayNode::AddChildTail(CVemBaseNode* child) {
 }
 
 void CVemArrayNode::SetReferenceNode(CVemBaseNode* node) {
-    if (node == ElementNode) return;
-    VemTouchLayout();
-    delete ElementNode;
-    ElementNode = node;
+    if (node == ElementNode.get()) return;
+    vem::TouchLayout();
+    ElementNode.reset(node);
 }
 
 // The prototype gets the number it is given; the elements the array's own.
@@ -266,14 +264,13 @@ void CVemArrayNode::ExpandArray() {
         LastChild = lastBefore;
         throw;
     }
-    delete ElementNode;
-    ElementNode = nullptr;
+    ElementNode.reset();
 }
 
 // ---- flat functions --------------------------------------------------------------------------------
 
 void VemSetDimRange4Index(CVemDimRange* range, u8 index, tVemDimRange dimRange) {
-    VemTouchLayout();
+    vem::TouchLayout();
     range->SetDimRange(index, dimRange);
 }
 
@@ -287,7 +284,7 @@ extern "C" void VemSetArrayElementSizeOfType(CVemBaseNode* node, u16 size) {
     const u32 type = node->GetNodeType();
     if (type < kVemArrayNode || type > 9) return;
     if (!node->IsKindOf(RUNTIME_CLASS(CVemArrayNode))) return;
-    VemTouchLayout();
+    vem::TouchLayout();
     static_cast<CVemArrayNode*>(node)->ElementSizeOfType = size;
 }
 

@@ -2,6 +2,8 @@
 // ExpandArray into one child node per element, laid out as the target lays out its memory.
 #pragma once
 
+#include <memory>
+
 #include "variables/variable.h"
 
 // The index ranges of all dimensions of one array.
@@ -47,7 +49,7 @@ public:
     CVemBaseNode* Clone() override;
     // Replaces the prototype; the node gets no child.
     int AddChildTail(CVemBaseNode* child) override;
-    CVemBaseNode* GetReferenceNode() override { return ElementNode; }
+    CVemBaseNode* GetReferenceNode() override { return ElementNode.get(); }
     void SetReferenceNode(CVemBaseNode* node) override;
     u8 GetDimensions() override { return Dimensions; }
     void SetDimensions(u8 dimensions) override { Dimensions = dimensions; }
@@ -69,7 +71,7 @@ public:
     u8 Dimensions = 0;          // not tied to Range.DimSize
     u16 HeaderLength = 0;       // bytes in front of the first element
     CVemDimRange Range{1};
-    CVemBaseNode* ElementNode = nullptr;  // the prototype, owned; null after an expansion
+    std::unique_ptr<CVemBaseNode> ElementNode;  // the prototype; null after an expansion
 
 private:
     // The target's alignment and ByteSize, from the executable node above; 1 and 1 without one.

@@ -48,4 +48,4 @@ constexpr const char* kCbeTypeNames[40] = {
 
 }  // namespace
 
-const char* VemCbeTypeName(tCbeType type) { return type < kCbeTypeCount ? kCbeTypeNames[type] : ""; }
+const char* vem::CbeTypeName(tCbeType type) { return type < kCbeTypeCount ? kCbeTypeNames[type] : ""; }

@@ -4,7 +4,7 @@
 #include "node/dumptext.h"
 #include "node/flags.h"
 #include "node/layoutepoch.h"
-#include "variables/fieldio.h"
+#include "platform/fieldio.h"
 #include "vem_limits.h"
 #include "vem_node.h"
 
@@ -70,26 +70,26 @@ u32 CVemVariableNode::NodeTypeOfDataType(tCbeType type) {
 void CVemVariableNode::Serialize(CArchive& ar) {
     CVemBaseNode::Serialize(ar);
     const u16 schema = ar.IsLoading() ? ar.LoadSchema(kSchema) : VemSerializeSchema(ar, kSchema);
-    VemSerializeField<u16>(ar, Offset);
-    VemSerializeField<u16>(ar, Size);
-    VemSerializeField<u16>(ar, ParentSegment);
-    VemSerializeField<u8>(ar, VariableType);
-    VemSerializeField<u8>(ar, Reference);
-    VemSerializeField<u8>(ar, NetVar);
-    VemSerializeField<u16>(ar, ProgramNr);
-    VemSerializeText(ar, TypeName);
-    VemSerializeField<u8>(ar, Scope);
-    VemSerializeField<u8>(ar, CanBeWatched);
-    VemSerializeField<u8>(ar, VarInOut);
-    VemSerializeText(ar, InstanceText);
+    vem::SerializeField<u16>(ar, Offset);
+    vem::SerializeField<u16>(ar, Size);
+    vem::SerializeField<u16>(ar, ParentSegment);
+    vem::SerializeField<u8>(ar, VariableType);
+    vem::SerializeField<u8>(ar, Reference);
+    vem::SerializeField<u8>(ar, NetVar);
+    vem::SerializeField<u16>(ar, ProgramNr);
+    vem::SerializeText(ar, TypeName);
+    vem::SerializeField<u8>(ar, Scope);
+    vem::SerializeField<u8>(ar, CanBeWatched);
+    vem::SerializeField<u8>(ar, VarInOut);
+    vem::SerializeText(ar, InstanceText);
     if (schema < 1) return;
-    VemSerializeField<u16>(ar, SubSegmentKind);
+    vem::SerializeField<u16>(ar, SubSegmentKind);
     if (schema < 2) return;
-    VemSerializeText(ar, PiLocation);
-    VemSerializeField<u16>(ar, DclPositionA);
-    VemSerializeField<u16>(ar, DclPositionB);
+    vem::SerializeText(ar, PiLocation);
+    vem::SerializeField<u16>(ar, DclPositionA);
+    vem::SerializeField<u16>(ar, DclPositionB);
     if (schema < 3) return;
-    VemSerializeField<u32>(ar, VarQualifier);
+    vem::SerializeField<u32>(ar, VarQualifier);
 }
 
 CVemBaseNode* CVemVariableNode::Clone() { return new CVemVariableNode(*this); }
@@ -121,7 +121,7 @@ CString CVemVariableNode::GetNodeText() {
         text += " : ";
         text += TypeName;
     }
-    if (VemDebugFlagValue()) {
+    if (vem::DebugFlagValue()) {
         text.AppendFormat(" | Offset: %x | Size: %x | Seg: %i  | Ref: %i | Prg: %i", static_cast<unsigned>(GetOffset()),
                           static_cast<unsigned>(GetSize()), GetParentSegment() & 0x1FFF, Reference,
                           static_cast<int>(GetProgramNr()));
@@ -135,12 +135,12 @@ u16 CVemVariableNode::GetParentSegment() { return ParentSegment; }
 // a reference of that scope takes part in it.
 void CVemVariableNode::SetParentSegment(u16 segment) {
     if (Scope == kOwnDataScope && Reference == 0) return;
-    VemTouchLayout();
+    vem::TouchLayout();
     ParentSegment = segment;
 }
 
 void CVemVariableNode::SetVariableType(tCbeType type) {
-    VemTouchLayout();  // a string's elements take another size
+    vem::TouchLayout();  // a string's elements take another size
     VariableType = type;
 }
 
@@ -163,7 +163,7 @@ int CVemVariableNode::GetVarInOut() { return VarInOut; }
 u16 CVemVariableNode::GetSize() { return Size; }
 
 void CVemVariableNode::SetSize(u16 size) {
-    VemTouchLayout();
+    vem::TouchLayout();
     Size = size;
 }
 
@@ -172,7 +172,7 @@ u16 CVemVariableNode::GetOffset() { return Offset; }
 u16 CVemVariableNode::GetParamVarOffset() { return Offset; }
 
 void CVemVariableNode::SetOffset(u16 offset) {
-    VemTouchLayout();
+    vem::TouchLayout();
     Offset = offset;
 }
 
@@ -205,7 +205,7 @@ int CVemVariableNode::IsReference() { return Reference; }
 
 // The members of a reference are reached through it: they become in/out, not references.
 void CVemVariableNode::SetReference(int reference) {
-    VemTouchLayout();
+    vem::TouchLayout();
     Reference = reference;
     for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->SetVarInOut(reference);
 }

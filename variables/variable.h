@@ -79,5 +79,9 @@ public:
     CString PiLocation;
 };
 
+namespace vem {
+
 // Plain name of a data type ("INT", "TIME_OF_DAY"); empty for values without one.
-const char* VemCbeTypeName(tCbeType type);
+const char* CbeTypeName(tCbeType type);
+
+}  // namespace vem

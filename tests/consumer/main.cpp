@@ -1,7 +1,7 @@
 // A program outside the project, built against the installed package.
 #include <cstdio>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 
 int main(int argc, char** argv) {
     const char* file = argc > 1 ? argv[1] : "consumer.vem";

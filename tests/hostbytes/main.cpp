@@ -12,7 +12,7 @@
 #include "platform/file.h"
 #include "random_tree.h"
 #include "test_util.h"
-#include "vem32.h"
+#include "vem32_classes.h"
 #include "vem_settings.h"
 
 namespace {

@@ -104,11 +104,11 @@ const Write kWrites[] = {
 }  // namespace
 
 TEST(IoSweep, EveryFailingFileOperationIsReportedAndLeavesOldOrNewFiles) {
-    const VemFileOp ops[] = {VemFileOp::open,  VemFileOp::read,   VemFileOp::write,
-                             VemFileOp::flush, VemFileOp::rename, VemFileOp::close};
+    const vem::FileOp ops[] = {vem::FileOp::open,  vem::FileOp::read,   vem::FileOp::write,
+                               vem::FileOp::flush, vem::FileOp::rename, vem::FileOp::close};
     for (const Write& write : kWrites) {
         SCOPED_TRACE(write.what);
-        for (const VemFileOp op : ops) {
+        for (const vem::FileOp op : ops) {
             for (long k = 0;; ++k) {
                 SCOPED_TRACE(testing::Message() << "operation " << static_cast<int>(op) << " call " << k);
                 TempDir dir;  // what a write gives may name its directory: both states are made in it
@@ -120,10 +120,10 @@ TEST(IoSweep, EveryFailingFileOperationIsReportedAndLeavesOldOrNewFiles) {
                 long calls = 0;
                 {
                     vemtest::AllocationWatch watch;
-                    VemFailFileOp(op, k);
+                    vem::FailFileOp(op, k);
                     result = write.run(dir.path(), false);
-                    calls = VemFileOpCalls(op);
-                    VemFailFileOp(op, -1);
+                    calls = vem::FileOpCalls(op);
+                    vem::FailFileOp(op, -1);
                     EXPECT_EQ(watch.Live(), 0);
                 }
                 const Files now = FilesIn(dir.path());

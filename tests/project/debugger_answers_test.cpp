@@ -10,7 +10,7 @@
 #include "evem_xref_test_util.h"
 #include "resource_builder.h"
 #include "test_util.h"
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace {
 

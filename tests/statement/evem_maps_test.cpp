@@ -129,7 +129,7 @@ protected:
         CStringList names;
         for (const char* path : paths) names.AddTail(path);
         CMemFile file;
-        EVemDumpLineMaps(&file, "P>", exe.get(), names);
+        vem::evem::DumpLineMaps(&file, "P>", exe.get(), names);
         return std::string(file.Data().begin(), file.Data().end());
     }
 

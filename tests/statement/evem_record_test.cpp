@@ -62,7 +62,7 @@ std::vector<u8> ListRecord(const std::vector<std::vector<u8>>& records) {
 void LoadList(const std::vector<u8>& bytes, CObList& list) {
     CMemFile file(bytes);
     CArchive ar(&file, CArchive::load);
-    EVemSerializeRootList(ar, list);
+    vem::evem::SerializeRootList(ar, list);
 }
 
 // A code node record with path "U" around the given statement records.
@@ -311,17 +311,17 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
     CMemFile file;
     {
         CArchive ar(&file, CArchive::store);
-        EVemSerializeRootList(ar, list);
+        vem::evem::SerializeRootList(ar, list);
         ar.Close();
     }
     EXPECT_EQ(file.Data(), ListRecord({ExampleCodeNodeRecord(), EmptyCodeNodeRecord()}));
-    EVemDeleteRootList(list);
+    vem::evem::DeleteRootList(list);
     LoadList(file.Data(), list);
     ASSERT_EQ(list.GetCount(), 2);
     auto* first = static_cast<CEVemBaseNode*>(list.GetHead());
     EXPECT_EQ(EVemGetPathName(first), "U");
     EXPECT_EQ(ChainTypes(EVemGetStatementNode(first)), std::vector<int>{8});
-    EVemDeleteRootList(list);
+    vem::evem::DeleteRootList(list);
     EXPECT_TRUE(list.IsEmpty());
 }
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace vemquestions {
 

@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace vemtest {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace vemtest {
 

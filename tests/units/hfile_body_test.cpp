@@ -191,7 +191,7 @@ TEST_F(HFileBody, NewFileGetsEmptyBlockThenKeys) {
     file.Close();
     EXPECT_EQ(Content(path), kBegin + "\r\nCHECK = 42\r\n" + kEnd + kBody);
     u32 check = 0;
-    EXPECT_TRUE(VemReadCheckKey(path.c_str(), check));
+    EXPECT_TRUE(vem::ReadCheckKey(path.c_str(), check));
     EXPECT_EQ(check, 42u);
 }
 

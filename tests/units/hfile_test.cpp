@@ -124,21 +124,21 @@ class HFileCheckKey : public HFileTest {};
 
 TEST_F(HFileCheckKey, UnreadableFileLeavesValue) {
     u32 value = 5;
-    EXPECT_FALSE(VemReadCheckKey(dir_.file("missing.st").c_str(), value));
-    EXPECT_FALSE(VemReadCheckKey(dir_.path().c_str(), value));
+    EXPECT_FALSE(vem::ReadCheckKey(dir_.file("missing.st").c_str(), value));
+    EXPECT_FALSE(vem::ReadCheckKey(dir_.path().c_str(), value));
     EXPECT_EQ(value, 5u);
 }
 
 TEST(HFileCheckValue, ParsesLeadingSignedDecimal) {
-    EXPECT_EQ(VemParseCheckValue("123"), 123u);
-    EXPECT_EQ(VemParseCheckValue(" \t+7x"), 7u);
-    EXPECT_EQ(VemParseCheckValue("-1"), 0xFFFFFFFFu);
-    EXPECT_EQ(VemParseCheckValue("12 34"), 12u);
-    EXPECT_EQ(VemParseCheckValue("x12"), 0u);
-    EXPECT_EQ(VemParseCheckValue("-"), 0u);
-    EXPECT_EQ(VemParseCheckValue(""), 0u);
-    EXPECT_EQ(VemParseCheckValue(nullptr), 0u);
-    EXPECT_EQ(VemParseCheckValue("4294967297"), 1u);
+    EXPECT_EQ(vem::ParseCheckValue("123"), 123u);
+    EXPECT_EQ(vem::ParseCheckValue(" \t+7x"), 7u);
+    EXPECT_EQ(vem::ParseCheckValue("-1"), 0xFFFFFFFFu);
+    EXPECT_EQ(vem::ParseCheckValue("12 34"), 12u);
+    EXPECT_EQ(vem::ParseCheckValue("x12"), 0u);
+    EXPECT_EQ(vem::ParseCheckValue("-"), 0u);
+    EXPECT_EQ(vem::ParseCheckValue(""), 0u);
+    EXPECT_EQ(vem::ParseCheckValue(nullptr), 0u);
+    EXPECT_EQ(vem::ParseCheckValue("4294967297"), 1u);
 }
 
 }  // namespace

@@ -104,10 +104,10 @@ TEST(VariablesNode, SettersThatAnswerOrKeepSomething) {
 }
 
 TEST(VariablesNode, PlainNamesOfTheDataTypes) {
-    EXPECT_STREQ(VemCbeTypeName(kCbeTypeUndef), "UNDEF");
-    EXPECT_STREQ(VemCbeTypeName(kCbeTypeTod), "TIME_OF_DAY");
-    EXPECT_STREQ(VemCbeTypeName(kCbeTypeReal48), "REAL48");
-    EXPECT_STREQ(VemCbeTypeName(kCbeTypeAddress), "");
-    EXPECT_STREQ(VemCbeTypeName(static_cast<tCbeType>(39)), "");
-    EXPECT_STREQ(VemCbeTypeName(kCbeTypeCount), "");
+    EXPECT_STREQ(vem::CbeTypeName(kCbeTypeUndef), "UNDEF");
+    EXPECT_STREQ(vem::CbeTypeName(kCbeTypeTod), "TIME_OF_DAY");
+    EXPECT_STREQ(vem::CbeTypeName(kCbeTypeReal48), "REAL48");
+    EXPECT_STREQ(vem::CbeTypeName(kCbeTypeAddress), "");
+    EXPECT_STREQ(vem::CbeTypeName(static_cast<tCbeType>(39)), "");
+    EXPECT_STREQ(vem::CbeTypeName(kCbeTypeCount), "");
 }

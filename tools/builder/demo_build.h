@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace vemtool {
 

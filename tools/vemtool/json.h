@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "vem32.h"
+#include "vem32_classes.h"
 
 namespace vemtool {
 

@@ -4,24 +4,28 @@
 
 #include "platform/archive.h"
 
+namespace vem {
+
 template <typename Disk, typename Field>
-void VemStoreField(CArchive& ar, const Field& field) {
+void StoreField(CArchive& ar, const Field& field) {
     ar << static_cast<Disk>(field);
 }
 
 // The load, which runs for every field of every node, is short enough to stand in its caller.
 template <typename Disk, typename Field>
-inline void VemSerializeField(CArchive& ar, Field& field) {
-    if (ar.IsStoring()) return VemStoreField<Disk>(ar, field);
+inline void SerializeField(CArchive& ar, Field& field) {
+    if (ar.IsStoring()) return StoreField<Disk>(ar, field);
     Disk value;
     ar >> value;
     field = static_cast<Field>(value);
 }
 
-inline void VemSerializeText(CArchive& ar, CString& text) {
+inline void SerializeText(CArchive& ar, CString& text) {
     if (ar.IsStoring()) {
         ar << text;
     } else {
         ar.ReadText(text);
     }
 }
+
+}  // namespace vem
