@@ -7,6 +7,7 @@
 
 #include "vem32.h"
 #include "vem_dc.h"
+#include "vem_evem_fields.h"
 
 #include "download/download.h"
 #include "memory/layouts.h"

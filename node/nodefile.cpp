@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "platform/msgbox.h"
 #include "vem_ext.h"
 #include "vem_node.h"
 #include "vem_plain.h"

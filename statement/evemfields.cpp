@@ -2,6 +2,7 @@
 // not once per field.
 #include "statement/evembase.h"
 #include "statement/evemstmt.h"
+#include "vem_evem_fields.h"
 
 int EVemGetStatementFields(CEVemBaseNode* node, tEVemStatementFields* fields) {
     if (!fields) return 0;
