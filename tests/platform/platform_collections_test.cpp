@@ -13,6 +13,55 @@
 
 namespace {}  // namespace
 
+// Many keys entered and removed in a scrambled order, against a plain list of what must be there:
+// every key is found or missing as it should be, and the order stays that of entering. Word keys
+// that differ in their low bits only, and names that share a long prefix, crowd the index.
+TEST(Maps, ManyKeysEnteredAndRemovedInAnyOrder) {
+    CMapStringToOb names;
+    CMapWordToOb words;
+    std::vector<std::pair<u16, bool>> expected;  // key, present; in the order of entering
+    u32 seed = 2024;
+    auto next = [&seed] { return (seed = seed * 1103515245u + 12345u) >> 8; };
+    for (int round = 0; round < 20000; ++round) {
+        const auto key = static_cast<u16>(next() % 3000);
+        const bool enter = next() % 3 != 0;
+        const CString name = CString("TASK1.PREFIX_OF_SOME_LENGTH.V") + CString(std::to_string(key));
+        auto* object = reinterpret_cast<CObject*>(std::uintptr_t{key} * 8 + 8);
+        auto it = std::find_if(expected.begin(), expected.end(), [key](const auto& e) { return e.first == key; });
+        if (enter) {
+            names.SetAt(name, object);
+            words.SetAt(key, object);
+            if (it == expected.end()) expected.emplace_back(key, true);
+        } else {
+            EXPECT_EQ(names.RemoveKey(name), it != expected.end());
+            EXPECT_EQ(words.RemoveKey(key), it != expected.end());
+            if (it != expected.end()) expected.erase(it);
+        }
+    }
+    ASSERT_EQ(names.GetCount(), static_cast<int>(expected.size()));
+    ASSERT_EQ(words.GetCount(), static_cast<int>(expected.size()));
+    for (u16 key = 0; key < 3000; ++key) {
+        const bool present =
+            std::any_of(expected.begin(), expected.end(), [key](const auto& e) { return e.first == key; });
+        CObject* found = nullptr;
+        EXPECT_EQ(words.Lookup(key, found), present) << key;
+        if (present) {
+            EXPECT_EQ(found, reinterpret_cast<CObject*>(std::uintptr_t{key} * 8 + 8));
+        }
+        const CString name = CString("TASK1.PREFIX_OF_SOME_LENGTH.V") + CString(std::to_string(key));
+        EXPECT_EQ(names.Lookup(name, found), present) << key;
+    }
+    POSITION pos = words.GetStartPosition();
+    for (const auto& e : expected) {
+        ASSERT_NE(pos, nullptr);
+        u16 key = 0;
+        CObject* object = nullptr;
+        words.GetNextAssoc(pos, key, object);
+        EXPECT_EQ(key, e.first);
+    }
+    EXPECT_EQ(pos, nullptr);
+}
+
 // Every collection stores, loads and stores again to the same bytes; objects go as null references.
 TEST(Collections, EveryKindLoadsWhatItStored) {
     auto same = [](auto& original, int count) {
