@@ -98,5 +98,4 @@ inline std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
 
 using vemtest::ChildNames;
 
-
 }  // namespace compiledtest
