@@ -60,18 +60,6 @@ TEST(MemoryMotorola, PatchesAndReadsMirrorTheAppends) {
     EXPECT_EQ(byte, 0x55);
 }
 
-TEST(MemoryMotorola, ReadsMakeNoAlignmentCheck) {
-    Array a(1, 4, 1);
-    const ByteVec bytes{1, 2, 3, 4, 5, 6, 7, 8};
-    VemBaAppend(a, bytes.data(), 8);
-    u16 word = 0;
-    u32 dword = 0;
-    EXPECT_EQ(VemBaGetWord(a, 1, &word), 1);
-    EXPECT_EQ(word, 0x0203);
-    EXPECT_EQ(VemBaGetDword(a, 3, &dword), 1);
-    EXPECT_EQ(dword, 0x04050607u);
-}
-
 TEST(MemoryMotorola, RawBytesStayInHostOrderUnlessWidened) {
     Array a(1, 1, 1);
     const u16 host = 0x1234;

@@ -14,18 +14,6 @@ struct DrawnNode : ::testing::Test {
 
 }  // namespace
 
-TEST_F(DrawnNode, EveryEdgePixelOfTheNodeRectangleCounts) {
-    ASSERT_EQ(VemGetNodeSymbolRect(&node), CRect(29, 44, 94, 69));
-    for (CPoint p : {CPoint(29, 44), CPoint(94, 44), CPoint(29, 69), CPoint(94, 69), CPoint(60, 44), CPoint(94, 50)}) {
-        node.KlikedSymbol = kTuiKlikedExpandSymbol;
-        EXPECT_EQ(VemGetSelectedNode(&node, p), &node) << p.x << "," << p.y;
-        EXPECT_EQ(VemGetKlikedSymbol(&node), kTuiKlikedNode);
-    }
-    for (CPoint p : {CPoint(28, 50), CPoint(95, 50), CPoint(60, 43), CPoint(60, 70)}) {
-        EXPECT_EQ(VemGetSelectedNode(&node, p), nullptr) << p.x << "," << p.y;
-    }
-}
-
 // Before the first draw all places are 0: only the point (0, 0) strikes, the symbol of a node
 // that has one, the node itself otherwise.
 TEST(TreeViewHit, UndrawnNodeIsStruckOnlyAtTheOrigin) {

@@ -26,25 +26,6 @@ struct ShownTree : ::testing::Test {
 
 }  // namespace
 
-// Each node with the shown node before and after it: collapsed subtrees and nodes outside the
-// tree are not found, the ends give null; then b expanded.
-TEST_F(ShownTree, PrevAndNextFollowThePaintingOrder) {
-    struct Step {
-        CVemBaseNode *target, *prev, *next;
-    };
-    auto check = [&](std::initializer_list<Step> steps) {
-        for (const Step& s : steps) {
-            EXPECT_EQ(VemGetSelectedPrevNode(&root, s.target), s.prev) << VemGetName(s.target).str();
-            EXPECT_EQ(VemGetSelectedNextNode(&root, s.target), s.next) << VemGetName(s.target).str();
-        }
-    };
-    CVemBaseNode stranger(kVemBaseNode, "x", 1);
-    check({{&root, nullptr, a}, {a, &root, a1}, {a1, a, a2}, {a2, a1, b}, {b, a2, c}, {c, b, nullptr}});
-    check({{b1, nullptr, nullptr}, {&stranger, nullptr, nullptr}});
-    VemSetExpanded(b, 1);
-    check({{b, a2, b1}, {b1, b, c}, {c, b1, nullptr}});
-}
-
 // The operations of a node keep the last node walked between calls; a node that goes is forgotten,
 // so the next step gives null, as at the start, never the deleted node (AddressSanitizer run).
 TEST_F(ShownTree, AStepNeverGivesBackANodeThatWent) {

@@ -198,19 +198,6 @@ TEST(TreeViewSvg, TextsAreEscapedAndLatin1BecomesUtf8) {
     EXPECT_EQ(xml.texts[0], "a<b>&\"c\" \xC3\xBC\xC3\x9F\xC2\x80\x7F");
 }
 
-TEST(TreeViewSvg, OpaqueTextsStandOnTheirBackgroundColour) {
-    CVemSvgDC svg;
-    svg.SetBkColor(0x00336699);
-    svg.SetBkMode(TRANSPARENT);
-    svg.TextOut(10, 20, "see");
-    EXPECT_EQ(Count(svg.GetDocument(CPoint(50, 50)), "#996633"), 0u);
-    svg.SetBkMode(OPAQUE);
-    svg.TextOut(10, 40, "see");
-    const std::string doc = svg.GetDocument(CPoint(50, 50));
-    EXPECT_NE(doc.find("<rect x=\"10\" y=\"40\" width=\"21\" height=\"16\" fill=\"#996633\"/>"), std::string::npos);
-    EXPECT_NE(doc.find("<text x=\"10\" y=\"52\" textLength=\"21\""), std::string::npos);
-}
-
 TEST(TreeViewSvg, LinesJoinIntoPathsOnPixelMiddles) {
     CVemSvgDC svg;
     svg.MoveTo(CPoint(-4, 0));

@@ -287,31 +287,6 @@ TEST(AddressIndex, NoVariableAndBadQueries) {
     VemDeleteNode(variable);
 }
 
-TEST(AddressIndex, RebuildsAfterTheTreeChanges) {
-    Tree tree(KnownLayout(kTargets[0], false));
-    Index index(tree.get());
-    EXPECT_STREQ(At(index.index, kDataStart + 4).Name, "TASK1.ALIAS");
-    EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 1);
-    CVemBaseNode* task = VemAddrIndexGetTask(index.index, 0);
-    VemSetOffset(VemGetChildNodeByName(VemFindVemNodeByNameAndType(task, "S", kVemStructNode), "M0"), 2);
-    CVemBaseNode* alias = Child(task, "ALIAS");
-    ASSERT_NE(alias, nullptr);
-    VemSetOffset(alias, 0);
-    EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 0);
-    EXPECT_STREQ(At(index.index, kDataStart + 4).Name, "TASK1.V");
-    EXPECT_STREQ(At(index.index, kDataStart + 0).Name, "TASK1.ALIAS");
-    EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 1);
-    VemDeleteChildNode(task, alias);
-    EXPECT_EQ(At(index.index, kDataStart + 0, kVemAddrNoVariable).Node, nullptr);
-    // A new alignment moves the elements that have no nodes: 45 falls in the gap behind the first.
-    EXPECT_STREQ(At(index.index, kDataStart + 45).Name, "TASK1.DINTS[0]");
-    tVemDeviceSettings settings = *VemGetDeviceSettings(tree.get());
-    settings.Alignment = 2;
-    VemSetDeviceSettings(tree.get(), settings);
-    EXPECT_STREQ(At(index.index, kDataStart + 45).Name, "TASK1.DINTS");
-    EXPECT_STREQ(At(index.index, kDataStart + 46).Name, "TASK1.DINTS[0]");
-}
-
 // Every change that can move an answer makes the index stale; the next question rebuilds it.
 TEST(AddressIndex, EveryLayoutChangeMakesItStale) {
     struct Where {

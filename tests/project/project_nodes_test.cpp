@@ -17,32 +17,6 @@ Bytes& BaseRecord(Bytes& b, unsigned type, unsigned expanded, const std::string&
 
 }  // namespace
 
-TEST(ProjectNodes, ResourceCountsWhatIsAddedAndDeletedThroughIt) {
-    CVemBaseNode* res = VemNewNode(kVemResourceNode);
-    EXPECT_EQ(VemGetNoOfTask(res), 0);
-    CVemBaseNode* a = NewNode(kVemBaseNode, "A");
-    CVemBaseNode* b = NewNode(kVemTaskNode, "B");
-    CVemBaseNode* c = NewNode(kVemBaseNode, "C");
-    VemAddChildTail(res, a);
-    VemAddChildTail(res, b);
-    VemAddChildTail(res, c);
-    EXPECT_EQ(VemGetNoOfTask(res), 3);
-    EXPECT_EQ(VemGetParentNode(b), res);
-    EXPECT_EQ(VemGetLastChild(res), c);
-
-    // A grandchild goes, the count stays.
-    CVemBaseNode* grandchild = NewNode(kVemBaseNode, "G");
-    VemAddChildTail(a, grandchild);
-    EXPECT_EQ(VemDeleteChildNode(res, grandchild), 1);
-    EXPECT_TRUE(ChildNames(a).empty());
-    EXPECT_EQ(VemGetNoOfTask(res), 3);
-
-    EXPECT_EQ(VemDeleteChildNode(res, b), 1);
-    EXPECT_EQ(VemGetNoOfTask(res), 2);
-    EXPECT_EQ(ChildNames(res), (std::vector<std::string>{"A", "C"}));
-    VemDeleteNode(res);
-}
-
 TEST(ProjectNodes, AddHeadSortsOnAResourceButNotOnAConfiguration) {
     for (tVemNodeType type : {kVemResourceNode, kVemConfigNode}) {
         CVemBaseNode* parent = VemNewNode(type);

@@ -46,27 +46,6 @@ std::pair<int, int> Counts(CVemBaseNode* node) {
 
 }  // namespace
 
-TEST(TaskContainer, CountsRegisteredAndCompiledTasks) {
-    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    EXPECT_EQ(Counts(tasks), std::make_pair(0, 0));
-    VemRegisterTask(tasks, "T1");
-    VemRegisterTask(tasks, "T2");
-    VemTaskCompiled(tasks, "T1", "t1.tsk");
-    EXPECT_EQ(Counts(tasks), std::make_pair(2, 1));
-    VemRegisterTask(tasks, "T1");  // takes the compile result back
-    EXPECT_EQ(Counts(tasks), std::make_pair(2, 0));
-    VemTaskCompiled(tasks, "T3", "t3.tsk");     // never registered: the entry is made
-    VemTaskCompiled(tasks, "t3", "other.tsk");  // keys keep their case
-    EXPECT_EQ(Counts(tasks), std::make_pair(4, 2));
-
-    // Only the container answers.
-    CVemBaseNode* task = VemNewNode(kVemTaskNode);
-    VemRegisterTask(task, "T1");
-    EXPECT_EQ(Counts(task), std::make_pair(0, 0));
-    VemDeleteNode(task);
-    VemDeleteNode(tasks);
-}
-
 TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
     TempDir dir;
     CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
@@ -92,63 +71,6 @@ TEST(TaskContainer, RecordHoldsTheListAndNoChildren) {
     EXPECT_TRUE(ChildNames(loaded).empty());
     EXPECT_EQ(Counts(loaded), std::make_pair(1, 0));
     VemDeleteNode(loaded);
-}
-
-// The container reads its task files in the order of its list: a missing file or a null object
-// stops the reading and keeps what was read; an entry without a file takes all tasks away.
-TEST(TaskContainer, LoadHangsTheCompiledTasksBelowIt) {
-    TempDir dir;
-    WriteTaskFile(dir.file("t1.tsk"), "T1");
-    WriteTaskFile(dir.file("t2.tsk"), "T2");
-    WriteTaskFile(dir.file("t3.tsk"), "T3");
-    WriteFileBytes(dir.file("null.tsk"), Bytes().u16_(0).v);  // the null reference
-    CVemBaseNode* loose = VemCreateCVemVariableNode("LOOSE", 0, kCbeTypeInt, 2, 0);
-    loose->AddChildTail(new CVemBaseNode(kVemBaseNode, "var", 0));
-    WriteObjectFile(dir.file("loose.tsk"), loose);  // another node class is hung below all the same
-    VemDeleteNode(loose);
-    const std::string t1 = dir.file("t1.tsk"), t2 = dir.file("t2.tsk"), t3 = dir.file("t3.tsk");
-    struct Case {
-        const char* what;
-        std::vector<std::pair<const char*, std::string>> entries;  // no file: only registered
-        std::vector<std::string> names;
-        int compiled;
-    };
-    const Case cases[] = {
-        {"empty", {}, {}, 0},
-        {"in the map's order", {{"T2", t2}, {"T1", t1}}, {"T2", "T1"}, 2},
-        {"missing file", {{"T1", t1}, {"T2", dir.file("missing.tsk")}, {"T3", t3}}, {"T1"}, 3},
-        {"null object", {{"T1", t1}, {"T2", dir.file("null.tsk")}, {"T3", t3}}, {"T1"}, 3},
-        {"entry without a file", {{"T1", t1}, {"T2", ""}}, {}, 1},
-        {"another node class", {{"T1", dir.file("loose.tsk")}, {"T2", t2}}, {"LOOSE", "T2"}, 2},
-    };
-    MessageCapture messages;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        CVemBaseNode* container = nullptr;
-        CVemBaseNode* res = NewResourceWithContainer(container);
-        for (const auto& [name, file] : c.entries) {
-            VemRegisterTask(container, name);
-            if (!file.empty()) VemTaskCompiled(container, name, file.c_str());
-        }
-        CVemBaseNode* loaded = StoreAndLoad(dir, res);
-        VemDeleteNode(res);
-        ASSERT_NE(loaded, nullptr);
-        CVemBaseNode* tasks = VemGetFirstNodeOfType(loaded, kVemTaskContainerNode);
-        ASSERT_NE(tasks, nullptr);
-        EXPECT_EQ(VemGetParentNode(tasks), loaded);
-        EXPECT_EQ(ChildNames(tasks), c.names);
-        EXPECT_EQ(Counts(tasks), std::make_pair(static_cast<int>(c.entries.size()), c.compiled));
-        CObList* list = VemGetChildList(tasks);
-        for (POSITION pos = list->GetHeadPosition(); pos;) {
-            auto* task = static_cast<CVemBaseNode*>(list->GetNext(pos));
-            EXPECT_EQ(VemGetNodeType(task), VemGetName(task) == "LOOSE" ? kVemVariableNode : kVemTuiTaskNode);
-            EXPECT_EQ(VemGetParentNode(task), tasks);
-            EXPECT_EQ(ChildNames(task), (std::vector<std::string>{"var"}));
-            EXPECT_EQ(task->Serial, 0u);
-        }
-        VemDeleteNode(loaded);
-    }
-    EXPECT_TRUE(messages.texts().empty());
 }
 
 TEST(TaskContainer, ADamagedTaskFileFailsTheWholeLoadCleanly) {

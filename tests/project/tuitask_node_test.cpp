@@ -35,53 +35,6 @@ TEST_F(TuiTask, SegmentLengthsGiveRunningStarts) {
     EXPECT_EQ(VemGetAbsoluteVariableOffset(bare.get(), "TASK1.ANY"), 0u);
 }
 
-// Paths are upper case and found in any case. A structure adds a step but no key. A segment
-// without a start in the table gives the marker number. A unit stands for the start of its data
-// segment; its name's type part stays out of the key, but the blank in front of the colon stays
-// in its own key.
-TEST_F(TuiTask, PathMapGivesAbsoluteOffsets) {
-    NodePtr task = TaskWithSegments();
-    VemAddChildTail(task.get(), Variable("Count", 4, 3));
-    VemAddChildTail(task.get(), Variable("Beyond", 4, 9));
-    VemAddChildTail(task.get(), Variable("Edge", 0, 5));
-    CVemBaseNode* s = Named(kVemStructNode, "S");
-    VemAddChildTail(s, Variable("A", 6, 2));
-    VemAddChildTail(task.get(), s);
-    CVemBaseNode* fb = VemCreateCVemFbNode("inst : FBTYPE", "C:\\PRJ\\FB.st");
-    VemAddChildTail(fb, Variable("x", 2, 4));
-    VemSetDataSegment(fb, 4);
-    VemAddChildTail(task.get(), fb);
-    VemCreateChildNodePathList(task.get());
-    CMapStringToOb* map = VemGetNodePath2NodeList(task.get());
-    ASSERT_NE(map, nullptr);
-    CObject* found = nullptr;
-    EXPECT_TRUE(map->Lookup("TASK1.COUNT", found));
-    EXPECT_TRUE(map->Lookup("TASK1.S.A", found));
-    EXPECT_FALSE(map->Lookup("TASK1.S", found));
-    EXPECT_EQ(map->GetCount(), 6);
-    struct Case {
-        const char* path;
-        u32 offset;
-    };
-    for (const Case& c : {Case{"task1.count", 150 + 4}, Case{"task1.counter", 0}, Case{"TASK1.BEYOND", 99999999},
-                          Case{"TASK1.EDGE", 99999999}, Case{"TASK1.S.A", 100 + 6}, Case{"TASK1.INST ", 175},
-                          Case{"TASK1.INST.X", 177}, Case{"TASK1.INST", 0}}) {
-        EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), c.path), c.offset) << c.path;
-    }
-}
-
-TEST_F(TuiTask, SecondPathListSeesTheChangedTree) {
-    NodePtr task = TaskWithSegments();
-    VemAddChildTail(task.get(), Variable("A", 0, 2));
-    VemCreateChildNodePathList(task.get());
-    EXPECT_EQ(VemGetNodePath2NodeList(task.get())->GetCount(), 1);
-    VemAddChildTail(task.get(), Variable("B", 2, 2));
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.B"), 0u);  // a snapshot
-    VemCreateChildNodePathList(task.get());
-    EXPECT_EQ(VemGetNodePath2NodeList(task.get())->GetCount(), 2);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task.get(), "TASK1.B"), 102u);
-}
-
 TEST_F(TuiTask, SegmentTableIsHandedOver) {
     NodePtr task = MakeNode(kVemTuiTaskNode);
     CSegmentTable* table = VemSegTblNew();

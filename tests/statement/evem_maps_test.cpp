@@ -68,21 +68,6 @@ TEST_F(EVemTest, LineMapsSkipTheParameterTransfersOfACall) {
     EXPECT_EQ(StatementAt(statements, "18"), s[10]);
 }
 
-TEST_F(EVemTest, LineMapsFollowTheOrderOfTheListMarkersAlone) {
-    TreePtr exe = MakeExe();
-    CEVemBaseNode* unit = AddUnit(exe.get(), kPath);
-    Append(unit, {
-                     {kEVemOutputParamListStmtNode, 1, 0},
-                     {kEVemLdVariableStmtNode, 2, 2, "o"},  // output list: out
-                     {kEVemInputInoutParamListStmtNode, 3, 4},
-                     {kEVemLdVariableStmtNode, 4, 6, "a"},  // the input list turned the output flag off
-                     {kEVemStVariableStmtNode, 5, 8, "i"},  // input list: out
-                     {kEVemOutputParamListStmtNode, 6, 10},
-                     {kEVemStVariableStmtNode, 7, 12, "b"},  // the output list turned the input flag off
-                 });
-    EXPECT_EQ(OffsetMap(exe.get(), kPath), (Lines{"1=0", "3=4", "4=6", "6=10", "7=12"}));
-}
-
 TEST_F(EVemTest, LineMapsAskedOfAnotherNodeShowOneMessage) {
     TreePtr resource(VemNewNode(kVemResourceNode));
     // A node of the executable's type that is not of its class is refused all the same.

@@ -103,36 +103,11 @@ protected:
 
 }  // namespace
 
-TEST_F(EVemResourceTest, TheTableHoldsOneCodeNodeForEachUnit) {
-    EXPECT_EQ(table.GetCount(), 5);
-    for (const char* path : {kTask1, kTask2, kFb0, "C:\\PRJ\\GLOBAL.st", vembuild::kGlobalFunctionPath})
-        EXPECT_NE(table.PLookup(path), nullptr) << path;
-}
-
-TEST_F(EVemResourceTest, AStructureMemberIsFoundInTheUnitOfItsTaskOnly) {
-    EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK1", "S0", "M1"}), 3),
-              (Hits{"C:\\PRJ\\TASK1.st:20:1", "C:\\PRJ\\TASK1.st:23:2"}));
-    EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK2", "S0", "M1"}), 3), (Hits{"C:\\PRJ\\TASK2.st:20:1"}));
-    EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK1", "S0", "M0"}), 3), Hits{});
-}
-
-TEST_F(EVemResourceTest, AFunctionBlockVariableIsFoundInTheBlocksUnit) {
-    const Hits expected = {"C:\\PRJ\\FB0.st:30:1", "C:\\PRJ\\FB0.st:31:1", "C:\\PRJ\\FB0.st:32:2"};
-    EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK1", "FBI0 : FB0", "X"}), 7), expected);
-    // The second task's instance of the same block has its code in the same unit.
-    EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK2", "FBI0 : FB0", "X"}), 7), expected);
-}
-
 TEST_F(EVemResourceTest, CalledUnitsAreFoundWhereTheyAreCalled) {
     EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK1", "FBI0 : FB0"}), 7),
               (Hits{"C:\\PRJ\\TASK1.st:21:4", "C:\\PRJ\\TASK2.st:24:4"}));
     EXPECT_EQ(Query(Find(exe.get(), {vembuild::kGlobalName, vembuild::kGlobalTaskName, "GFUN"}), 4),
               (Hits{"C:\\PRJ\\TASK1.st:22:4"}));
-}
-
-TEST_F(EVemResourceTest, ATaskVariableIsFoundInItsOwnProgramOnly) {
-    // Every unit of the resource writes a V1 in line 11; only the task's own program counts.
-    EXPECT_EQ(Query(Find(exe.get(), {"TASKS", "TASK2", "V1"}), 3), (Hits{"C:\\PRJ\\TASK2.st:11:2"}));
 }
 
 TEST_F(EVemResourceTest, LineMapsOfTheLoadedUnits) {

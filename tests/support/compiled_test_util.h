@@ -98,6 +98,4 @@ inline std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
 
 using vemtest::ChildNames;
 
-inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
-
 }  // namespace compiledtest

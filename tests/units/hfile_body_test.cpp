@@ -117,14 +117,6 @@ TEST_F(HFileUnit, NameFailures) {
     EXPECT_EQ(NameOf(longLine + "\r\n"), "");
 }
 
-TEST_F(HFileUnit, KeywordCountsFromOffsetZero) {
-    // The word PROGRAM in a value of the block starts the body.
-    const std::string text = Block({"NAME = PROGRAM x"}) + kBody;
-    auto file = Opened(text);
-    EXPECT_EQ(file->FindKeyword(), static_cast<i64>(kBegin.size() + 7));
-    EXPECT_EQ(file->GetLength(), text.size() - kBegin.size() - 7);
-}
-
 class HFileBody : public HFileTest {
 protected:
     static std::string ReadAll(CHFile& file, unsigned piece) {

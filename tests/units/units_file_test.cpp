@@ -183,13 +183,3 @@ TEST(UnitsStatList, StoredFormGivesACountAndLineAndTwelveBytesPerEntry) {
     CStatList empty;
     EXPECT_EQ(memtest::Stored(empty), (std::vector<u8>{0, 0}));
 }
-
-TEST(UnitsStatList, ALineTwiceInAFileKeepsTheLaterEntry) {
-    Bytes twice;
-    twice.u16_(2);  // two entries of line 4: line, version, AwlLine, CodeLine, AEType, OperandType
-    for (u32 codeLine : {1u, 2u}) twice.u16_(4).u16_(0).u16_(4).u32_(codeLine).u16_(0).u16_(0);
-    CStatList list;
-    memtest::Load(list, twice.v);
-    EXPECT_EQ(list.GetCount(), 1);
-    EXPECT_EQ(list.GetEntry(4)->CodeLine, 2);
-}

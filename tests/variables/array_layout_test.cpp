@@ -103,14 +103,6 @@ TEST_F(ArrayLayout, StringsTakeTheirLengthInUnitsAndAlignToTwo) {
     }
 }
 
-TEST_F(ArrayLayout, HeaderIsRaisedToTheAlignment) {
-    NodePtr exe = Target(4, 1);
-    CVemBaseNode* array = AddArray(exe.get(), "A", 100, Element(kCbeTypeInt, 2), {{0, 1, 0}});
-    VemSetHeaderLength(array, 5);
-    VemExpandArray(array);
-    EXPECT_EQ(Offsets(array), (std::vector<int>{108, 110}));
-}
-
 TEST_F(ArrayLayout, NegativeAndReversedBounds) {
     NodePtr exe = Target(1, 1);
     CVemBaseNode* negative = AddArray(exe.get(), "N", 0, Element(kCbeTypeByte, 1), {{-2, 0, 0}});
