@@ -49,7 +49,6 @@ CVemBaseNode::CVemBaseNode(const CVemBaseNode& other)
     }
 }
 
-
 CVemBaseNode::~CVemBaseNode() {
     const CVemDyingScope dying;
     vem::PathMapsForget(this);

@@ -210,6 +210,34 @@ TEST(MemorySegTbl, StoredFormByteForByte) {
     EXPECT_EQ(Stored([&](CArchive& ar) { again.Serialize(ar); }), bytes);
 }
 
+// A segment table that ran out of memory half way through a load leaked the arrays it had read.
+TEST(MemorySegTbl, AFailedAllocationDuringALoadLeavesNothingBehind) {
+    Table t;
+    VemSegTblAddNewSegment(t, NewArray({1, 2, 3}));
+    VemSegTblAddNewSegment(t, nullptr);
+    VemSegTblAddNewSegment(t, NewArray({4}, 1));
+    const ByteVec bytes = Stored([&](CArchive& ar) { t.p->Serialize(ar); });
+    long k = 0;
+    for (;; ++k) {
+        vemtest::AllocationWatch watch;
+        bool failed = false;
+        {
+            watch.FailAfter(k);
+            CSegmentTable back;
+            try {
+                Load(bytes, [&](CArchive& ar) { back.Serialize(ar); });
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            } catch (const CMemoryException&) {
+                failed = true;
+            }
+        }
+        EXPECT_EQ(watch.Live(), 0) << "allocation " << k;
+        if (!failed) break;
+    }
+    EXPECT_GE(k, 4);  // the two arrays with their storage at least
+}
+
 // The dump of a segment is its lines from VemBaDump behind the prefix, for either byte order
 // (the plain class is written straight, the other through its lines), ByteSize and length.
 TEST(MemorySegTbl, DumpOfASegmentIsItsLinesBehindThePrefix) {
