@@ -80,4 +80,5 @@ TEST_F(StatementFields, AreTheAnswersOfTheSingleFunctions) {
     LurSetEvemEnabled(0);
     EXPECT_EQ(AtOnce(node.get(), 0), OneByOne(node.get()));
     EXPECT_EQ(EVemGetStatementFields(node.get(), nullptr), 0);
+    LurSetEvemEnabled(1);  // a delete with the switch off would leave the node behind
 }
