@@ -132,10 +132,26 @@ bool AllPlain(const unsigned char* p, std::size_t count) {
     return true;
 }
 
+// One character of a string: as it is, behind a backslash, or as \u00XX (8-bit texts read as Latin-1).
+inline char* EscapedChar(char* out, unsigned char c) {
+    static const char kDigits[] = "0123456789abcdef";
+    if (kPlain[c]) {
+        *out++ = static_cast<char>(c);
+    } else if (c == '"' || c == '\\') {
+        *out++ = '\\';
+        *out++ = static_cast<char>(c);
+    } else {
+        std::memcpy(out, "\\u00", 4);
+        out[4] = kDigits[c >> 4];
+        out[5] = kDigits[c & 15];
+        out += 6;
+    }
+    return out;
+}
+
 }  // namespace
 
 void Json::WriteString(const char* text) {
-    static const char kDigits[] = "0123456789abcdef";
     const char* from = text ? text : "";
     // Most strings are short names: copied in one pass up to their end while they stay plain.
     constexpr std::size_t kShort = 64;
@@ -166,18 +182,7 @@ void Json::WriteString(const char* text) {
     char* out = start;
     *out++ = '"';
     for (const unsigned char* end = p + length; p < end; ++p) {
-        const unsigned char c = *p;
-        if (kPlain[c]) {
-            *out++ = static_cast<char>(c);
-        } else if (c == '"' || c == '\\') {
-            *out++ = '\\';
-            *out++ = static_cast<char>(c);
-        } else {  // 8-bit texts read as Latin-1
-            std::memcpy(out, "\\u00", 4);
-            out[4] = kDigits[c >> 4];
-            out[5] = kDigits[c & 15];
-            out += 6;
-        }
+        out = EscapedChar(out, *p);
     }
     *out++ = '"';
     used_ -= most - static_cast<std::size_t>(out - start);
@@ -186,7 +191,6 @@ void Json::WriteString(const char* text) {
 // The text in quotes, up to its first zero byte and at most `length` characters, escaped where
 // needed; gives the end. Most texts are short names, copied in the one pass that checks them.
 char* Json::Escaped(char* out, const char* text, std::size_t length) {
-    static const char kDigits[] = "0123456789abcdef";
     const auto* p = reinterpret_cast<const unsigned char*>(text ? text : "");
     const unsigned char* const end = p + (text ? length : 0);
     *out++ = '"';
@@ -196,18 +200,7 @@ char* Json::Escaped(char* out, const char* text, std::size_t length) {
         p = end;
     }
     for (; p < end && *p; ++p) {
-        const unsigned char c = *p;
-        if (kPlain[c]) {
-            *out++ = static_cast<char>(c);
-        } else if (c == '"' || c == '\\') {
-            *out++ = '\\';
-            *out++ = static_cast<char>(c);
-        } else {  // 8-bit texts read as Latin-1
-            std::memcpy(out, "\\u00", 4);
-            out[4] = kDigits[c >> 4];
-            out[5] = kDigits[c & 15];
-            out += 6;
-        }
+        out = EscapedChar(out, *p);
     }
     *out++ = '"';
     return out;
