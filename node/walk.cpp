@@ -75,8 +75,18 @@ void vem::PathMapKeep(CVemBaseNode* owner, CMapStringToOb* map) {
     g_maps.emplace_back(owner, map);
 }
 
+namespace {
+
+// The list gives its storage back with its last map, so that nothing of a tree outlives it.
+void ReleaseIfEmpty() noexcept {
+    if (g_maps.empty()) decltype(g_maps)().swap(g_maps);
+}
+
+}  // namespace
+
 void vem::PathMapDrop(CVemBaseNode* owner) {
     std::erase_if(g_maps, [owner](const auto& kept) { return kept.first == owner; });
+    ReleaseIfEmpty();
 }
 
 // A map holds nodes of its owner's task and of what is global to the resource above it: all of
@@ -91,6 +101,7 @@ void vem::PathMapsForget(const CVemBaseNode* dying) noexcept {
         kept.second->RemoveAll();
         return true;
     });
+    ReleaseIfEmpty();
 }
 
 CVemDyingScope::CVemDyingScope() noexcept { ++g_dying; }
