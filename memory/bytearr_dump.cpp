@@ -1,5 +1,6 @@
 // CVemByteArray: text dumps of a segment, one element of the string array per line.
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 #include "memory/bytearr_dump.h"
@@ -48,39 +49,76 @@ unsigned BytesPerLine(unsigned byteSize) {
 
 }  // namespace
 
-void vem::dump::AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text) {
+namespace {
+
+// The two hexadecimal digits of every byte value.
+struct HexPairs {
+    char pair[256][2] = {};
+    constexpr HexPairs() {
+        constexpr char kDigits[] = "0123456789ABCDEF";
+        for (int v = 0; v < 256; ++v) {
+            pair[v][0] = kDigits[v >> 4];
+            pair[v][1] = kDigits[v & 15];
+        }
+    }
+};
+constexpr HexPairs kHexPairs;
+
+// "    %04X : ": four digits at least, more where the index needs them.
+char* LineHead(char* out, u32 index) {
     static const char kDigits[] = "0123456789ABCDEF";
+    std::memset(out, ' ', 4);
+    out += 4;
+    int shift = 28;
+    while (shift > 12 && (index >> shift) == 0) shift -= 4;
+    for (; shift >= 0; shift -= 4) *out++ = kDigits[(index >> shift) & 15];
+    std::memcpy(out, " : ", 3);
+    return out + 3;
+}
+
+}  // namespace
+
+// The lines are written straight into the block, whose room is made once for the whole segment.
+void vem::dump::AppendPlainDump(CVemByteArray& array, const CString& prefix, CVemDumpText& text) {
     const u8 byteSize = array.GetByteSize();
     u8 kind = 0xFF;
     array.GetByte(static_cast<u16>(WordWidth(byteSize)), &kind);
     text << prefix << vem::SegmentKindName(kind) << '\n';
     text << prefix << ByteSizeLine(byteSize) << '\n';
-    const unsigned perLine = BytesPerLine(byteSize);
+    const u32 perLine = BytesPerLine(byteSize);
     const u8* bytes = array.GetBytePointer();
     const u32 length = array.GetLength();
-    // A line starts as "    %04X : " behind the prefix.
-    const auto start = [&](u32 index) {
-        char head[16] = {' ', ' ', ' ', ' '};
-        std::size_t at = 4;
-        int shift = 28;
-        while (shift > 12 && (index >> shift) == 0) shift -= 4;
-        for (; shift >= 0; shift -= 4) head[at++] = kDigits[(index >> shift) & 15];
-        head[at++] = ' ';
-        head[at++] = ':';
-        head[at++] = ' ';
-        text << prefix;
-        text.Append(head, at);
-    };
-    start(0);
-    for (u32 i = 0; i < length; ++i) {
-        if (i != 0 && i % perLine == 0) {
-            text << '\n';
-            start(i);
+    const std::string_view pre = prefix.view();
+    const std::size_t lineCount = length ? (std::size_t{length} + perLine - 1) / perLine : 1;
+    // Each line: the prefix, a head of at most 15 characters, three per byte and a gap, the end of
+    // line; a byte is written as four characters of which the last may be taken back.
+    char* out = text.Room(lineCount * (pre.size() + 15 + 3 * std::size_t{perLine} + 2) + 1);
+    u32 i = 0;
+    do {
+        std::memcpy(out, pre.data(), pre.size());
+        out = LineHead(out + pre.size(), i);
+        const u32 end = length - i < perLine ? length : i + perLine;
+        if (end - i == 8) {
+            // A whole line of eight, "XX XX XX XX  XX XX XX XX ", at fixed places.
+            static constexpr char kBlanks[] = "                         ";
+            static constexpr int kAt[8] = {0, 3, 6, 9, 13, 16, 19, 22};
+            std::memcpy(out, kBlanks, 25);
+            for (int k = 0; k < 8; ++k) std::memcpy(out + kAt[k], kHexPairs.pair[bytes[i + k]], 2);
+            out += 25;
+            *out++ = '\n';
+            i = end;
+            continue;
         }
-        const char hex[] = {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15], ' ', ' '};
-        text.Append(hex, i % perLine == 3 ? 4 : 3);
-    }
-    text << '\n';
+        for (u32 k = i; k < end; ++k) {
+            std::memcpy(out, kHexPairs.pair[bytes[k]], 2);
+            out[2] = ' ';
+            out[3] = ' ';
+            out += k - i == 3 ? 4 : 3;
+        }
+        *out++ = '\n';
+        i = end;
+    } while (i < length);
+    text.Commit(out);
     CStringArray lines;
     DumpTables(array, kind, lines);
     for (int k = 0; k < lines.GetSize(); ++k) text << prefix << lines[k] << '\n';

@@ -21,6 +21,7 @@ public:
     CVemDumpText& operator<<(const char* text) { return Append(text, std::strlen(text)); }
     // Every character of the string, as the string's operator + takes it.
     CVemDumpText& operator<<(const CString& text) { return Append(text.GetString(), text.view().size()); }
+    CVemDumpText& operator<<(std::string_view text) { return Append(text.data(), text.size()); }
     CVemDumpText& operator<<(char c) { return Append(&c, 1); }
     // "%u", "%lu"
     CVemDumpText& Unsigned(unsigned long value) { return Digits(value); }
@@ -31,9 +32,30 @@ public:
 
     void WriteTo(CFile* file) const { file->Write(m_data, static_cast<unsigned>(m_size)); }
 
+    // Room for up to `count` characters written in place; Commit takes them up to `end`.
+    char* Room(std::size_t count) {
+        if (m_size + count > m_capacity) Grow(count);
+        return m_data + m_size;
+    }
+    void Commit(const char* end) { m_size = static_cast<std::size_t>(end - m_data); }
+
     CVemDumpText& Append(const char* text, std::size_t count) {
         if (m_size + count > m_capacity) Grow(count);
-        std::memcpy(m_data + m_size, text, count);
+        char* const to = m_data + m_size;
+        // Most pieces are a few characters: two overlapping moves of fixed width instead of a call.
+        if (count >= 8 && count <= 16) {
+            std::memcpy(to, text, 8);
+            std::memcpy(to + count - 8, text + count - 8, 8);
+        } else if (count >= 4 && count < 8) {
+            std::memcpy(to, text, 4);
+            std::memcpy(to + count - 4, text + count - 4, 4);
+        } else if (count > 0 && count < 4) {
+            to[0] = text[0];
+            to[count / 2] = text[count / 2];
+            to[count - 1] = text[count - 1];
+        } else {
+            std::memcpy(to, text, count);
+        }
         m_size += count;
         return *this;
     }
@@ -50,7 +72,7 @@ private:
     void Grow(std::size_t count) {
         std::size_t capacity = m_capacity * 2;
         while (capacity < m_size + count) capacity *= 2;
-        auto larger = std::make_unique<char[]>(capacity);
+        auto larger = std::make_unique_for_overwrite<char[]>(capacity);  // written before it is read
         std::memcpy(larger.get(), m_data, m_size);
         m_heap = std::move(larger);
         m_data = m_heap.get();

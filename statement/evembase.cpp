@@ -96,7 +96,7 @@ void CEVemBaseNode::Serialize(CArchive& ar) {
 }
 
 void CEVemBaseNode::DumpNode(CFile* file, CString prefix) {
-    const char* p = prefix.GetString();
+    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
     text << '\n' << p << "Version = ";
     text.Unsigned(unsigned{kSchema}) << '\n' << p << "NodeType = " << vem::evem::NodeTypeText(NodeType) << '\n';

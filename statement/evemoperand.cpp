@@ -19,7 +19,7 @@ void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
 
 void CEVemOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOpOnTypeStmtNode::DumpNode(file, prefix);
-    const char* p = prefix.GetString();
+    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
     text << p << "NegOperand = " << (Seen().NegOperand == 1 ? "TRUE" : "FALSE") << '\n';
     text << p << "AccuType = " << (Seen().AccuType == 1 ? "normal" : "shadow") << '\n';
@@ -59,7 +59,7 @@ void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
 
 void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemOperatorStmtNode::DumpNode(file, prefix);
-    const char* p = prefix.GetString();
+    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
     text << prefix << "Name = " << Name << prefix << "AddressMode = " << vem::evem::AddressModeText(GetAddressMode());
     text << p << "NearOffset = ";

@@ -164,7 +164,7 @@ void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
 
 void CEVemBaseStmtNode::DumpNode(CFile* file, CString prefix) {
     CEVemBaseNode::DumpNode(file, prefix);
-    const char* p = prefix.GetString();
+    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
     text << p << "AWL Position = ";
     text.Unsigned(unsigned{AwlLine}) << ' ';

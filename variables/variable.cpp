@@ -211,7 +211,7 @@ void CVemVariableNode::SetReference(int reference) {
 }
 
 void CVemVariableNode::NodeDump(CFile* file, CString indent) {
-    const char* in = indent.GetString();
+    const std::string_view in = indent.GetString();  // measured once for all its lines
     CVemDumpText text;
     text << in << "*VARIABLE: " << Name.GetString() << '\n';
     text << in << "Offset: ";

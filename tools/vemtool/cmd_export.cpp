@@ -430,9 +430,7 @@ int CmdExport(const Options& o) {
     Progress progress("export", State().progress ? Subtree(tree.get()).size() : 0);
     gProgress = &progress;
     gWritten = 0;
-    // The text leaves in pieces of its own; nothing has gone to the stream yet, which need not copy
-    // them once more.
-    std::setvbuf(Out(), nullptr, _IONBF, 0);
+    StartBulkOutput();
     Json j(Out(), o.Has("--compact"));
     j.BeginObject();
     j.Field("schema", "vem32/1");

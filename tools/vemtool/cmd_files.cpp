@@ -1,4 +1,5 @@
 // dump, tree, check, header: looking into node files and source files.
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -81,10 +82,10 @@ bool Placed(CVemBaseNode* node, bool variable, const Above& above, u32& address)
 
 // The lines of a tree, handed on to the output in pieces of 128 KiB.
 struct TreeText {
-    std::string text;
+    std::vector<char> text;
     std::size_t used = 0;
     void Flush() {
-        std::fwrite(text.data(), 1, used, Out());
+        WritePiece(Out(), text, used);
         used = 0;
     }
 };
@@ -133,7 +134,7 @@ void TreeLine(TreeText& lines, CVemBaseNode* node, u32 type, int depth, const Ab
     }
     *out++ = '\n';
     lines.used += static_cast<std::size_t>(out - start);
-    if (lines.used >= std::size_t{1} << 17) lines.Flush();
+    if (lines.used >= kBulkPiece) lines.Flush();
 }
 
 void PrintTree(TreeText& line, CVemBaseNode* node, int depth, int maxDepth, const Above& above) {
@@ -150,10 +151,28 @@ void PrintTree(TreeText& line, CVemBaseNode* node, int depth, int maxDepth, cons
         PrintTree(line, static_cast<CVemBaseNode*>(list->GetNext(pos)), depth + 1, maxDepth, here);
 }
 
-// The library's texts go straight into the buffer of the output, not into one copy of the whole.
+// The library's texts go into pieces of the output as they come, not into one copy of the whole.
 class OutFile : public CFile {
 public:
-    void Write(const void* buffer, unsigned count) override { std::fwrite(buffer, 1, count, Out()); }
+    ~OutFile() override { WritePiece(Out(), piece_, used_); }
+    void Write(const void* buffer, unsigned count) override {
+        const char* from = static_cast<const char*>(buffer);
+        while (count) {
+            if (used_ == piece_.size()) {
+                WritePiece(Out(), piece_, used_);
+                used_ = 0;
+            }
+            const std::size_t n = std::min<std::size_t>(count, piece_.size() - used_);
+            std::memcpy(piece_.data() + used_, from, n);
+            used_ += n;
+            from += n;
+            count -= static_cast<unsigned>(n);
+        }
+    }
+
+private:
+    std::vector<char> piece_ = std::vector<char>(kBulkPiece);
+    std::size_t used_ = 0;
 };
 
 bool Count(const std::string& text, long& value) {
@@ -171,6 +190,7 @@ int CmdDump(const Options& o) {
     Tree tree(Load(o, file));
     if (!tree.get()) return kFailed;
     if (!OpenOutput(o.Value("--output"))) return kFailed;
+    StartBulkOutput();
     OutFile text;
     CVemNodeDump(tree.get(), &text);
     return kOk;
@@ -195,6 +215,7 @@ int CmdTree(const Options& o) {
             top = FindNode(tree.get(), o.Value("--path"));
             if (!top) return NotFound(tree.get(), o.Value("--path"), "no node of that path");
         }
+        StartBulkOutput();
         TreeText lines;
         PrintTree(lines, top, 0, static_cast<int>(depth), Context(top));
         lines.Flush();

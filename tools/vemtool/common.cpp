@@ -1,8 +1,13 @@
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
 
 #include "host.h"
 #include "tool.h"
@@ -32,7 +37,108 @@ bool Flushed(std::FILE* f, const std::string& name) {
     return !failed;
 }
 
+// The pieces of a large result on their way to the output. The thread that makes them hands each
+// full buffer over and takes an empty one back; a second thread writes them in turn. At most
+// kBuffers are in play, so the maker waits when the writer falls behind. The writer neither makes
+// nor frees a block: buffers only change hands.
+class Spool {
+public:
+    explicit Spool(std::FILE* f) : f_(f), writer_([this] { WriteAll(); }) {}
+    ~Spool() {
+        if (writer_.joinable()) Finish();  // a process that ends early still writes what it made
+    }
+    Spool(const Spool&) = delete;
+    Spool& operator=(const Spool&) = delete;
+
+    std::FILE* stream() const { return f_; }
+
+    void Hand(std::vector<char>& piece, std::size_t used) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        const std::size_t size = piece.size();
+        const int last = (first_ + queued_) % kBuffers;
+        queue_[last] = std::move(piece);
+        used_[last] = used;
+        ++queued_;
+        changed_.notify_all();
+        if (!spares_ && made_ < kBuffers - 1) {
+            ++made_;
+            lock.unlock();
+            piece.assign(size, 0);
+            return;
+        }
+        changed_.wait(lock, [this] { return spares_ > 0; });
+        piece = std::move(spare_[--spares_]);
+        lock.unlock();
+        if (piece.size() < size) piece.resize(size);
+    }
+
+    // Waits for the last piece; the error of the first write that failed, or 0.
+    int Finish() {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            done_ = true;
+        }
+        changed_.notify_all();
+        writer_.join();
+        return error_;
+    }
+
+private:
+    static constexpr int kBuffers = 4;
+
+    void WriteAll() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        for (;;) {
+            changed_.wait(lock, [this] { return queued_ > 0 || done_; });
+            if (!queued_) return;
+            std::vector<char> piece = std::move(queue_[first_]);
+            const std::size_t used = used_[first_];
+            first_ = (first_ + 1) % kBuffers;
+            --queued_;
+            lock.unlock();
+            // After a failed write the rest is not tried: the command fails at its end anyway.
+            if (!error_ && used && std::fwrite(piece.data(), 1, used, f_) != used) error_ = errno ? errno : EIO;
+            lock.lock();
+            spare_[spares_++] = std::move(piece);
+            changed_.notify_all();
+        }
+    }
+
+    std::FILE* f_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<char> queue_[kBuffers];
+    std::size_t used_[kBuffers] = {};
+    int first_ = 0;
+    int queued_ = 0;
+    std::vector<char> spare_[kBuffers];
+    int spares_ = 0;
+    int made_ = 0;  // buffers the spool made; the maker brought one of its own
+    bool done_ = false;
+    int error_ = 0;       // the writer's alone until Finish has joined it
+    std::thread writer_;  // last: it starts once everything above is made
+};
+
+std::unique_ptr<Spool> gSpool;
+
 }  // namespace
+
+void StartBulkOutput() {
+    // The pieces are large already; the stream need not copy them once more.
+    std::setvbuf(gOut, nullptr, _IONBF, 0);
+    try {
+        gSpool = std::make_unique<Spool>(gOut);
+    } catch (const std::system_error&) {
+        // No second thread to be had: the pieces are written where they are made.
+    }
+}
+
+void WritePiece(std::FILE* f, std::vector<char>& piece, std::size_t used) {
+    if (gSpool && gSpool->stream() == f)
+        gSpool->Hand(piece, used);
+    else if (used)
+        std::fwrite(piece.data(), 1, used, f);
+}
 
 Run& State() {
     static Run run;
@@ -84,6 +190,11 @@ bool OpenOutput(const std::string& path) {
 }
 
 int FinishOutput(int result) {
+    if (gSpool) {
+        const int error = gSpool->Finish();
+        gSpool.reset();
+        if (error) errno = error;
+    }
     bool whole = true;
     if (gOut != stdout) {
         whole = Flushed(gOut, gOutName);

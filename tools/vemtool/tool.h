@@ -70,6 +70,16 @@ std::FILE* Out();
 void BufferStandardOutput();               // before the first result is written
 bool OpenOutput(const std::string& path);  // "" or "-" is standard output
 int FinishOutput(int result);
+// Large results leave from a thread of their own, so that the kernel takes one piece into the file
+// while the next is made. Called before anything is written to Out(); FinishOutput waits for the
+// last piece.
+void StartBulkOutput();
+// The size of those pieces: a megabyte. Smaller pieces cost more in handing over than the kernel
+// gains from finding them in the cache.
+constexpr std::size_t kBulkPiece = std::size_t{1} << 20;
+// Writes the first `used` bytes of `piece` to `f`. While bulk output runs on `f`, the piece goes to
+// its thread and `piece` comes back as another buffer, at least as large, to fill next.
+void WritePiece(std::FILE* f, std::vector<char>& piece, std::size_t used);
 
 // Progress on standard error for long work, shown only on a terminal and without -q.
 class Progress {
