@@ -2,6 +2,7 @@
 #include "statement/evembase.h"
 
 #include "node/dumptext.h"
+#include "statement/evemdump.h"
 
 #include <cstring>
 
@@ -96,10 +97,8 @@ void CEVemBaseNode::Serialize(CArchive& ar) {
 }
 
 void CEVemBaseNode::DumpNode(CFile* file, CString prefix) {
-    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
-    text << '\n' << p << "Version = ";
-    text.Unsigned(unsigned{kSchema}) << '\n' << p << "NodeType = " << vem::evem::NodeTypeText(NodeType) << '\n';
+    vem::evem::AppendBaseDump(text, prefix.GetString(), NodeType);
     text.WriteTo(file);
 }
 

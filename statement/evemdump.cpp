@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstring>
 
+#include "node/dumptext.h"
+
 namespace {
 
 constexpr const char* kCbeTypeNames[] = {
@@ -87,16 +89,36 @@ const char* vem::evem::CbeTypeText(u32 type) {
     return "unknown Cbe type";
 }
 
-CString vem::evem::PointerText(const void* pointer) {
+namespace {
+
+const CString& NullPointerText() {
     static const CString kNull = [] {
         CString null;
         null.Format("%p", static_cast<const void*>(nullptr));  // the C library's own form, written once
         return null;
     }();
-    if (!pointer) return kNull;
+    return kNull;
+}
+
+}  // namespace
+
+CString vem::evem::PointerText(const void* pointer) {
+    if (!pointer) return NullPointerText();
     CString text;
     text.Format("%p", pointer);
     return text;
+}
+
+void vem::evem::AppendPointer(CVemDumpText& text, const void* pointer) {
+    if (pointer)
+        text << PointerText(pointer);
+    else
+        text << NullPointerText();
+}
+
+void vem::evem::AppendBaseDump(CVemDumpText& text, std::string_view p, i32 nodeType) {
+    text << '\n' << p << "Version = ";
+    text.Unsigned(unsigned{CEVemBaseNode::kSchema}) << '\n' << p << "NodeType = " << NodeTypeText(nodeType) << '\n';
 }
 
 CString vem::evem::ValueText(u32 type, const CVemByteArray* value) {

@@ -10,20 +10,28 @@ VEM_IMPLEMENT_SERIAL(CEVemOpOnConstStmtNode, CEVemOperatorStmtNode, 5)
 VEM_IMPLEMENT_SERIAL(CEVemOpOnVarStmtNode, CEVemOperatorStmtNode, 5)
 VEM_IMPLEMENT_SERIAL(CEVemArrayOperatorStmtNode, CEVemOpOnVarStmtNode, 5)
 
+// Each dump is one block: the lines of the class and of all its bases, the prefix measured once.
 void CEVemOpOnTypeStmtNode::DumpNode(CFile* file, CString prefix) {
-    CEVemBaseStmtNode::DumpNode(file, prefix);
     CVemDumpText text;
-    text << prefix.GetString() << "CbeType = " << vem::evem::CbeTypeText(Seen().CbeType) << '\n';
+    AppendDump(text, prefix, prefix.GetString());
     text.WriteTo(file);
 }
 
+void CEVemOpOnTypeStmtNode::AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p) {
+    CEVemBaseStmtNode::AppendDump(text, prefix, p);
+    text << p << "CbeType = " << vem::evem::CbeTypeText(Seen().CbeType) << '\n';
+}
+
 void CEVemOperatorStmtNode::DumpNode(CFile* file, CString prefix) {
-    CEVemOpOnTypeStmtNode::DumpNode(file, prefix);
-    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
+    AppendDump(text, prefix, prefix.GetString());
+    text.WriteTo(file);
+}
+
+void CEVemOperatorStmtNode::AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p) {
+    CEVemOpOnTypeStmtNode::AppendDump(text, prefix, p);
     text << p << "NegOperand = " << (Seen().NegOperand == 1 ? "TRUE" : "FALSE") << '\n';
     text << p << "AccuType = " << (Seen().AccuType == 1 ? "normal" : "shadow") << '\n';
-    text.WriteTo(file);
 }
 
 CEVemOpOnConstStmtNode::~CEVemOpOnConstStmtNode() = default;
@@ -58,16 +66,22 @@ void CEVemOpOnVarStmtNode::SerializeOperand(CArchive& ar) {
 }
 
 void CEVemOpOnVarStmtNode::DumpNode(CFile* file, CString prefix) {
-    CEVemOperatorStmtNode::DumpNode(file, prefix);
-    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
+    AppendDump(text, prefix, prefix.GetString());
+    text.WriteTo(file);
+}
+
+void CEVemOpOnVarStmtNode::AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p) {
+    CEVemOperatorStmtNode::AppendDump(text, prefix, p);
     text << prefix << "Name = " << Name << prefix << "AddressMode = " << vem::evem::AddressModeText(GetAddressMode());
     text << p << "NearOffset = ";
     text.Unsigned(unsigned{NearOffset}) << '\n' << p << "FarOffset = ";
     text.Unsigned(unsigned{FarOffset}) << '\n';
-    text << prefix << "VemNode = " << vem::evem::PointerText(GetVemNode()) << '\n';
-    text << prefix << "VemInstanceNode = " << vem::evem::PointerText(GetInstanceNode()) << '\n';
-    text.WriteTo(file);
+    text << prefix << "VemNode = ";
+    vem::evem::AppendPointer(text, GetVemNode());
+    text << '\n' << prefix << "VemInstanceNode = ";
+    vem::evem::AppendPointer(text, GetInstanceNode());
+    text << '\n';
 }
 
 CEVemArrayOperatorStmtNode::~CEVemArrayOperatorStmtNode() = default;

@@ -27,6 +27,7 @@ public:
     u16 AddressModeLow = kEVemNoAddressMode;
 
 protected:
+    void AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p);
     // What a record does not hold and a load thus never sets, in a block made when a caller sets
     // one of them: a loaded variable operand fits the allocator's block of 56 bytes.
     struct Extras {
@@ -64,6 +65,9 @@ public:
     }
     tEVemAccuType GetAccuType() override { return Seen().AccuType; }
     void DumpNode(CFile* file, CString prefix) override;
+
+protected:
+    void AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p);
 };
 
 // A constant operand, kept as the target's bytes. The value is not stored.
@@ -117,6 +121,7 @@ public:
 
 protected:
     void SerializeOperand(CArchive& ar) override;
+    void AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p);
 };
 
 // An indexed variable: it owns the statements of its index expressions and of a preceding operand.

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "node/dumptext.h"
+#include "statement/evemdump.h"
 
 VEM_IMPLEMENT_SERIAL(CEVemBaseStmtNode, CEVemBaseNode, 5)
 
@@ -163,12 +164,15 @@ void CEVemBaseStmtNode::LoadNestedChain(CArchive& ar, u16 type) {
 }
 
 void CEVemBaseStmtNode::DumpNode(CFile* file, CString prefix) {
-    CEVemBaseNode::DumpNode(file, prefix);
-    const std::string_view p = prefix.GetString();  // measured once for all its lines
     CVemDumpText text;
+    AppendDump(text, prefix, prefix.GetString());
+    text.WriteTo(file);
+}
+
+void CEVemBaseStmtNode::AppendDump(CVemDumpText& text, const CString&, std::string_view p) {
+    vem::evem::AppendBaseDump(text, p, NodeType);
     text << p << "AWL Position = ";
     text.Unsigned(unsigned{AwlLine}) << ' ';
     text.Unsigned(unsigned{AwlColumn}) << '\n' << p << "UCODE Offset = ";
     text.Unsigned(unsigned{UcodeOffset}) << '\n';
-    text.WriteTo(file);
 }

@@ -4,7 +4,11 @@
 
 #include <memory>
 
+#include <string_view>
+
 #include "statement/evembase.h"
+
+class CVemDumpText;
 
 class CEVemBaseStmtNode : public CEVemBaseNode {
     VEM_DECLARE_SERIAL(CEVemBaseStmtNode)
@@ -40,6 +44,10 @@ public:
 protected:
     // The part of the record behind the statement part; none in this class.
     virtual void SerializeOperand(CArchive& ar);
+    // The lines of this class's dump and those of its bases, into one block: `p` is the prefix up
+    // to its first null character, as "%s" takes it. Each class with a dump of its own adds its
+    // lines behind its base's.
+    void AppendDump(CVemDumpText& text, const CString& prefix, std::string_view p);
 
 private:
     void Load(CArchive& ar);
