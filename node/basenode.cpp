@@ -252,6 +252,7 @@ void CVemBaseNode::NodeDump(CFile* file, CString indent) {
 }
 
 void CVemBaseNode::DumpChildren(CFile* file, const CString& indent) {
+    if (Children.IsEmpty()) return;  // most nodes are leaves: no indent of theirs to make
     const CString childIndent = indent + "  - ";
     for (POSITION pos = Children.GetHeadPosition(); pos;) ChildAt(pos)->NodeDump(file, childIndent);
 }
