@@ -62,6 +62,12 @@ for shape in "--tasks 1 --units 0 --vars 0" "" "--tasks 20 --units 70" "--tasks 
         "$tool" dump "$dir/LINE1.vem" > dump.txt
         ok "names of demo $shape are text" no_control_characters dump.txt
     fi
+    if [[ "$shape" == "--tasks 20 --units 70" ]]; then
+        # More pieces than the writer thread holds: a reader that lags makes the maker wait.
+        "$tool" dump "$dir/LINE1.vem" | (sleep 1; cat) > dump-slow.txt
+        ok "a dump of several megabytes reaches a slow reader whole" \
+            test "$(wc -c < dump.txt)" -gt 4194304 -a "$(cmp dump.txt dump-slow.txt && echo same)" = same
+    fi
     big="$dir"  # the largest stays for the progress below; its node file names its task files by path
     [[ "$shape" != *5000* ]] && rm -rf "$dir"
 done
