@@ -3,11 +3,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 #include "compiled_test_util.h"
-#include "resource_builder.h"
 
 using compiledtest::ChildNames;
 using compiledtest::MakeNode;
@@ -32,18 +30,6 @@ struct Loaded {
     NodePtr root;
 };
 
-// Runs in another working directory and goes back at the end.
-struct WorkingDirectory {
-    explicit WorkingDirectory(const fs::path& to) : back(fs::current_path()) { fs::current_path(to); }
-    ~WorkingDirectory() { fs::current_path(back); }
-    fs::path back;
-};
-
-std::string Upper(std::string s) {
-    for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return s;
-}
-
 class TaskSearch : public compiledtest::SettingsTest {
 protected:
     void TearDown() override {
@@ -61,60 +47,6 @@ protected:
 };
 
 }  // namespace
-
-// The resource written in one directory, then moved: as it is, or with every stored name a Windows
-// path of a machine that is not here and the files in upper case. It loads whole from any working
-// directory, and stores the bytes that it was read from.
-TEST_F(TaskSearch, AMovedResourceLoadsWholeAndStoresTheSameBytes) {
-    for (const bool windows : {false, true}) {
-        SCOPED_TRACE(windows ? "Windows names" : "copied as is");
-        TempDir made, moved, elsewhere;
-        vembuild::ResourceShape shape;
-        shape.tasks = 3;
-        NodePtr exe(vembuild::BuildResource(shape));
-        ASSERT_EQ(vembuild::WriteResource(exe.get(), made.path(), made.file("LINE1.vem")), 1);
-        std::string nodeName = "LINE1.vem";
-        if (windows) {
-            NodePtr renamed(VemLoadNode(made.file("LINE1.vem").c_str()));
-            CVemBaseNode* container = VemFindVemNodeByNameAndType(renamed.get(), "TASKS", kVemTaskContainerNode);
-            for (int i = 0; i < shape.tasks; ++i) {
-                const std::string task = vembuild::TaskName(i);
-                VemTaskCompiled(container, task.c_str(), ("C:\\NOWHERE\\PLANT\\" + task + ".TSK").c_str());
-            }
-            nodeName = "LINE1.VEM";
-            fs::remove(made.file("LINE1.vem"));  // first: where names ignore case it is the new file too
-            ASSERT_EQ(VemWriteNode(renamed.get(), made.file(nodeName).c_str()), 1);
-        }
-        for (const auto& entry : fs::directory_iterator(made.path())) {
-            const std::string name = entry.path().filename().string();
-            fs::copy_file(entry.path(), moved.file(windows ? Upper(name) : name));
-        }
-        fs::remove_all(made.path());
-        const std::vector<u8> nodeBytes = vemtest::ReadFileBytes(moved.file(nodeName));
-
-        for (const auto& [cwd, file] : {std::pair{fs::path("/"), moved.file(nodeName)},
-                                        {fs::path(moved.path()), nodeName},
-                                        {fs::path(elsewhere.path()), moved.file(nodeName)}}) {
-            SCOPED_TRACE(cwd.string());
-            WorkingDirectory in(cwd);
-            Loaded loaded(file);
-            ASSERT_NE(loaded.root, nullptr);
-            EXPECT_EQ(loaded.report.Count, 0);
-            CVemBaseNode* tasks = loaded.Tasks();
-            EXPECT_EQ(static_cast<int>(ChildNames(tasks).size()), VemAllTaskCompiledSuccesfully(tasks).NoOfTasks);
-            CObList* children = VemGetChildList(tasks);
-            for (POSITION pos = children->GetHeadPosition(); pos;) {
-                auto* task = static_cast<CVemBaseNode*>(children->GetNext(pos));
-                const std::string name = VemGetName(task).str() + ".tsk";
-                EXPECT_EQ(memtest::Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(task, ar), 1); }),
-                          vemtest::ReadFileBytes(moved.file(windows ? Upper(name) : name)))
-                    << name;
-            }
-            ASSERT_EQ(VemWriteNode(loaded.root.get(), elsewhere.file("again.vem").c_str()), 1);
-            EXPECT_EQ(vemtest::ReadFileBytes(elsewhere.file("again.vem")), nodeBytes);
-        }
-    }
-}
 
 // Where each stored name leads: one row a layout of files, and the task that the load reads.
 TEST_F(TaskSearch, TheFirstPlaceInOrderWins) {
@@ -191,6 +123,12 @@ TEST_F(TaskSearch, TheSearchPathIsSetAddedToAndCleared) {
     EXPECT_EQ(found(), 1u);
     VemSetTaskFileDirectories(nullptr, 0);
     EXPECT_EQ(found(), 0u);
+    // A node file named without a directory finds its tasks beside it, in the working directory.
+    WriteTask(dir_.file("T.tsk"), "T");
+    const fs::path back = fs::current_path();
+    fs::current_path(dir_.path());
+    EXPECT_EQ(ChildNames(Loaded("R.vem").Tasks()).size(), 1u);
+    fs::current_path(back);
 }
 
 // Every entry that gives no child is listed once: the one where reading stopped with its reason and
