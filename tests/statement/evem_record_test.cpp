@@ -151,18 +151,12 @@ TEST_F(EVemTest, LabelRecordHoldsNameTypeNameOffsetAndNumber) {
     EVemSetAwlLine(label.get(), 9);
     EVemSetUcodeOffset(label.get(), 0x40);
     const std::vector<u8> record = StoreRecord(label.get());
-    EXPECT_EQ(record, (Bytes()
-                           .u16_(3)
-                           .u16_(120)  // base record
-                           .u16_(3)
-                           .u16_(9)
-                           .u16_(0x40)  // statement part
-                           .u16_(3)
-                           .str("Inst")
-                           .str("FB")  // label part: schema, Name, TypeName
-                           .u16_(0x102)
-                           .u16_(3)  // Offset, LabelNum
-                           .v));
+    Bytes expected;
+    expected.u16_(3).u16_(120);              // base record
+    expected.u16_(3).u16_(9).u16_(0x40);     // statement part
+    expected.u16_(3).str("Inst").str("FB");  // label part: schema, Name, TypeName
+    expected.u16_(0x102).u16_(3);            // Offset, LabelNum
+    EXPECT_EQ(record, expected.v);
     NodePtr loaded = LoadRecord(record, kEVemCalFbStmtNode);
     EXPECT_EQ(EVemGetName(loaded.get()), "Inst");
     EXPECT_EQ(EVemGetTypeName(loaded.get()), "FB");
