@@ -85,26 +85,10 @@ CVemBaseNode* RichVariable() {
     return v;
 }
 
-// A compiled task with a variable, two segments (one Motorola), an entry, a data container file,
-// offsets and two code nodes.
+// A compiled task with everything its record holds.
 CVemBaseNode* CompiledTask() {
-    CVemBaseNode* task = compiledtest::Named(kVemTuiTaskNode, "TASK1");
-    VemAddChildTail(task, compiledtest::Variable("V", 4, 2));
-    CSegmentTable* table = VemGetSegmentTable(task);
-    VemSegTblAddNewSegment(table, nullptr);
-    CVemByteArray* data = VemBaNewByteArray(1, 2, 1, 0);
-    VemBaAppendWord(data, 0x1234);
-    VemSegTblAddNewSegment(table, data);
-    VemAddNewSegmentLength(task, 2);
-    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
-    VemBaAppendByte(entry, 0xAB);
-    VemSetTaskDefEntry(task, entry);
     TempDir dir;
-    vemtest::WriteFileText(dir.file("t.cfg"), "cfg");
-    VemAddContainerFile(task, dir.file("t.cfg").c_str(), "CFG", 3);
-    VemGetEvemRootNodeListPtr(task)->AddTail(compiledtest::CodeNode("C:\\PRJ\\A.st"));
-    VemGetEvemRootNodeListPtr(task)->AddTail(compiledtest::CodeNode("C:\\PRJ\\B.st"));
-    return task;
+    return compiledtest::FullTask(dir);
 }
 
 struct GoldenRecord {
