@@ -615,7 +615,8 @@ std::string TreeGeometryFixedAtMaking() {
 
 // A compiled resource as the tree view shows it, painted into an SVG file: names with markup
 // characters, Latin-1 letters and a control byte; one instance collapsed, its variable not shown.
-// Then one text alone: the markup escaped, Latin-1 turned into UTF-8.
+// Then one text alone: the markup escaped, Latin-1 turned into UTF-8; lines and a known icon (an
+// unknown one is not drawn); a file that cannot be made is not written.
 std::string TreeSvg() {
     ShownNode exe(kVemExeNode, "Res1 <Steuerung & Co>", 121, 125);
     ShownNode* tasks = Add(&exe, new ShownNode(kVemTaskContainerNode, "TASKS", 122, 127));
@@ -642,7 +643,21 @@ std::string TreeSvg() {
     EXPECT_EQ(file, svg.GetDocument(bottom));
     CVemSvgDC one;
     one.TextOut(0, 0, "a<b>&\"c\" \xFC\xDF\x80\x7F");
-    return Parts().add("resource", file).add("one text", one.GetDocument(CPoint(100, 20))).text;
+    CVemSvgDC lines;  // the lines join into one path, on the middles of the pixels
+    lines.MoveTo(CPoint(-4, 0));
+    lines.LineTo(CPoint(-4, 5));
+    lines.LineTo(CPoint(3, 5));
+    lines.MoveTo(CPoint(0, 9));
+    lines.LineTo(CPoint(2, 9));
+    EXPECT_FALSE(lines.DrawIcon(CPoint(0, 0), 999));
+    EXPECT_TRUE(lines.DrawIcon(CPoint(0, 0), 117));
+    EXPECT_EQ(lines.WriteFile(dir.file("missing/tree.svg").c_str(), CPoint(10, 10)), 0);
+    EXPECT_FALSE(vemtest::FileExists(dir.file("missing/tree.svg")));
+    return Parts()
+        .add("resource", file)
+        .add("one text", one.GetDocument(CPoint(100, 20)))
+        .add("lines and an icon", lines.GetDocument(CPoint(10, 10)))
+        .text;
 }
 
 struct GoldenCase {
