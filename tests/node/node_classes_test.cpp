@@ -1,7 +1,10 @@
 // Every node class in one table: the class that each type makes, its icon and bitmap (and the icon
 // of a global unit), and the class of its clone. A clone writes the same bytes as its source and
 // owns copies of its children; where the table gives a clone of another class, only that differs.
-#include "test_util.h"
+// As an object, each names its class.
+#include <cstring>
+
+#include "memory_test_util.h"
 
 namespace {
 
@@ -93,6 +96,30 @@ TEST(NodeClasses, ACloneWritesTheBytesOfItsSource) {
         EXPECT_NE(child, source->Children.GetHead()) << c.name;
         EXPECT_EQ(child->Parent, clone) << c.name;
         VemDeleteNode(clone);
+        VemDeleteNode(source);
+    }
+}
+
+// In a caller's archive, as a task file holds its task, a node is an object: a new class (FFFF,
+// class schema 5, the class name), then its record. It reads back as its class, with its record.
+TEST(NodeClasses, AnObjectNamesItsClassAndReadsBackWhole) {
+    for (const NodeClass& c : kClasses) {
+        CVemBaseNode* source = Filled(c.type);
+        const auto object = [](CVemBaseNode* node) {
+            return memtest::Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(node, ar), 1); });
+        };
+        const std::vector<u8> bytes = object(source);
+        vemtest::Bytes head;
+        head.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(std::strlen(c.name)));
+        for (const char* ch = c.name; *ch; ++ch) head.u8_(static_cast<u8>(*ch));
+        ASSERT_GT(bytes.size(), head.v.size()) << c.name;
+        EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(head.v.size())), head.v);
+        CVemBaseNode* read = nullptr;
+        memtest::Load(bytes, [&](CArchive& ar) { read = VemReadObject(ar); });
+        ASSERT_NE(read, nullptr) << c.name;
+        EXPECT_STREQ(read->GetRuntimeClass()->m_lpszClassName, c.name);
+        EXPECT_EQ(object(read), bytes) << c.name;
+        VemDeleteNode(read);
         VemDeleteNode(source);
     }
 }

@@ -1,4 +1,4 @@
-// Compiled task: its record, old records, the code nodes that hang on the switch, task files.
+// Compiled task: its record, old records, the code nodes that hang on the switch.
 
 #include "alloc_hook.h"
 #include "compiled_test_util.h"
@@ -104,21 +104,4 @@ TEST_F(TuiTaskRecord, VersionZeroLoadsWithTheOldRowsDropped) {
     EXPECT_THROW(VemGetAbsOffset(loaded.get(), 2), CInvalidArgException);
     // Stored again it is a record of the current version.
     EXPECT_EQ(StoreRecord(loaded.get())[program.size()], 1);
-}
-
-// A task file holds the task as a new object of a new class: FFFF, class schema 5, the name.
-TEST_F(TuiTaskRecord, TaskFileObjectForm) {
-    NodePtr task = SmallTask();
-    const std::vector<u8> bytes = Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(task.get(), ar), 1); });
-    const std::vector<u8> head = Bytes().u16_(0xFFFF).u16_(5).u16_(15).v;
-    const std::string name = "CVemTuiTaskNode";
-    ASSERT_GT(bytes.size(), head.size() + name.size());
-    EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + 6), head);
-    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 21), name);
-    CMemFile in(bytes);
-    CArchive ar(&in, CArchive::load);
-    NodePtr read(VemReadObject(ar));
-    ASSERT_NE(read, nullptr);
-    EXPECT_EQ(VemGetNodeType(read.get()), kVemTuiTaskNode);
-    EXPECT_EQ(VemGetAbsOffset(read.get(), 2), 100u);
 }

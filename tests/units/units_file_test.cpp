@@ -1,9 +1,8 @@
-// Unit records in node files: the golden record of a function and units as objects; statement
-// lists: entries by line and their stored form.
+// Unit records in node files: the golden record of a function; statement lists: entries by line
+// and their stored form.
 #include "memory_test_util.h"
 #include "units/pou.h"
 #include "units/statlist.h"
-#include "variables/struct.h"
 #include "vem_bytearray.h"
 
 using vemtest::Bytes;
@@ -74,24 +73,6 @@ std::vector<u8> FunctionFile() {
     return b.v;
 }
 
-// A program with children of every kind of this subsystem, a statement list and arrays.
-CVemBaseNode* RichProgram() {
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    VemSetName(program, "MAIN");
-    FillUnit(program);
-    VemSetGlobal(program, 1);
-    CVemBaseNode* fb = VemCreateCVemFbNode("I : T", "t.poe");
-    FillUnit(fb);
-    VemAddChildTail(fb, VemCreateCVemVariableNode("X", 0, kCbeTypeInt, 2, 0));
-    CVemBaseNode* structure = VemNewNode(kVemStructNode);
-    VemAddChildTail(structure, VemCreateCVemVariableNode("M", 2, kCbeTypeBool, 1, 0));
-    CVemBaseNode* instance = VemNewNode(kVemFbInstanceNode);
-    VemSetTypeName(instance, "T");
-    for (CVemBaseNode* child : {fb, VemCreateCVemFunctionNode("G", "g.poe"), structure, instance})
-        VemAddChildTail(program, child);
-    return program;
-}
-
 }  // namespace
 
 TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
@@ -116,28 +97,6 @@ TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
     EXPECT_EQ(f->DataSegmentPtr, nullptr);
     EXPECT_EQ(f->StatList->GetEntry(4)->CodeLine, -1);
     VemDeleteNode(loaded);
-}
-
-TEST(UnitsFile, UnitsTravelAsObjectsByTheirClassName) {
-    CMemFile file;
-    CVemBaseNode* program = RichProgram();
-    {
-        CArchive ar(&file, CArchive::store);
-        ASSERT_EQ(VemWriteObject(program, ar), 1);
-        ar.Close();
-    }
-    const std::vector<u8> bytes = file.Data();
-    const std::string name = "CVemProgramNode";
-    ASSERT_GT(bytes.size(), 6 + name.size());
-    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 6 + static_cast<long>(name.size())), name);
-    CMemFile in(bytes);
-    CArchive ar(&in, CArchive::load);
-    CVemBaseNode* read = VemReadObject(ar);
-    ASSERT_NE(read, nullptr);
-    EXPECT_EQ(read->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(read->Children.GetCount(), 4);
-    VemDeleteNode(program);
-    VemDeleteNode(read);
 }
 
 TEST(UnitsStatList, NewEntryAndGetEntry) {
