@@ -82,6 +82,13 @@ inline std::vector<std::string> ChildNames(CVemBaseNode* parent) {
     return names;
 }
 
+// Adds a child at the tail and gives it back.
+template <class Node>
+Node* Add(CVemBaseNode* parent, Node* child) {
+    VemAddChildTail(parent, child);
+    return child;
+}
+
 inline CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
     CVemBaseNode* node = VemNewNode(type);
     VemSetName(node, name);
