@@ -29,10 +29,6 @@ CVemBaseNode* Task(CVemBaseNode* exe, int index) {
     return Child(Container(exe), vembuild::TaskName(index).c_str(), kVemTuiTaskNode);
 }
 
-CVemBaseNode* GlobalTask(CVemBaseNode* exe) {
-    return Child(Child(exe, vembuild::kGlobalName, kVemBaseNode), vembuild::kGlobalTaskName, kVemTuiTaskNode);
-}
-
 class Road : public ::testing::Test {
 protected:
     void SetUp() override { LurResetSettings(); }
@@ -59,7 +55,8 @@ TEST_F(Road, CompilerSideBeforeWriting) {
     EXPECT_EQ(VemGetProgramNr(Task(exe, 0)), 1);
     EXPECT_EQ(VemGetProgramNr(Task(exe, 1)), 2);
     EXPECT_EQ(VemGetProgramNr(Child(Task(exe, 1), "V3", kVemVariableNode)), 2);
-    EXPECT_EQ(VemGetProgramNr(GlobalTask(exe)), 0);
+    CVemBaseNode* global = Child(exe, vembuild::kGlobalName, kVemBaseNode);
+    EXPECT_EQ(VemGetProgramNr(Child(global, vembuild::kGlobalTaskName, kVemTuiTaskNode)), 0);
 
     // One code node per unit: the tasks' own, the two blocks whatever the case of their paths, and
     // GLOBAL with its function. The tasks' lists are empty.

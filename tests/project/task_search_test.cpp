@@ -21,9 +21,6 @@ struct Loaded {
     Loaded(const Loaded&) = delete;
     Loaded& operator=(const Loaded&) = delete;
     CVemBaseNode* Tasks() const { return VemGetFirstNodeOfType(root.get(), kVemTaskContainerNode); }
-    std::vector<std::string> Tried(int i) const {
-        return std::vector<std::string>(report.Tasks[i].Tried, report.Tasks[i].Tried + report.Tasks[i].TriedCount);
-    }
     tVemLoadReport load{};
     tVemTaskReport report{};
     NodePtr root;
@@ -170,8 +167,10 @@ TEST_F(TaskSearch, TheReportListsEveryTaskLeftOut) {
     vemtest::WriteContainerFile(dir_.file("R.vem"), {{"T5", "C:\\A\\T5.TSK"}});
     Loaded loaded(dir_.file("R.vem"));
     ASSERT_EQ(loaded.report.Count, 1);
-    EXPECT_EQ(loaded.Tried(0), (std::vector<std::string>{VemHostPath("C:\\A\\T5.TSK").str(), dir_.file("T5.TSK"),
-                                                         dir_.file("none/T5.TSK")}));
+    const tVemMissingTask& t = loaded.report.Tasks[0];
+    EXPECT_EQ(
+        std::vector<std::string>(t.Tried, t.Tried + t.TriedCount),
+        (std::vector<std::string>{VemHostPath("C:\\A\\T5.TSK").str(), dir_.file("T5.TSK"), dir_.file("none/T5.TSK")}));
     // A failed load lists nothing; the report is freed all the same.
     Loaded failed(dir_.file("missing.vem"));
     EXPECT_EQ(failed.root, nullptr);
