@@ -649,6 +649,7 @@ std::string TreeSvg() {
     lines.LineTo(CPoint(3, 5));
     lines.MoveTo(CPoint(0, 9));
     lines.LineTo(CPoint(2, 9));
+    const std::string joined = lines.GetDocument(CPoint(10, 10));
     EXPECT_FALSE(lines.DrawIcon(CPoint(0, 0), 999));
     EXPECT_TRUE(lines.DrawIcon(CPoint(0, 0), 117));
     EXPECT_EQ(lines.WriteFile(dir.file("missing/tree.svg").c_str(), CPoint(10, 10)), 0);
@@ -656,6 +657,7 @@ std::string TreeSvg() {
     return Parts()
         .add("resource", file)
         .add("one text", one.GetDocument(CPoint(100, 20)))
+        .add("lines", joined)
         .add("lines and an icon", lines.GetDocument(CPoint(10, 10)))
         .text;
 }
