@@ -2,8 +2,6 @@
 // of a global unit), and the class of its clone. A clone writes the same bytes as its source and
 // owns copies of its children; where the table gives a clone of another class, only that differs.
 // As an object, each names its class.
-#include <cstring>
-
 #include "memory_test_util.h"
 
 namespace {
@@ -109,9 +107,7 @@ TEST(NodeClasses, AnObjectNamesItsClassAndReadsBackWhole) {
             return memtest::Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(node, ar), 1); });
         };
         const std::vector<u8> bytes = object(source);
-        vemtest::Bytes head;
-        head.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(std::strlen(c.name)));
-        for (const char* ch = c.name; *ch; ++ch) head.u8_(static_cast<u8>(*ch));
+        const vemtest::Bytes head = vemtest::Bytes().newClass(5, c.name);
         ASSERT_GT(bytes.size(), head.v.size()) << c.name;
         EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(head.v.size())), head.v);
         CVemBaseNode* read = nullptr;

@@ -82,14 +82,6 @@ Bytes& OldHead(Bytes& b, unsigned type, unsigned line, unsigned nextType) {
 // The record of a code node with path "U" and no statements.
 std::vector<u8> EmptyCodeNodeRecord() { return Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v; }
 
-// Head of an object: new class, schema 5, class name.
-Bytes ObjectHead(const std::string& name) {
-    Bytes b;
-    b.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
-    for (char ch : name) b.u8_(static_cast<u8>(ch));
-    return b;
-}
-
 std::vector<u8> WriteObject(CEVemBaseNode* node) {
     CMemFile file;
     CArchive ar(&file, CArchive::store);
@@ -317,7 +309,7 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
 
 TEST_F(EVemTest, ObjectFormHoldsTheClassNameAndSchemaFive) {
     const std::vector<u8> object = WriteObject(ExampleCodeNode().get());
-    EXPECT_EQ(object, ObjectHead("CEVemPouCodeNode").raw(ExampleCodeNodeRecord()).v);
+    EXPECT_EQ(object, Bytes().newClass(5, "CEVemPouCodeNode").raw(ExampleCodeNodeRecord()).v);
     CMemFile in(object);
     CArchive ar(&in, CArchive::load);
     NodePtr loaded(EVemReadObject(ar));
@@ -340,7 +332,7 @@ TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
 
 TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
     const long live = CEVemBaseNode::LiveCount();
-    CMemFile in(ObjectHead("CObList").u16_(0).v);
+    CMemFile in(Bytes().newClass(5, "CObList").u16_(0).v);
     CArchive ar(&in, CArchive::load);
     EXPECT_EQ(EVemReadObject(ar), nullptr);
     const std::vector<u8> whole = WriteObject(ExampleCodeNode().get());

@@ -71,6 +71,11 @@ struct Bytes {
         v.insert(v.end(), b.begin(), b.end());
         return *this;
     }
+    // A new class in an object stream: the tag FFFF, the class schema, the name behind its length.
+    Bytes& newClass(unsigned schema, const std::string& name) {
+        u16_(0xFFFF).u16_(schema).u16_(static_cast<unsigned>(name.size()));
+        return raw(std::vector<u8>(name.begin(), name.end()));
+    }
 };
 
 // Names of the node's children, in order.
