@@ -5,10 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <set>
-#include <sstream>
 
 #include "compiled_test_util.h"
 #include "evem_test_util.h"
@@ -712,14 +710,6 @@ std::filesystem::path GoldenDir() {
     return (dir / source).parent_path() / "golden";
 }
 
-std::string ReadBinary(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return "<missing " + path.string() + ">";
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 }  // namespace
 
 // The dumps print a null pointer in the C library's own form; the files keep the "(nil)" of glibc.
@@ -741,10 +731,11 @@ TEST(Golden, EveryTextAsItsFile) {
         LurResetSettings();
         const std::filesystem::path path = GoldenDir() / (std::string(c.name) + ".txt");
         if (update) {
-            std::ofstream(path, std::ios::binary) << text;
+            vemtest::WriteFileText(path.string(), text);
             continue;
         }
-        EXPECT_EQ(text, ReadBinary(path)) << c.name << ": review the change, then VEM_UPDATE_GOLDEN=1";
+        EXPECT_EQ(text, vemtest::ReadFileText(path.string()))
+            << path << ": review the change, then VEM_UPDATE_GOLDEN=1";
     }
     EXPECT_FALSE(update) << "golden files written; review them with git diff tests/golden";
 }
