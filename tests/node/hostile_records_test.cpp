@@ -30,8 +30,7 @@ CVemBaseNode* SmallResource() {
 
 // A program with children of every kind of unit and variable, a statement list and an array.
 CVemBaseNode* Units() {
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    VemSetName(program, "MAIN");
+    CVemBaseNode* program = vemtest::NewNode(kVemProgramNode, "MAIN");
     VemSetGlobal(program, 1);
     CVemBaseNode* fb = VemCreateCVemFbNode("I : T", "t.poe");
     auto* entry = new CStatListEntry;
@@ -52,14 +51,10 @@ CVemBaseNode* Units() {
 
 // The levels above a resource: project, configuration, resource and task.
 CVemBaseNode* UpperLevels() {
-    CVemBaseNode* project = VemNewNode(kVemProjectNode);
-    VemSetName(project, "PRJ");
-    CVemBaseNode* config = VemNewNode(kVemConfigNode);
-    VemSetName(config, "CFG");
-    CVemBaseNode* resource = VemNewNode(kVemResourceNode);
-    VemSetName(resource, "RES");
-    CVemBaseNode* task = VemNewNode(kVemTaskNode);
-    VemSetName(task, "T");
+    CVemBaseNode* project = vemtest::NewNode(kVemProjectNode, "PRJ");
+    CVemBaseNode* config = vemtest::NewNode(kVemConfigNode, "CFG");
+    CVemBaseNode* resource = vemtest::NewNode(kVemResourceNode, "RES");
+    CVemBaseNode* task = vemtest::NewNode(kVemTaskNode, "T");
     VemAddChildTail(project, config);
     VemAddChildTail(config, resource);
     VemAddChildTail(resource, task);

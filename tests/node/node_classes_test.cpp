@@ -46,8 +46,7 @@ std::vector<u8> Written(CVemBaseNode* node) {
 
 // A node of the type with a name and a child; an array also gets the range and prototype it needs.
 CVemBaseNode* Filled(tVemNodeType type) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, "N");
+    CVemBaseNode* node = vemtest::NewNode(type, "N");
     if (type == kVemArrayNode) {  // the tail of an array is its prototype, the head its children
         VemSetDimRange4Index(VemGetRange(node), 0, {0, 1, 0});
         VemAddChildTail(node, VemCreateCVemVariableNode("", 0, kCbeTypeInt, 2, 0));

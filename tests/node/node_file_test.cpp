@@ -24,17 +24,11 @@ std::vector<u8> EmptyRootFile() {
     return b.v;
 }
 
-CVemBaseNode* NewRoot(const char* name) {
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    VemSetName(root, name);
-    return root;
-}
-
 }  // namespace
 
 TEST(NodeFile, EmptyRootWritesTheFrameByteForByte) {
     TempDir dir;
-    CVemBaseNode* root = NewRoot("R");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "R");
     ASSERT_EQ(VemWriteNode(root, dir.file("r.vem").c_str()), 1);
     EXPECT_EQ(ReadFileBytes(dir.file("r.vem")), EmptyRootFile());
     VemDeleteNode(root);
@@ -51,7 +45,7 @@ TEST(NodeFile, EmptyRootWritesTheFrameByteForByte) {
 
 TEST(NodeFile, ChildWrittenAloneIsARootOfItsOwn) {
     TempDir dir;
-    CVemBaseNode* root = NewRoot("Root");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "Root");
     CVemBaseNode* child = new CVemBaseNode(kVemBaseNode, "child", 1);
     root->AddChildTail(child);
     ASSERT_EQ(VemWriteNode(child, dir.file("child.vem").c_str()), 1);
@@ -64,7 +58,7 @@ TEST(NodeFile, ChildWrittenAloneIsARootOfItsOwn) {
 }
 
 TEST(NodeFile, ObjectFormInACallersArchive) {
-    CVemBaseNode* root = NewRoot("R");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "R");
     root->AddChildTail(new CVemBaseNode(kVemBaseNode, "kid", 1));
     CMemFile file;
     {
@@ -101,7 +95,7 @@ TEST(NodeFile, WriteGoesThroughALinkAndKeepsThePermissions) {
     TempDir dir;
     const std::string real = dir.file("real.vem");
     const std::string link = dir.file("link.vem");
-    CVemBaseNode* root = NewRoot("Old");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "Old");
     ASSERT_EQ(VemWriteNode(root, real.c_str()), 1);
     fs::permissions(real, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
     fs::create_symlink(real, link);
@@ -119,7 +113,7 @@ TEST(NodeFile, WriteGoesThroughALinkAndKeepsThePermissions) {
 
 TEST(NodeFile, DumpToAPlaceThatCannotBeAFileGivesZero) {
     TempDir dir;
-    CVemBaseNode* root = NewRoot("R");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "R");
     EXPECT_EQ(CVemNodeDump(root, CString(dir.path().c_str())), 0);  // a directory stands there
     EXPECT_EQ(CVemNodeDump(root, CString(dir.file("no/such/dir/d.txt").c_str())), 0);
     EXPECT_EQ(CVemNodeDump(root, CString(dir.file("d.txt").c_str())), 1);

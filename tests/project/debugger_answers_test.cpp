@@ -42,8 +42,7 @@ CVemBaseNode* Var(const char* name, u16 offset, tCbeType type, u16 size) {
 }
 
 CVemBaseNode* Array(const char* name, u16 offset, i32 low, i32 high, CVemBaseNode* element) {
-    CVemBaseNode* a = VemNewNode(kVemArrayNode);
-    VemSetName(a, name);
+    CVemBaseNode* a = vemtest::NewNode(kVemArrayNode, name);
     VemSetOffset(a, offset);
     VemSetDimRange4Index(VemGetRange(a), 0, tVemDimRange{low, high, 0});
     VemAddChildTail(a, element);
@@ -51,8 +50,7 @@ CVemBaseNode* Array(const char* name, u16 offset, i32 low, i32 high, CVemBaseNod
 }
 
 CVemBaseNode* Struct(const char* name, u16 offset, u16 size, std::initializer_list<CVemBaseNode*> members) {
-    CVemBaseNode* s = VemNewNode(kVemStructNode);
-    VemSetName(s, name);
+    CVemBaseNode* s = vemtest::NewNode(kVemStructNode, name);
     VemSetOffset(s, offset);
     VemSetSize(s, size);
     for (CVemBaseNode* m : members) VemAddChildTail(s, m);
@@ -68,8 +66,7 @@ CVemByteArray* Segment(const Target& t, u16 length) {
 // RES1 with one task TASK1: segment 1 its code, segment 2 its data with the variables at the
 // segment offsets of the comments, ALIAS lying over V.
 CVemBaseNode* KnownLayout(const Target& t, bool expand) {
-    CVemBaseNode* exe = VemNewNode(kVemExeNode);
-    VemSetName(exe, "RES1");
+    CVemBaseNode* exe = vemtest::NewNode(kVemExeNode, "RES1");
     tVemDeviceSettings settings{};
     settings.MotorolaFormat = t.motorola;
     settings.ByteSize = t.byteSize;
@@ -77,8 +74,7 @@ CVemBaseNode* KnownLayout(const Target& t, bool expand) {
     VemSetDeviceSettings(exe, settings);
     CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
     VemAddChildTail(exe, container);
-    CVemBaseNode* task = VemNewNode(kVemTuiTaskNode);
-    VemSetName(task, "TASK1");
+    CVemBaseNode* task = vemtest::NewNode(kVemTuiTaskNode, "TASK1");
     VemSetPathName(task, "C:\\PRJ\\TASK1.st");
     VemAddChildTail(container, task);
     VemAddChildTail(task, Var("V", 4, kCbeTypeInt, 2));
@@ -349,8 +345,7 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
         CVemBaseNode* fb = VemCreateCVemFbNode(("I" + n + " : F" + n).c_str(), ("C:\\PRJ\\F" + n + ".st").c_str());
         VemAddChildTail(fb, Var("X", static_cast<u16>(2 * k), kCbeTypeInt, 2));
         if (k + 1 < kDepth) {
-            CVemBaseNode* inner = VemNewNode(kVemFbInstanceNode);
-            VemSetName(inner, ("I" + std::to_string(k + 1)).c_str());
+            CVemBaseNode* inner = vemtest::NewNode(kVemFbInstanceNode, ("I" + std::to_string(k + 1)).c_str());
             VemSetTypeName(inner, ("F" + std::to_string(k + 1)).c_str());
             VemSetReference(inner, 1);
             VemAddChildTail(fb, inner);
@@ -377,8 +372,7 @@ TEST(AddressIndex, HostileShapesAreAnsweredWithoutHarm) {
     // A block whose instance refers to the block itself, an array without bounds, one of more
     // elements than a node holds, one of elements of size 0, and a variable of no segment.
     CVemBaseNode* fb = VemCreateCVemFbNode("SELF : LOOP", "C:\\PRJ\\LOOP.st");
-    CVemBaseNode* self = VemNewNode(kVemFbInstanceNode);
-    VemSetName(self, "SELF");
+    CVemBaseNode* self = vemtest::NewNode(kVemFbInstanceNode, "SELF");
     VemSetTypeName(self, "LOOP");
     VemSetReference(self, 1);
     VemAddChildTail(fb, self);

@@ -135,13 +135,11 @@ namespace {
 struct MappedTask : ::testing::Test {
     void SetUp() override {
         root = VemNewNode(kVemBaseNode);
-        task = VemNewNode(kVemTuiTaskNode);
-        VemSetName(task, "TASK");
+        task = vemtest::NewNode(kVemTuiTaskNode, "TASK");
         VemAddChildTail(root, task);
         for (const char* name : {"A", "B"})
             VemAddChildTail(task, VemCreateCVemVariableNode(name, 0, kCbeTypeInt, 2, 0));
-        CVemBaseNode* array = VemNewNode(kVemArrayNode);
-        VemSetName(array, "ARR");
+        CVemBaseNode* array = vemtest::NewNode(kVemArrayNode, "ARR");
         VemAddChildTail(task, array);
         VemCreateChildNodePathList(task);
         map = VemGetNodePath2NodeList(task);

@@ -10,11 +10,7 @@ CVemBaseNode* NewVariable(const char* name, u16 offset) {
     return VemCreateCVemVariableNode(name, offset, kCbeTypeInt, 2, 0);
 }
 
-CVemBaseNode* NewProgram(const char* name) {
-    CVemBaseNode* p = VemNewNode(kVemProgramNode);
-    VemSetName(p, name);
-    return p;
-}
+CVemBaseNode* NewProgram(const char* name) { return vemtest::NewNode(kVemProgramNode, name); }
 
 std::vector<CVemBaseNode*> ChildrenOf(CVemBaseNode* node) {
     std::vector<CVemBaseNode*> out;
