@@ -38,12 +38,6 @@ const NodeClass kClasses[] = {
     {kVemTaskContainerNode, "CVemTaskContainerNode", 122, 127, 122, 1, 1, "TASKS", "CVemBaseNode"},
 };
 
-std::vector<u8> Written(CVemBaseNode* node) {
-    vemtest::TempDir dir;
-    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
-    return vemtest::ReadFileBytes(dir.file("n.vem"));
-}
-
 // A node of the type with a name and a child; an array also gets the range and prototype it needs.
 CVemBaseNode* Filled(tVemNodeType type) {
     CVemBaseNode* node = vemtest::NewNode(type, "N");
@@ -85,7 +79,7 @@ TEST(NodeClasses, ACloneWritesTheBytesOfItsSource) {
         EXPECT_EQ(VemGetName(clone), "N") << c.name;
         EXPECT_NE(clone->Serial, source->Serial) << c.name;
         if (std::string(c.name) == c.cloneName) {
-            EXPECT_EQ(Written(clone), Written(source)) << c.name;
+            EXPECT_EQ(vemtest::Written(clone), vemtest::Written(source)) << c.name;
         }
         EXPECT_EQ(clone->Parent, nullptr);
         ASSERT_EQ(clone->Children.GetCount(), 1) << c.name;

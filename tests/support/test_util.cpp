@@ -91,4 +91,10 @@ void WriteFileText(const std::string& path, const std::string& text) {
 
 bool FileExists(const std::string& path) { return std::filesystem::exists(path); }
 
+std::vector<u8> Written(CVemBaseNode* node) {
+    TempDir dir;
+    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
+    return ReadFileBytes(dir.file("n.vem"));
+}
+
 }  // namespace vemtest

@@ -46,6 +46,8 @@ void WriteFileBytes(const std::string& path, const std::vector<u8>& bytes);
 std::string ReadFileText(const std::string& path);
 void WriteFileText(const std::string& path, const std::string& text);
 bool FileExists(const std::string& path);
+// The node file of the node: every stored field of it and its children.
+std::vector<u8> Written(CVemBaseNode* node);
 // Files and other objects of the system that the process holds open.
 int OpenHandles();
 // The object in a file of its own, as the compiler writes a task.

@@ -34,13 +34,6 @@ CVemBaseNode* InSegment(CVemBaseNode* unit, u16 segment) {
     return unit;
 }
 
-// The node's file, which holds every stored field of the unit and its children.
-std::vector<u8> Written(CVemBaseNode* node) {
-    vemtest::TempDir dir;
-    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
-    return vemtest::ReadFileBytes(dir.file("n.vem"));
-}
-
 }  // namespace
 
 TEST(UnitsPou, SegmentNumbersAndTheNccNumber) {
@@ -219,8 +212,8 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     CVemBaseNode* clone = VemClone(source);
     auto* c = static_cast<CVemProgramNode*>(clone);
     ASSERT_EQ(clone->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(Written(clone), Written(source));       // every stored field, the list and the children
-    EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);  // not copied
+    EXPECT_EQ(vemtest::Written(clone), vemtest::Written(source));  // every stored field, the list and the children
+    EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);               // not copied
     ASSERT_NE(c->StatList, nullptr);
     EXPECT_NE(c->StatList, p->StatList);
     ASSERT_NE(c->StatList->GetEntry(4), nullptr);
