@@ -102,8 +102,7 @@ std::string UnitsNested() {
 // the variable the German labels, and its children.
 std::string NodesWithChildren() {
     compiledtest::NodePtr root = MakeNode(kVemBaseNode);
-    CVemBaseNode* child = new CVemBaseNode(kVemTaskNode, "c", 1);
-    VemAddChildTail(root.get(), child);
+    CVemBaseNode* child = vemtest::Add(root.get(), new CVemBaseNode(kVemTaskNode, "c", 1));
     VemAddChildTail(child, new CVemBaseNode(kVemConfigNode, "d", 1));
     Parts out;
     out.add("base nodes", NodeDumpFile(root.get()));

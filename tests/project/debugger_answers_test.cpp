@@ -72,8 +72,7 @@ CVemBaseNode* KnownLayout(const Target& t, bool expand) {
     settings.ByteSize = t.byteSize;
     settings.Alignment = t.alignment;
     VemSetDeviceSettings(exe, settings);
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe, container);
+    CVemBaseNode* container = vemtest::Add(exe, VemNewNode(kVemTaskContainerNode));
     CVemBaseNode* task = vemtest::NewNode(kVemTuiTaskNode, "TASK1");
     VemSetPathName(task, "C:\\PRJ\\TASK1.st");
     VemAddChildTail(container, task);
@@ -333,8 +332,7 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
     // 65,535 BOOL elements without nodes, from offset 0 of a segment that holds them all.
     Tree tree(KnownLayout(kTargets[0], false));
     CVemBaseNode* task = VemAddrIndexGetTask(Index(VemAddrIndexNew(tree.get())).get(), 0);
-    CVemBaseNode* big = Array("BIG", 0, 1, 65535, Var("", 0, kCbeTypeBool, 1));
-    VemAddChildTail(task, big);
+    CVemBaseNode* big = vemtest::Add(task, Array("BIG", 0, 1, 65535, Var("", 0, kCbeTypeBool, 1)));
     VemSetParentSegment(big, 3);
     VemSegTblAddNewSegment(VemGetSegmentTable(task), Segment(kTargets[0], 0));
     VemAddNewSegmentLength(task, 65535);

@@ -244,8 +244,7 @@ TEST(Reliability, TheDepthBoundHoldsAcrossTaskFiles) {
             CVemBaseNode* top = VemNewNode(kVemBaseNode);
             CVemBaseNode* bottom = top;
             for (int i = 1; i < levels; ++i) {
-                CVemBaseNode* next = VemNewNode(kVemBaseNode);
-                VemAddChildTail(bottom, next);
+                CVemBaseNode* next = vemtest::Add(bottom, VemNewNode(kVemBaseNode));
                 bottom = next;
             }
             CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);

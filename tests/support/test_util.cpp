@@ -72,8 +72,7 @@ void WriteObjectFile(const std::string& path, const CObject* object) {
 
 void WriteContainerFile(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks) {
     CVemBaseNode* root = NewNode(kVemResourceNode, "R");
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(root, container);
+    CVemBaseNode* container = vemtest::Add(root, VemNewNode(kVemTaskContainerNode));
     for (const auto& [name, file] : tasks) VemTaskCompiled(container, name.c_str(), file.c_str());
     EXPECT_EQ(VemWriteNode(root, path.c_str()), 1);
     VemDeleteNode(root);

@@ -60,8 +60,7 @@ TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences)
     VemSetReference(reference, 1);
     CVemBaseNode* structure = VemNewNode(kVemStructNode);
     VemSetPiLocation(structure, "%IX0.1");  // the location test is for plain variables only
-    CVemBaseNode* member = NewVariable("M", 0);
-    VemAddChildTail(structure, member);
+    CVemBaseNode* member = vemtest::Add(structure, NewVariable("M", 0));
     CVemBaseNode* own = VemCreateCVemVariableNode("D", 0, kCbeTypeInt, 2, 8);
     AddChildren(p, {plain, atPi, reference, structure, own});
 
@@ -74,8 +73,7 @@ TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences)
     EXPECT_EQ(VemGetParentSegment(own), 0xFFFF);
 
     // A child added later needs its own call.
-    CVemBaseNode* late = NewVariable("E", 0);
-    VemAddChildTail(p, late);
+    CVemBaseNode* late = vemtest::Add(p, NewVariable("E", 0));
     EXPECT_EQ(VemGetParentSegment(late), 0xFFFF);
     VemSetChildSegments(p);
     EXPECT_EQ(VemGetParentSegment(late), 5);

@@ -101,8 +101,7 @@ TEST(VariablesInstance, FindsItsFunctionBlockBelowGlobalResourceTwoLevelsUp) {
     EXPECT_EQ(VemGetReferenceNode(instance), fb);
 
     // One found below the task itself comes first.
-    CVemBaseNode* local = NewFb("A : T");
-    VemAddChildTail(task, local);
+    CVemBaseNode* local = vemtest::Add(task, NewFb("A : T"));
     EXPECT_EQ(VemGetReferenceNode(instance), local);
     VemDeleteChildNode(resource, local);
 
