@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -100,6 +101,13 @@ inline CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
     CVemBaseNode* node = VemNewNode(type);
     VemSetName(node, name);
     return node;
+}
+
+// A little-endian array of ByteSize 1 that holds the bytes.
+inline CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
+    auto* array = new CVemByteArray;
+    for (u8 b : bytes) array->Append(&b, 1);
+    return array;
 }
 
 // Node type word of the root and the version stamp with its end: the 27 bytes in front of every

@@ -11,12 +11,6 @@ using vemtest::TempDir;
 
 namespace {
 
-CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
-    auto* array = new CVemByteArray;
-    for (u8 b : bytes) array->Append(&b, 1);
-    return array;
-}
-
 CStatListEntry* NewEntry(u16 line, i32 codeLine, u32 aeType, u32 operandType) {
     auto* entry = new CStatListEntry;
     entry->AwlLine = line;
@@ -29,7 +23,7 @@ CStatListEntry* NewEntry(u16 line, i32 codeLine, u32 aeType, u32 operandType) {
 // Gives a unit the fields of the golden record.
 void FillUnit(CVemBaseNode* unit) {
     VemGetStatList(unit)->NewEntry(NewEntry(4, -1, 2, 3));
-    VemSetPflArray(unit, NewArray({0xAA, 0xBB}));
+    VemSetPflArray(unit, vemtest::NewArray({0xAA, 0xBB}));
     VemSetSegmentNumbers(unit, 8, 7, 9, 1);
     VemSetCrSize(unit, 1);
     VemSetCrStackSize(unit, 2);

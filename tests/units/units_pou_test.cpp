@@ -18,12 +18,6 @@ std::vector<CVemBaseNode*> ChildrenOf(CVemBaseNode* node) {
     return out;
 }
 
-CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
-    auto* array = new CVemByteArray;
-    for (u8 b : bytes) array->Append(&b, 1);
-    return array;
-}
-
 void AddChildren(CVemBaseNode* parent, std::initializer_list<CVemBaseNode*> children) {
     for (CVemBaseNode* child : children) VemAddChildTail(parent, child);
 }
@@ -113,11 +107,11 @@ TEST(UnitsPou, ObjectFileIsTheSourcePathAndTheHeaderLengthIsNotKept) {
 
 TEST(UnitsPou, PflArrayIsTakenAndFreedButNeverReplacedByTheSetter) {
     CVemBaseNode* p = NewProgram("P");
-    CVemByteArray* first = NewArray({1, 2});
+    CVemByteArray* first = vemtest::NewArray({1, 2});
     VemSetPflArray(p, first);
     EXPECT_EQ(VemGetPflArray(p), first);
     CVemByteArray* taken = VemGetPflArray(p);
-    VemSetPflArray(p, NewArray({3}));  // the caller took the first one away before
+    VemSetPflArray(p, vemtest::NewArray({3}));  // the caller took the first one away before
     delete taken;
     VemDeleteNode(p);  // frees the second; ASan checks
 
@@ -202,8 +196,8 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     auto* entry = new CStatListEntry;
     entry->AwlLine = 4;
     VemGetStatList(source)->NewEntry(entry);
-    VemSetPflArray(source, NewArray({0xAA}));
-    CVemByteArray* data = NewArray({1, 2, 3});
+    VemSetPflArray(source, vemtest::NewArray({0xAA}));
+    CVemByteArray* data = vemtest::NewArray({1, 2, 3});
     VemSetDataSegmentPtr(source, data);
     VemAddChildTail(source, NewVariable("V", 0));
 
