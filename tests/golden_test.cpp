@@ -1,13 +1,12 @@
-// Texts that the library writes for people: node dumps, segment dumps and the calls that paint the
-// tree. Each case makes its text; the text must equal tests/golden/<case>.txt byte for byte.
-// VEM_UPDATE_GOLDEN=1 writes the files instead; tests/golden/README.md says how to review that.
+// Texts that the library writes for people: node dumps, segment dumps, the calls that paint the
+// tree and the tree as an SVG file. Each case makes its text; the text must equal
+// tests/golden/<case>.txt byte for byte. VEM_UPDATE_GOLDEN=1 writes the files instead;
+// tests/golden/README.md says how to review that.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <set>
-#include <sstream>
 
 #include "compiled_test_util.h"
 #include "evem_test_util.h"
@@ -103,8 +102,7 @@ std::string UnitsNested() {
 // the variable the German labels, and its children.
 std::string NodesWithChildren() {
     compiledtest::NodePtr root = MakeNode(kVemBaseNode);
-    CVemBaseNode* child = new CVemBaseNode(kVemTaskNode, "c", 1);
-    VemAddChildTail(root.get(), child);
+    CVemBaseNode* child = vemtest::Add(root.get(), new CVemBaseNode(kVemTaskNode, "c", 1));
     VemAddChildTail(child, new CVemBaseNode(kVemConfigNode, "d", 1));
     Parts out;
     out.add("base nodes", NodeDumpFile(root.get()));
@@ -612,6 +610,55 @@ std::string TreeGeometryFixedAtMaking() {
     return out.text;
 }
 
+// A compiled resource as the tree view shows it, painted into an SVG file: names with markup
+// characters, Latin-1 letters and a control byte; one instance collapsed, its variable not shown.
+// Then one text alone: the markup escaped, Latin-1 turned into UTF-8; lines and a known icon (an
+// unknown one is not drawn); a file that cannot be made is not written.
+std::string TreeSvg() {
+    ShownNode exe(kVemExeNode, "Res1 <Steuerung & Co>", 121, 125);
+    ShownNode* tasks = Add(&exe, new ShownNode(kVemTaskContainerNode, "TASKS", 122, 127));
+    ShownNode* fast = Add(tasks, new ShownNode(kVemTuiTaskNode, "Fast", 122, 112));
+    ShownNode* prog = Add(fast, new ShownNode(kVemProgramNode, "Main : PROG", 137, 112));
+    ShownNode* counter = Add(prog, new ShownNode(kVemVariableNode, "Z\xE4hler", 125, 116, 0));
+    Add(prog, new ShownNode(kVemArrayNode, "Werte[0..9]", 129, 116, 0));
+    ShownNode* motor = Add(prog, new ShownNode(kVemFbInstanceNode, "Motor1 : FB_Motor", 125, 116, 0));
+    Add(motor, new ShownNode(kVemVariableNode, "Speed", 125, 116, 0));
+    ShownNode* slow = Add(tasks, new ShownNode(kVemTuiTaskNode, "Slow", 122, 112));
+    Add(slow, new ShownNode(kVemFbNode, "FB_Motor", 115, 115));
+    Add(slow, new ShownNode(kVemFunctionNode, "Scale", 124, 114));
+    ShownNode* global = Add(&exe, new ShownNode(kVemBaseNode, "Global - Resource", 117, 149));
+    ShownNode* rec = Add(global, new ShownNode(kVemStructNode, "Rec \"a\" 'b'", 130, 116));
+    Add(rec, new ShownNode(kVemVariableNode, "x\x01y", 125, 116, 0));
+    CVemSvgDC svg;
+    VemDraw(&exe, &svg, CPoint(4, 4), CPoint(4, 4), counter);
+    const CPoint bottom = VemGetBottomOfTree(&exe);
+    vemtest::TempDir dir;
+    const std::string path = dir.file("tree.svg");
+    EXPECT_EQ(svg.WriteFile(path.c_str(), bottom), 1);
+    EXPECT_FALSE(vemtest::FileExists(path + ".tmp"));
+    const std::string file = vemtest::ReadFileText(path);
+    EXPECT_EQ(file, svg.GetDocument(bottom));
+    CVemSvgDC one;
+    one.TextOut(0, 0, "a<b>&\"c\" \xFC\xDF\x80\x7F");
+    CVemSvgDC lines;  // the lines join into one path, on the middles of the pixels
+    lines.MoveTo(CPoint(-4, 0));
+    lines.LineTo(CPoint(-4, 5));
+    lines.LineTo(CPoint(3, 5));
+    lines.MoveTo(CPoint(0, 9));
+    lines.LineTo(CPoint(2, 9));
+    const std::string joined = lines.GetDocument(CPoint(10, 10));
+    EXPECT_FALSE(lines.DrawIcon(CPoint(0, 0), 999));
+    EXPECT_TRUE(lines.DrawIcon(CPoint(0, 0), 117));
+    EXPECT_EQ(lines.WriteFile(dir.file("missing/tree.svg").c_str(), CPoint(10, 10)), 0);
+    EXPECT_FALSE(vemtest::FileExists(dir.file("missing/tree.svg")));
+    return Parts()
+        .add("resource", file)
+        .add("one text", one.GetDocument(CPoint(100, 20)))
+        .add("lines", joined)
+        .add("lines and an icon", lines.GetDocument(CPoint(10, 10)))
+        .text;
+}
+
 struct GoldenCase {
     const char* name;
     std::function<std::string()> make;
@@ -648,6 +695,7 @@ const GoldenCase kCases[] = {
     {"tree_children", TreeChildren},
     {"tree_collapsed", TreeCollapsed},
     {"tree_geometry_fixed_at_making", TreeGeometryFixedAtMaking},
+    {"tree_svg", TreeSvg},
 };
 
 // The build may name this file relative to its build directory ("../tests/golden_test.cpp"): look
@@ -659,14 +707,6 @@ std::filesystem::path GoldenDir() {
     std::filesystem::path dir = std::filesystem::current_path();
     while (!std::filesystem::exists(dir / source) && dir.has_relative_path()) dir = dir.parent_path();
     return (dir / source).parent_path() / "golden";
-}
-
-std::string ReadBinary(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return "<missing " + path.string() + ">";
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
 }
 
 }  // namespace
@@ -690,10 +730,11 @@ TEST(Golden, EveryTextAsItsFile) {
         LurResetSettings();
         const std::filesystem::path path = GoldenDir() / (std::string(c.name) + ".txt");
         if (update) {
-            std::ofstream(path, std::ios::binary) << text;
+            vemtest::WriteFileText(path.string(), text);
             continue;
         }
-        EXPECT_EQ(text, ReadBinary(path)) << c.name << ": review the change, then VEM_UPDATE_GOLDEN=1";
+        EXPECT_EQ(text, vemtest::ReadFileText(path.string()))
+            << path << ": review the change, then VEM_UPDATE_GOLDEN=1";
     }
     EXPECT_FALSE(update) << "golden files written; review them with git diff tests/golden";
 }

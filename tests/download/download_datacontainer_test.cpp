@@ -31,8 +31,7 @@ std::vector<std::string> Keys(CVemDataContainer& container) {
 
 // The record of a new object of a new class CVemDataObject, with empty contents.
 Bytes& DataObjectRecord(Bytes& b, u32 type, const std::string& name, u32 checkSum) {
-    b.u16_(0xFFFF).u16_(5).u16_(14);  // new class, class schema 5, name length
-    for (char c : std::string("CVemDataObject")) b.u8_(static_cast<u8>(c));
+    b.newClass(5, "CVemDataObject");
     b.u32_(type);
     b.str(name);
     b.u16_(1).u16_(0).u8_(0).u8_(1);  // contents: version 1, no bytes, little-endian, ByteSize 1
@@ -151,8 +150,7 @@ TEST(DataContainer, ADamagedStoredFormFailsWithoutLeaks) {
     shared.str("B").u16_(2);  // object number 2: the first record (number 1 is its class)
     // A record of a class that is no file record.
     Bytes other;
-    other.u16_(1).str("A").u16_(0xFFFF).u16_(0).u16_(11);
-    for (char c : std::string("CStringList")) other.u8_(static_cast<u8>(c));
+    other.u16_(1).str("A").newClass(0, "CStringList");
     other.u16_(0);
     // A count that the file cannot hold.
     Bytes huge;

@@ -65,8 +65,7 @@ u16 WordLE(const std::vector<u8>& b, std::size_t at) { return static_cast<u16>(b
 // The record of an entry as a new object; the class is new unless its number is given.
 Bytes& EntryObject(Bytes& b, unsigned classNumber, const std::string& tail, const std::string& name, u16 index) {
     if (classNumber == 0) {
-        b.u16_(0xFFFF).u16_(5).u16_(21);  // new class, class schema 5, name length
-        for (char c : std::string("CVemDownloadListEntry")) b.u8_(static_cast<u8>(c));
+        b.newClass(5, "CVemDownloadListEntry");
     } else {
         b.u16_(0x8000 | classNumber);
     }
@@ -307,10 +306,8 @@ TEST(DownloadList, StoredFormByteForByteAndLoaded) {
     EXPECT_EQ(isNew, 1);
     EXPECT_EQ(loaded.GetEntryByIndex(2)->TailPathName, "D\\FILE2");
     // As an object the list has class schema 1.
-    Bytes object;
-    object.u16_(0xFFFF).u16_(1).u16_(16);  // new class, class schema 1, name length
-    for (char c : std::string("CVemDownloadList")) object.u8_(static_cast<u8>(c));
-    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }), object.raw(want.v).v);
+    EXPECT_EQ(memtest::Stored([&](CArchive& ar) { ar.WriteObject(&list); }),
+              Bytes().newClass(1, "CVemDownloadList").raw(want.v).v);
 }
 
 TEST(DownloadList, LastIndexIsRoundedFromItsDouble) {
@@ -333,8 +330,7 @@ TEST(DownloadList, ADamagedStoredFormFailsWithoutLeaks) {
     twice.u16_(2);
     EntryObject(twice, 0, "", "A", 1).u16_(2);
     Bytes wrongClass;
-    wrongClass.u16_(1).u16_(0xFFFF).u16_(0).u16_(11);
-    for (char c : std::string("CStringList")) wrongClass.u8_(static_cast<u8>(c));
+    wrongClass.u16_(1).newClass(0, "CStringList");
     wrongClass.u16_(0);
     Bytes newer;
     newer.u16_(1).u16_(0).u16_(1);  // schema word 1

@@ -30,8 +30,7 @@ CVemBaseNode* SmallResource() {
 
 // A program with children of every kind of unit and variable, a statement list and an array.
 CVemBaseNode* Units() {
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    VemSetName(program, "MAIN");
+    CVemBaseNode* program = vemtest::NewNode(kVemProgramNode, "MAIN");
     VemSetGlobal(program, 1);
     CVemBaseNode* fb = VemCreateCVemFbNode("I : T", "t.poe");
     auto* entry = new CStatListEntry;
@@ -52,14 +51,10 @@ CVemBaseNode* Units() {
 
 // The levels above a resource: project, configuration, resource and task.
 CVemBaseNode* UpperLevels() {
-    CVemBaseNode* project = VemNewNode(kVemProjectNode);
-    VemSetName(project, "PRJ");
-    CVemBaseNode* config = VemNewNode(kVemConfigNode);
-    VemSetName(config, "CFG");
-    CVemBaseNode* resource = VemNewNode(kVemResourceNode);
-    VemSetName(resource, "RES");
-    CVemBaseNode* task = VemNewNode(kVemTaskNode);
-    VemSetName(task, "T");
+    CVemBaseNode* project = vemtest::NewNode(kVemProjectNode, "PRJ");
+    CVemBaseNode* config = vemtest::NewNode(kVemConfigNode, "CFG");
+    CVemBaseNode* resource = vemtest::NewNode(kVemResourceNode, "RES");
+    CVemBaseNode* task = vemtest::NewNode(kVemTaskNode, "T");
     VemAddChildTail(project, config);
     VemAddChildTail(config, resource);
     VemAddChildTail(resource, task);
@@ -85,26 +80,10 @@ CVemBaseNode* RichVariable() {
     return v;
 }
 
-// A compiled task with a variable, two segments (one Motorola), an entry, a data container file,
-// offsets and two code nodes.
+// A compiled task with everything its record holds.
 CVemBaseNode* CompiledTask() {
-    CVemBaseNode* task = compiledtest::Named(kVemTuiTaskNode, "TASK1");
-    VemAddChildTail(task, compiledtest::Variable("V", 4, 2));
-    CSegmentTable* table = VemGetSegmentTable(task);
-    VemSegTblAddNewSegment(table, nullptr);
-    CVemByteArray* data = VemBaNewByteArray(1, 2, 1, 0);
-    VemBaAppendWord(data, 0x1234);
-    VemSegTblAddNewSegment(table, data);
-    VemAddNewSegmentLength(task, 2);
-    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
-    VemBaAppendByte(entry, 0xAB);
-    VemSetTaskDefEntry(task, entry);
     TempDir dir;
-    vemtest::WriteFileText(dir.file("t.cfg"), "cfg");
-    VemAddContainerFile(task, dir.file("t.cfg").c_str(), "CFG", 3);
-    VemGetEvemRootNodeListPtr(task)->AddTail(compiledtest::CodeNode("C:\\PRJ\\A.st"));
-    VemGetEvemRootNodeListPtr(task)->AddTail(compiledtest::CodeNode("C:\\PRJ\\B.st"));
-    return task;
+    return compiledtest::FullTask(dir);
 }
 
 struct GoldenRecord {

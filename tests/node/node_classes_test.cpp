@@ -1,7 +1,8 @@
 // Every node class in one table: the class that each type makes, its icon and bitmap (and the icon
 // of a global unit), and the class of its clone. A clone writes the same bytes as its source and
 // owns copies of its children; where the table gives a clone of another class, only that differs.
-#include "test_util.h"
+// As an object, each names its class.
+#include "memory_test_util.h"
 
 namespace {
 
@@ -37,16 +38,9 @@ const NodeClass kClasses[] = {
     {kVemTaskContainerNode, "CVemTaskContainerNode", 122, 127, 122, 1, 1, "TASKS", "CVemBaseNode"},
 };
 
-std::vector<u8> Written(CVemBaseNode* node) {
-    vemtest::TempDir dir;
-    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
-    return vemtest::ReadFileBytes(dir.file("n.vem"));
-}
-
 // A node of the type with a name and a child; an array also gets the range and prototype it needs.
 CVemBaseNode* Filled(tVemNodeType type) {
-    CVemBaseNode* node = VemNewNode(type);
-    VemSetName(node, "N");
+    CVemBaseNode* node = vemtest::NewNode(type, "N");
     if (type == kVemArrayNode) {  // the tail of an array is its prototype, the head its children
         VemSetDimRange4Index(VemGetRange(node), 0, {0, 1, 0});
         VemAddChildTail(node, VemCreateCVemVariableNode("", 0, kCbeTypeInt, 2, 0));
@@ -85,7 +79,7 @@ TEST(NodeClasses, ACloneWritesTheBytesOfItsSource) {
         EXPECT_EQ(VemGetName(clone), "N") << c.name;
         EXPECT_NE(clone->Serial, source->Serial) << c.name;
         if (std::string(c.name) == c.cloneName) {
-            EXPECT_EQ(Written(clone), Written(source)) << c.name;
+            EXPECT_EQ(vemtest::Written(clone), vemtest::Written(source)) << c.name;
         }
         EXPECT_EQ(clone->Parent, nullptr);
         ASSERT_EQ(clone->Children.GetCount(), 1) << c.name;
@@ -93,6 +87,28 @@ TEST(NodeClasses, ACloneWritesTheBytesOfItsSource) {
         EXPECT_NE(child, source->Children.GetHead()) << c.name;
         EXPECT_EQ(child->Parent, clone) << c.name;
         VemDeleteNode(clone);
+        VemDeleteNode(source);
+    }
+}
+
+// In a caller's archive, as a task file holds its task, a node is an object: a new class (FFFF,
+// class schema 5, the class name), then its record. It reads back as its class, with its record.
+TEST(NodeClasses, AnObjectNamesItsClassAndReadsBackWhole) {
+    for (const NodeClass& c : kClasses) {
+        CVemBaseNode* source = Filled(c.type);
+        const auto object = [](CVemBaseNode* node) {
+            return memtest::Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(node, ar), 1); });
+        };
+        const std::vector<u8> bytes = object(source);
+        const vemtest::Bytes head = vemtest::Bytes().newClass(5, c.name);
+        ASSERT_GT(bytes.size(), head.v.size()) << c.name;
+        EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + static_cast<long>(head.v.size())), head.v);
+        CVemBaseNode* read = nullptr;
+        memtest::Load(bytes, [&](CArchive& ar) { read = VemReadObject(ar); });
+        ASSERT_NE(read, nullptr) << c.name;
+        EXPECT_STREQ(read->GetRuntimeClass()->m_lpszClassName, c.name);
+        EXPECT_EQ(object(read), bytes) << c.name;
+        VemDeleteNode(read);
         VemDeleteNode(source);
     }
 }

@@ -47,8 +47,7 @@ int Reported(const std::function<int()>& call) {
 }
 
 CVemBaseNode* Tree(bool old) {
-    CVemBaseNode* node = VemNewNode(kVemProjectNode);
-    VemSetName(node, old ? "Old" : "New");
+    CVemBaseNode* node = vemtest::NewNode(kVemProjectNode, old ? "Old" : "New");
     for (int i = 0; i < (old ? 1 : 5); ++i) VemAddChildTail(node, VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 0));
     return node;
 }

@@ -150,8 +150,7 @@ TEST(ArchiveObjects, ClassesAndObjectsShareOneNumbering) {
         ar.WriteObject(nullptr);
     });
     Bytes expected;
-    expected.u16_(0xFFFF).u16_(5).u16_(9);  // new class: schema, name length
-    for (char c : std::string("CTestItem")) expected.u8_(static_cast<u8>(c));
+    expected.newClass(5, "CTestItem");
     expected.u16_(0x1111);               // object 2, behind class 1
     expected.u16_(0x8001).u16_(0x2222);  // class 1 seen before, object 3
     expected.u16_(0x0002);               // object 2 again
@@ -207,9 +206,8 @@ TEST(ArchiveObjects, BigNumbersUseTheEscape) {
     }
     const std::vector<u8>& bytes = file.Data();
     Bytes expected;
-    expected.u16_(0x7FFF).u32_(0x7FFF);      // object 0x7FFF
-    expected.u16_(0xFFFF).u16_(0).u16_(11);  // new class CDWordArray, schema 0
-    for (char c : std::string("CDWordArray")) expected.u8_(static_cast<u8>(c));
+    expected.u16_(0x7FFF).u32_(0x7FFF);  // object 0x7FFF
+    expected.newClass(0, "CDWordArray");
     expected.u16_(0);                                // its record: count 0
     expected.u16_(0x7FFF).u32_(0x80008002).u16_(0);  // known class 0x8002, count 0
     EXPECT_EQ(std::vector<u8>(bytes.end() - static_cast<long>(expected.v.size()), bytes.end()), expected.v);

@@ -141,6 +141,9 @@ TEST(Strings, FormattingSearchAndCase) {
     EXPECT_LT(CString("Z").Compare("a"), 0);
     EXPECT_EQ(CString("abc").CompareNoCase("ABC"), 0);
     EXPECT_GT(CString("\xFC").Compare("z"), 0);  // bytes compare unsigned
+    const char* none = nullptr;
+    EXPECT_TRUE(CString() == none);  // a null text is the empty one, from either side
+    EXPECT_TRUE("x" == CString("x"));
 }
 
 // Format writes what the C library writes, for the conversions it does itself and for the others.

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,7 @@ CVemBaseNode* Var(const char* name, u16 offset, tCbeType type, u16 size) {
 }
 
 CVemBaseNode* Array(const char* name, u16 offset, i32 low, i32 high, CVemBaseNode* element) {
-    CVemBaseNode* a = VemNewNode(kVemArrayNode);
-    VemSetName(a, name);
+    CVemBaseNode* a = vemtest::NewNode(kVemArrayNode, name);
     VemSetOffset(a, offset);
     VemSetDimRange4Index(VemGetRange(a), 0, tVemDimRange{low, high, 0});
     VemAddChildTail(a, element);
@@ -50,8 +50,7 @@ CVemBaseNode* Array(const char* name, u16 offset, i32 low, i32 high, CVemBaseNod
 }
 
 CVemBaseNode* Struct(const char* name, u16 offset, u16 size, std::initializer_list<CVemBaseNode*> members) {
-    CVemBaseNode* s = VemNewNode(kVemStructNode);
-    VemSetName(s, name);
+    CVemBaseNode* s = vemtest::NewNode(kVemStructNode, name);
     VemSetOffset(s, offset);
     VemSetSize(s, size);
     for (CVemBaseNode* m : members) VemAddChildTail(s, m);
@@ -67,17 +66,14 @@ CVemByteArray* Segment(const Target& t, u16 length) {
 // RES1 with one task TASK1: segment 1 its code, segment 2 its data with the variables at the
 // segment offsets of the comments, ALIAS lying over V.
 CVemBaseNode* KnownLayout(const Target& t, bool expand) {
-    CVemBaseNode* exe = VemNewNode(kVemExeNode);
-    VemSetName(exe, "RES1");
+    CVemBaseNode* exe = vemtest::NewNode(kVemExeNode, "RES1");
     tVemDeviceSettings settings{};
     settings.MotorolaFormat = t.motorola;
     settings.ByteSize = t.byteSize;
     settings.Alignment = t.alignment;
     VemSetDeviceSettings(exe, settings);
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe, container);
-    CVemBaseNode* task = VemNewNode(kVemTuiTaskNode);
-    VemSetName(task, "TASK1");
+    CVemBaseNode* container = vemtest::Add(exe, VemNewNode(kVemTaskContainerNode));
+    CVemBaseNode* task = vemtest::NewNode(kVemTuiTaskNode, "TASK1");
     VemSetPathName(task, "C:\\PRJ\\TASK1.st");
     VemAddChildTail(container, task);
     VemAddChildTail(task, Var("V", 4, kCbeTypeInt, 2));
@@ -104,13 +100,17 @@ CVemBaseNode* KnownLayout(const Target& t, bool expand) {
     return exe;
 }
 
-struct Index {
-    explicit Index(CVemBaseNode* node) : index(VemAddrIndexNew(node)) {}
-    ~Index() { VemAddrIndexDelete(index); }
-    Index(const Index&) = delete;
-    Index& operator=(const Index&) = delete;
-    tVemAddressIndex* index;
+// What a flat function made, freed at the end of the scope by its own function.
+template <auto Free>
+struct FreedBy {
+    template <class T>
+    void operator()(T* p) const {
+        Free(p);
+    }
 };
+using Index = std::unique_ptr<tVemAddressIndex, FreedBy<VemAddrIndexDelete>>;
+using CodeIndex = std::unique_ptr<tVemCodeIndex, FreedBy<VemCodeIndexDelete>>;
+using Diff = std::unique_ptr<tVemLayoutDiff, FreedBy<VemDiffDelete>>;
 
 using Tree = xreftest::TreePtr;
 
@@ -180,8 +180,8 @@ class KnownLayoutTest : public ::testing::TestWithParam<Target> {};
 TEST_P(KnownLayoutTest, ElementsMembersAndGapsAnswerExactly) {
     const Target& t = GetParam();
     Tree tree(KnownLayout(t, false));
-    Index index(tree.get());
-    ASSERT_NE(index.index, nullptr);
+    Index index(VemAddrIndexNew(tree.get()));
+    ASSERT_NE(index.get(), nullptr);
     struct Row {
         const char* name;
         const std::array<u16, 3>& starts;
@@ -193,7 +193,7 @@ TEST_P(KnownLayoutTest, ElementsMembersAndGapsAnswerExactly) {
         for (int k = 0; k < 3; ++k) {
             const u32 start = kDataStart + row.starts[k];
             for (u32 byte = 0; byte < row.size; ++byte) {
-                const tVemAddressHit hit = At(index.index, start + byte);
+                const tVemAddressHit hit = At(index.get(), start + byte);
                 EXPECT_EQ(std::string(hit.Path), row.name);
                 EXPECT_EQ(std::string(hit.Name), std::string(row.name) + "[" + std::to_string(row.low + k) + "]");
                 EXPECT_EQ(hit.Element, k);
@@ -206,38 +206,38 @@ TEST_P(KnownLayoutTest, ElementsMembersAndGapsAnswerExactly) {
         }
     }
     // Members of a structure, and of the structure elements of an array.
-    const tVemAddressHit member = At(index.index, kDataStart + 63);
+    const tVemAddressHit member = At(index.get(), kDataStart + 63);
     EXPECT_STREQ(member.Name, "TASK1.S.M1");
     EXPECT_EQ(member.Start, kDataStart + 62);
     EXPECT_EQ(member.ByteOffset, 1u);
-    const tVemAddressHit inElement = At(index.index, kDataStart + 77);
+    const tVemAddressHit inElement = At(index.get(), kDataStart + 77);
     EXPECT_STREQ(inElement.Name, "TASK1.SA[1].M1");
     EXPECT_STREQ(inElement.Path, "TASK1.SA");
     EXPECT_EQ(inElement.Start, kDataStart + 76);
     EXPECT_EQ(inElement.Covering, 3u);
-    const tVemAddressHit string = At(index.index, kDataStart + t.secondString);
+    const tVemAddressHit string = At(index.get(), kDataStart + t.secondString);
     EXPECT_STREQ(string.Name, "TASK1.STRS[1]");
     EXPECT_EQ(string.Size, 5u * t.byteSize);
     // The same place by segment and offset.
     tVemAddressHit bySegment{};
-    ASSERT_EQ(VemAddrLookupSegment(index.index, 0, 2, t.dints[2], &bySegment), kVemAddrFound);
+    ASSERT_EQ(VemAddrLookupSegment(index.get(), 0, 2, t.dints[2], &bySegment), kVemAddrFound);
     EXPECT_STREQ(bySegment.Name, "TASK1.DINTS[1]");
     // The expanded form of the same resource answers the same for every address.
     Tree expanded(KnownLayout(t, true));
-    Index other(expanded.get());
+    Index other(VemAddrIndexNew(expanded.get()));
     for (u32 address = 0; address < kDataStart + kDataLength + 4; ++address) {
         tVemAddressHit a{}, b{};
-        const int ra = VemAddrLookup(index.index, 0, address, &a);
+        const int ra = VemAddrLookup(index.get(), 0, address, &a);
         const std::string nameA = a.Name;
-        ASSERT_EQ(VemAddrLookup(other.index, 0, address, &b), ra) << address;
+        ASSERT_EQ(VemAddrLookup(other.get(), 0, address, &b), ra) << address;
         EXPECT_EQ(nameA, b.Name) << address;
         EXPECT_EQ(a.Start, b.Start) << address;
         EXPECT_EQ(a.Size, b.Size) << address;
         EXPECT_EQ(a.Element, b.Element) << address;
         EXPECT_EQ(a.Covering, b.Covering) << address;
     }
-    ExpectPathsMapBack(index.index, {{"TASK1.V", "TASK1.ALIAS"}});
-    ExpectPathsMapBack(other.index, {{"TASK1.V", "TASK1.ALIAS"}});
+    ExpectPathsMapBack(index.get(), {{"TASK1.V", "TASK1.ALIAS"}});
+    ExpectPathsMapBack(other.get(), {{"TASK1.V", "TASK1.ALIAS"}});
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, KnownLayoutTest, ::testing::ValuesIn(kTargets));
@@ -255,32 +255,32 @@ TEST(AddressIndex, EveryPathOfABuiltResourceMapsBack) {
         }
         Tree loaded(VemLoadNode(dir.file("res1.vem").c_str()));
         ASSERT_NE(loaded.get(), nullptr);
-        Index index(loaded.get());
-        EXPECT_EQ(VemAddrIndexTaskCount(index.index), 4);          // GLOBAL and three tasks
-        EXPECT_EQ(VemAddrIndexFindTask(index.index, "task2"), 1);  // the tasks of "TASKS" come first
-        ExpectPathsMapBack(index.index, {});
+        Index index(VemAddrIndexNew(loaded.get()));
+        EXPECT_EQ(VemAddrIndexTaskCount(index.get()), 4);          // GLOBAL and three tasks
+        EXPECT_EQ(VemAddrIndexFindTask(index.get(), "task2"), 1);  // the tasks of "TASKS" come first
+        ExpectPathsMapBack(index.get(), {});
     }
 }
 
 TEST(AddressIndex, NoVariableAndBadQueries) {
     Tree tree(KnownLayout(kTargets[0], false));
-    Index index(tree.get());
+    Index index(VemAddrIndexNew(tree.get()));
     tVemAddressHit hit{};
     // The header of the data segment holds no variable; the code segment belongs to the task.
-    hit = At(index.index, kDataStart + 1, kVemAddrNoVariable);
+    hit = At(index.get(), kDataStart + 1, kVemAddrNoVariable);
     EXPECT_EQ(hit.Node, nullptr);
     EXPECT_EQ(hit.Segment, 2);
     EXPECT_EQ(hit.UnitSegment, 1);
-    hit = At(index.index, 3, kVemAddrNoVariable);
+    hit = At(index.get(), 3, kVemAddrNoVariable);
     EXPECT_EQ(hit.UnitSegment, 2);
     EXPECT_EQ(VemGetNodeType(hit.Unit), static_cast<u32>(kVemTuiTaskNode));
-    hit = At(index.index, 5000, kVemAddrNoVariable);  // outside every segment
+    hit = At(index.get(), 5000, kVemAddrNoVariable);  // outside every segment
     EXPECT_EQ(hit.Segment, 0xFFFF);
     EXPECT_STREQ(hit.Name, "");
-    EXPECT_EQ(VemAddrLookupSegment(index.index, 0, 9, 0, &hit), kVemAddrNoVariable);
-    EXPECT_EQ(VemAddrLookup(index.index, 1, 20, &hit), kVemAddrBadTask);
-    EXPECT_EQ(VemAddrLookup(index.index, -1, 20, &hit), kVemAddrBadTask);
-    EXPECT_EQ(VemAddrIndexFindTask(index.index, "NONE"), -1);
+    EXPECT_EQ(VemAddrLookupSegment(index.get(), 0, 9, 0, &hit), kVemAddrNoVariable);
+    EXPECT_EQ(VemAddrLookup(index.get(), 1, 20, &hit), kVemAddrBadTask);
+    EXPECT_EQ(VemAddrLookup(index.get(), -1, 20, &hit), kVemAddrBadTask);
+    EXPECT_EQ(VemAddrIndexFindTask(index.get(), "NONE"), -1);
     CVemBaseNode* variable = Var("X", 0, kCbeTypeInt, 2);
     EXPECT_EQ(VemAddrIndexNew(variable), nullptr);
     EXPECT_EQ(VemAddrIndexNew(nullptr), nullptr);
@@ -317,23 +317,22 @@ TEST(AddressIndex, EveryLayoutChangeMakesItStale) {
     };
     for (const auto& [what, change] : kChanges) {
         Tree tree(KnownLayout(kTargets[0], false));
-        Index index(tree.get());
-        CVemBaseNode* task = VemAddrIndexGetTask(index.index, 0);
-        ASSERT_EQ(VemAddrIndexIsCurrent(index.index), 1) << what;
+        Index index(VemAddrIndexNew(tree.get()));
+        CVemBaseNode* task = VemAddrIndexGetTask(index.get(), 0);
+        ASSERT_EQ(VemAddrIndexIsCurrent(index.get()), 1) << what;
         change({tree.get(), task, Child(task, "V")});
-        EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 0) << what;
+        EXPECT_EQ(VemAddrIndexIsCurrent(index.get()), 0) << what;
         tVemAddressHit hit{};
-        VemAddrLookup(index.index, 0, kDataStart + 4, &hit);
-        EXPECT_EQ(VemAddrIndexIsCurrent(index.index), 1) << what;
+        VemAddrLookup(index.get(), 0, kDataStart + 4, &hit);
+        EXPECT_EQ(VemAddrIndexIsCurrent(index.get()), 1) << what;
     }
 }
 
 TEST(AddressIndex, LargestArrayAndDeepInstances) {
     // 65,535 BOOL elements without nodes, from offset 0 of a segment that holds them all.
     Tree tree(KnownLayout(kTargets[0], false));
-    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.get()).index, 0);
-    CVemBaseNode* big = Array("BIG", 0, 1, 65535, Var("", 0, kCbeTypeBool, 1));
-    VemAddChildTail(task, big);
+    CVemBaseNode* task = VemAddrIndexGetTask(Index(VemAddrIndexNew(tree.get())).get(), 0);
+    CVemBaseNode* big = vemtest::Add(task, Array("BIG", 0, 1, 65535, Var("", 0, kCbeTypeBool, 1)));
     VemSetParentSegment(big, 3);
     VemSegTblAddNewSegment(VemGetSegmentTable(task), Segment(kTargets[0], 0));
     VemAddNewSegmentLength(task, 65535);
@@ -344,8 +343,7 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
         CVemBaseNode* fb = VemCreateCVemFbNode(("I" + n + " : F" + n).c_str(), ("C:\\PRJ\\F" + n + ".st").c_str());
         VemAddChildTail(fb, Var("X", static_cast<u16>(2 * k), kCbeTypeInt, 2));
         if (k + 1 < kDepth) {
-            CVemBaseNode* inner = VemNewNode(kVemFbInstanceNode);
-            VemSetName(inner, ("I" + std::to_string(k + 1)).c_str());
+            CVemBaseNode* inner = vemtest::NewNode(kVemFbInstanceNode, ("I" + std::to_string(k + 1)).c_str());
             VemSetTypeName(inner, ("F" + std::to_string(k + 1)).c_str());
             VemSetReference(inner, 1);
             VemAddChildTail(fb, inner);
@@ -353,14 +351,14 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
         VemSetSegmentNumbers(fb, 2, 0xFFFF, 0xFFFF, 0xFFFF);
         VemAddChildTail(task, fb);
     }
-    Index index(tree.get());
+    Index index(VemAddrIndexNew(tree.get()));
     const u32 bigStart = kDataStart + kDataLength;
-    const tVemAddressHit last = At(index.index, bigStart + 65534);
+    const tVemAddressHit last = At(index.get(), bigStart + 65534);
     EXPECT_STREQ(last.Name, "TASK1.BIG[65535]");
     EXPECT_EQ(last.Element, 65534);
     std::string deepest = "TASK1";
     for (int k = 0; k < kDepth; ++k) deepest += ".I" + std::to_string(k);
-    const tVemAddressHit deep = At(index.index, kDataStart + 2 * (kDepth - 1));
+    const tVemAddressHit deep = At(index.get(), kDataStart + 2 * (kDepth - 1));
     EXPECT_EQ(std::string(deep.Name), deepest + ".X");
     VemCreateChildNodePathList(task);
     EXPECT_EQ(VemGetAbsoluteVariableOffset(task, (deepest + ".X").c_str()), kDataStart + 2 * (kDepth - 1));
@@ -368,12 +366,11 @@ TEST(AddressIndex, LargestArrayAndDeepInstances) {
 
 TEST(AddressIndex, HostileShapesAreAnsweredWithoutHarm) {
     Tree tree(KnownLayout(kTargets[0], false));
-    CVemBaseNode* task = VemAddrIndexGetTask(Index(tree.get()).index, 0);
+    CVemBaseNode* task = VemAddrIndexGetTask(Index(VemAddrIndexNew(tree.get())).get(), 0);
     // A block whose instance refers to the block itself, an array without bounds, one of more
     // elements than a node holds, one of elements of size 0, and a variable of no segment.
     CVemBaseNode* fb = VemCreateCVemFbNode("SELF : LOOP", "C:\\PRJ\\LOOP.st");
-    CVemBaseNode* self = VemNewNode(kVemFbInstanceNode);
-    VemSetName(self, "SELF");
+    CVemBaseNode* self = vemtest::NewNode(kVemFbInstanceNode, "SELF");
     VemSetTypeName(self, "LOOP");
     VemSetReference(self, 1);
     VemAddChildTail(fb, self);
@@ -389,32 +386,24 @@ TEST(AddressIndex, HostileShapesAreAnsweredWithoutHarm) {
     for (CVemBaseNode* v : {unbounded, huge, empty, lost}) VemAddChildTail(task, v);
     for (CVemBaseNode* v : {unbounded, huge, empty}) VemSetParentSegment(v, 2);
     VemSetParentSegment(lost, 0x1FFF);
-    Index index(tree.get());
-    EXPECT_STREQ(At(index.index, kDataStart + 100).Name, "TASK1.SELF.Y");
-    EXPECT_STREQ(At(index.index, kDataStart + 92).Name, "TASK1.NOBOUNDS[0,0,0,1]");
-    EXPECT_STREQ(At(index.index, kDataStart + 105).Name, "TASK1.HUGE");  // the array, no element
-    EXPECT_EQ(At(index.index, kDataStart + 110, kVemAddrNoVariable).Node, nullptr);
+    Index index(VemAddrIndexNew(tree.get()));
+    EXPECT_STREQ(At(index.get(), kDataStart + 100).Name, "TASK1.SELF.Y");
+    EXPECT_STREQ(At(index.get(), kDataStart + 92).Name, "TASK1.NOBOUNDS[0,0,0,1]");
+    EXPECT_STREQ(At(index.get(), kDataStart + 105).Name, "TASK1.HUGE");  // the array, no element
+    EXPECT_EQ(At(index.get(), kDataStart + 110, kVemAddrNoVariable).Node, nullptr);
     for (u32 address = 0; address < 0x200; ++address) {
         tVemAddressHit hit{};
-        EXPECT_GE(VemAddrLookup(index.index, 0, address, &hit), 0);
+        EXPECT_GE(VemAddrLookup(index.get(), 0, address, &hit), 0);
     }
 }
 
 // ---- code offset to statement ----------------------------------------------------------------------
 
-struct CodeIndex {
-    explicit CodeIndex(CVemBaseNode* exe) : index(VemCodeIndexNew(exe)) {}
-    ~CodeIndex() { VemCodeIndexDelete(index); }
-    CodeIndex(const CodeIndex&) = delete;
-    CodeIndex& operator=(const CodeIndex&) = delete;
-    tVemCodeIndex* index;
-};
-
 TEST(CodeIndex, OffsetToStatement) {
     vembuild::ResourceShape shape;  // statements at 0, 4, 8 on lines 10, 11, 12; 20 bytes of code
     Tree tree(vembuild::BuildResource(shape));
-    CodeIndex index(tree.get());
-    ASSERT_NE(index.index, nullptr);
+    CodeIndex index(VemCodeIndexNew(tree.get()));
+    ASSERT_NE(index.get(), nullptr);
     struct Row {
         const char* unit;
         u32 offset;
@@ -435,19 +424,19 @@ TEST(CodeIndex, OffsetToStatement) {
     };
     for (const Row& row : rows) {
         tVemCodeHit hit{};
-        EXPECT_EQ(VemCodeLookup(index.index, row.unit, row.offset, &hit), row.found) << row.unit << " " << row.offset;
+        EXPECT_EQ(VemCodeLookup(index.get(), row.unit, row.offset, &hit), row.found) << row.unit << " " << row.offset;
         EXPECT_EQ(hit.Failure, row.failure) << row.unit << " " << row.offset;
         EXPECT_EQ(hit.AwlLine, row.line) << row.unit << " " << row.offset;
         EXPECT_STREQ(hit.Operand, row.operand);
     }
     tVemCodeHit hit{};
-    ASSERT_EQ(VemCodeLookup(index.index, "FB0", 5, &hit), 1);
+    ASSERT_EQ(VemCodeLookup(index.get(), "FB0", 5, &hit), 1);
     EXPECT_EQ(hit.Type, kEVemStVariableStmtNode);
     EXPECT_EQ(hit.UcodeOffset, 4);
     EXPECT_EQ(hit.CodeLength, vembuild::CodeLength(shape));
-    ASSERT_EQ(VemCodeLookupSegment(index.index, nullptr, 3, 4, &hit), 1);  // GFUN by its code segment
+    ASSERT_EQ(VemCodeLookupSegment(index.get(), nullptr, 3, 4, &hit), 1);  // GFUN by its code segment
     EXPECT_STREQ(hit.UnitPath, vembuild::kGlobalFunctionPath);
-    EXPECT_EQ(VemCodeLookupSegment(index.index, nullptr, 9, 0, &hit), 0);
+    EXPECT_EQ(VemCodeLookupSegment(index.get(), nullptr, 9, 0, &hit), 0);
     EXPECT_EQ(hit.Failure, kVemCodeNoUnit);
     EXPECT_EQ(VemCodeIndexNew(nullptr), nullptr);
 }
@@ -465,27 +454,27 @@ TEST(CodeIndex, LastInChainOrderAndUnitsWithoutCode) {
     }
     EVemAddNewStmtNode(code, kEVemLdVariableStmtNode);  // no code offset: takes no part
     VemGetEvemRootNodeListPtr(tree.get())->AddTail(code);
-    CodeIndex index(tree.get());
+    CodeIndex index(VemCodeIndexNew(tree.get()));
     const std::pair<u32, u16> expected[] = {{2, 1}, {5, 3}, {8, 3}, {100, 3}};
     for (const auto& [offset, line] : expected) {
         tVemCodeHit hit{};
-        EXPECT_EQ(VemCodeLookup(index.index, "p", offset, &hit), 1);
+        EXPECT_EQ(VemCodeLookup(index.get(), "p", offset, &hit), 1);
         EXPECT_EQ(hit.AwlLine, line) << offset;
     }
     tVemCodeHit hit{};
-    EXPECT_EQ(VemCodeLookup(index.index, "P", 1, &hit), 0);
+    EXPECT_EQ(VemCodeLookup(index.get(), "P", 1, &hit), 0);
     EXPECT_EQ(hit.Failure, kVemCodeBefore);
     // Built with the statement model off: the units are there, their code nodes not.
     vembuild::ResourceShape shape;
     {
         xreftest::SwitchOff off;
         Tree bare(vembuild::BuildResource(shape));
-        CodeIndex none(bare.get());
-        EXPECT_EQ(VemCodeLookup(none.index, "FB0", 0, &hit), 0);
+        CodeIndex none(VemCodeIndexNew(bare.get()));
+        EXPECT_EQ(VemCodeLookup(none.get(), "FB0", 0, &hit), 0);
         EXPECT_EQ(hit.Failure, kVemCodeNoModel);
         LurSetEvemEnabled(1);
-        CodeIndex noCode(bare.get());
-        EXPECT_EQ(VemCodeLookup(noCode.index, "C:\\PRJ\\FB0.st", 0, &hit), 0);
+        CodeIndex noCode(VemCodeIndexNew(bare.get()));
+        EXPECT_EQ(VemCodeLookup(noCode.get(), "C:\\PRJ\\FB0.st", 0, &hit), 0);
         EXPECT_EQ(hit.Failure, kVemCodeNoCodeNode);
         LurSetEvemEnabled(0);
     }
@@ -493,28 +482,21 @@ TEST(CodeIndex, LastInChainOrderAndUnitsWithoutCode) {
 
 // ---- layout diff -----------------------------------------------------------------------------------
 
-struct Diff {
-    explicit Diff(tVemLayoutDiff* d) : diff(d) {}
-    ~Diff() { VemDiffDelete(diff); }
-    Diff(const Diff&) = delete;
-    Diff& operator=(const Diff&) = delete;
-    // "kind task path changes" of each entry.
-    std::vector<std::string> Lines() const {
-        std::vector<std::string> lines;
-        for (int i = 0; i < VemDiffCount(diff); ++i) {
-            tVemDiffEntry e{};
-            EXPECT_EQ(VemDiffGetEntry(diff, i, &e), 1);
-            lines.push_back(std::to_string(e.Kind) + " " + e.Task + " " + e.Path + " " + std::to_string(e.Changes) +
-                            " " + e.OldText + ">" + e.NewText);
-        }
-        return lines;
+// "kind task path changes old>new" of each entry.
+std::vector<std::string> Lines(tVemLayoutDiff* diff) {
+    std::vector<std::string> lines;
+    for (int i = 0; i < VemDiffCount(diff); ++i) {
+        tVemDiffEntry e{};
+        EXPECT_EQ(VemDiffGetEntry(diff, i, &e), 1);
+        lines.push_back(std::to_string(e.Kind) + " " + e.Task + " " + e.Path + " " + std::to_string(e.Changes) + " " +
+                        e.OldText + ">" + e.NewText);
     }
-    tVemLayoutDiff* diff;
-};
+    return lines;
+}
 
 CVemBaseNode* TaskOf(CVemBaseNode* root, const char* task) {
-    Index index(root);
-    return VemAddrIndexGetTask(index.index, VemAddrIndexFindTask(index.index, task));
+    Index index(VemAddrIndexNew(root));
+    return VemAddrIndexGetTask(index.get(), VemAddrIndexFindTask(index.get(), task));
 }
 
 CVemBaseNode* Find(CVemBaseNode* root, const char* task, const char* path) {
@@ -531,8 +513,8 @@ TEST(LayoutDiff, WhatChangedAndTheVerdict) {
     {
         Tree same(vembuild::BuildResource(shape));
         Diff equal(VemDiffNew(a.get(), same.get()));
-        EXPECT_EQ(VemDiffCount(equal.diff), 0);
-        EXPECT_EQ(VemDiffVerdict(equal.diff), kVemDiffEqual);
+        EXPECT_EQ(VemDiffCount(equal.get()), 0);
+        EXPECT_EQ(VemDiffVerdict(equal.get()), kVemDiffEqual);
     }
     Tree b(vembuild::BuildResource(shape));
     VemSetOffset(Find(b.get(), "TASK1", "TASK1.V1"), 40);
@@ -560,15 +542,15 @@ TEST(LayoutDiff, WhatChangedAndTheVerdict) {
         "3 TASK2 TASK2.S0.M1 4 >",
         "2 TASK2 TASK2.V7 0 >",
     };
-    EXPECT_EQ(diff.Lines(), expected);
-    EXPECT_EQ(VemDiffVerdict(diff.diff), kVemDiffReinit);
-    EXPECT_STREQ(VemDiffReason(diff.diff), "3 variables moved, resized or retyped");
+    EXPECT_EQ(Lines(diff.get()), expected);
+    EXPECT_EQ(VemDiffVerdict(diff.get()), kVemDiffReinit);
+    EXPECT_STREQ(VemDiffReason(diff.get()), "3 variables moved, resized or retyped");
     tVemDiffEntry moved{};
-    ASSERT_EQ(VemDiffGetEntry(diff.diff, 1, &moved), 1);
+    ASSERT_EQ(VemDiffGetEntry(diff.get(), 1, &moved), 1);
     EXPECT_EQ(moved.OldOffset, vembuild::kDataHeader + vembuild::VariableOffset(1));
     EXPECT_EQ(moved.NewOffset, 40);
     EXPECT_EQ(moved.OldSegment, 2);
-    EXPECT_EQ(VemDiffGetEntry(diff.diff, 7, &moved), 0);
+    EXPECT_EQ(VemDiffGetEntry(diff.get(), 7, &moved), 0);
 }
 
 TEST(LayoutDiff, IncompatibleAndFiles) {
@@ -578,14 +560,14 @@ TEST(LayoutDiff, IncompatibleAndFiles) {
     shape.tasks = 3;
     Tree b(vembuild::BuildResource(shape));
     Diff diff(VemDiffNew(a.get(), b.get()));
-    EXPECT_EQ(VemDiffVerdict(diff.diff), kVemDiffIncompatible);
-    EXPECT_STREQ(VemDiffReason(diff.diff), "the target's Alignment differs; task TASK3 is new");
+    EXPECT_EQ(VemDiffVerdict(diff.get()), kVemDiffIncompatible);
+    EXPECT_STREQ(VemDiffReason(diff.get()), "the target's Alignment differs; task TASK3 is new");
     VemSetName(b.get(), "RES2");
     Diff other(VemDiffNew(a.get(), b.get()));
-    EXPECT_EQ(VemDiffVerdict(other.diff), kVemDiffIncompatible);
-    EXPECT_STREQ(VemDiffReason(other.diff),
+    EXPECT_EQ(VemDiffVerdict(other.get()), kVemDiffIncompatible);
+    EXPECT_STREQ(VemDiffReason(other.get()),
                  "different resources RES1 and RES2; compared: the device settings and the tasks TASK1, TASK2, GLOBAL");
-    EXPECT_EQ(other.Lines().front(), "9   0 RES1>RES2");
+    EXPECT_EQ(Lines(other.get()).front(), "9   0 RES1>RES2");
     EXPECT_EQ(VemDiffNew(a.get(), nullptr), nullptr);
     EXPECT_EQ(VemDiffNew(VemGetFirstNodeOfType(a.get(), kVemTuiTaskNode), a.get()), nullptr);
     // Files: the same resource written twice is equal; a file that does not load gives null.
@@ -594,8 +576,8 @@ TEST(LayoutDiff, IncompatibleAndFiles) {
     Tree again(vembuild::BuildResource(vembuild::ResourceShape{}));
     ASSERT_EQ(vembuild::WriteResource(again.get(), dir2.path(), dir2.file("b.vem")), 1);
     Diff files(VemDiffFiles(dir1.file("a.vem").c_str(), dir2.file("b.vem").c_str()));
-    ASSERT_NE(files.diff, nullptr);
-    EXPECT_EQ(VemDiffVerdict(files.diff), kVemDiffEqual);
+    ASSERT_NE(files.get(), nullptr);
+    EXPECT_EQ(VemDiffVerdict(files.get()), kVemDiffEqual);
     vemtest::WriteFileText(dir2.file("bad.vem"), "Norvadis_VEM_Version:003 but nothing behind");
     EXPECT_EQ(VemDiffFiles(dir1.file("a.vem").c_str(), dir2.file("bad.vem").c_str()), nullptr);
     EXPECT_EQ(VemDiffFiles(dir1.file("missing.vem").c_str(), dir1.file("a.vem").c_str()), nullptr);

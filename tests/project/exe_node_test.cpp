@@ -15,9 +15,7 @@ namespace {
 using ExeNode = compiledtest::SettingsTest;
 
 CVemBaseNode* AddTask(CVemBaseNode* parent, const char* name) {
-    CVemBaseNode* task = Named(kVemTuiTaskNode, name);
-    VemAddChildTail(parent, task);
-    return task;
+    return vemtest::Add(parent, Named(kVemTuiTaskNode, name));
 }
 
 CVemBaseNode* AddTaskWithCode(CVemBaseNode* parent, const char* name, const char* path, u16 code) {
@@ -51,15 +49,13 @@ TEST_F(ExeNode, TablesAndTaskDefinitionSegmentAreHandedOver) {
 
 TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
     NodePtr exe = MakeNode(kVemExeNode);
-    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe.get(), tasks);
+    CVemBaseNode* tasks = vemtest::Add(exe.get(), VemNewNode(kVemTaskContainerNode));
     CVemBaseNode* first = AddTask(tasks, "T1");
     VemAddChildTail(first, Variable("V", 0, 2));
     VemAddChildTail(tasks, Variable("NOT_A_TASK", 0, 2));
     CVemBaseNode* second = AddTask(tasks, "T2");
     CVemBaseNode* third = AddTask(tasks, "T3");
-    CVemBaseNode* global = Named(kVemBaseNode, "Global - Resource");
-    VemAddChildTail(exe.get(), global);
+    CVemBaseNode* global = vemtest::Add(exe.get(), Named(kVemBaseNode, "Global - Resource"));
     CVemBaseNode* globalTask = AddTask(global, "G");
     VemComputeProgramNumbers(exe.get(), 0);
     EXPECT_EQ(VemGetProgramNr(first), 1);
@@ -77,11 +73,9 @@ TEST_F(ExeNode, ProgramNumbersSkipOtherChildren) {
 // or a container with another name numbers nothing.
 TEST_F(ExeNode, ContainerIsPreferredToATaskNode) {
     NodePtr exe = MakeNode(kVemExeNode);
-    CVemBaseNode* plain = Named(kVemTaskNode, "TASKS");
-    VemAddChildTail(exe.get(), plain);
+    CVemBaseNode* plain = vemtest::Add(exe.get(), Named(kVemTaskNode, "TASKS"));
     CVemBaseNode* inPlain = AddTask(plain, "A");
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe.get(), container);
+    CVemBaseNode* container = vemtest::Add(exe.get(), VemNewNode(kVemTaskContainerNode));
     CVemBaseNode* inContainer = AddTask(container, "B");
     CVemBaseNode* other = Named(kVemBaseNode, "TASKS");  // right name, wrong type
     VemAddChildHead(exe.get(), other);
@@ -130,11 +124,9 @@ TEST_F(ExeNode, FilteringLeavesOtherNodesAndTheSwitchOffAlone) {
 
 TEST_F(ExeNode, UnitPathsOfGlobalTasksOnly) {
     NodePtr exe = MakeNode(kVemExeNode);
-    CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(exe.get(), tasks);
+    CVemBaseNode* tasks = vemtest::Add(exe.get(), VemNewNode(kVemTaskContainerNode));
     AddTaskWithCode(tasks, "T1", "C:\\PRJ\\T1.st", 7);
-    CVemBaseNode* global = Named(kVemBaseNode, "Global - Resource");
-    VemAddChildTail(exe.get(), global);
+    CVemBaseNode* global = vemtest::Add(exe.get(), Named(kVemBaseNode, "Global - Resource"));
     AddTaskWithCode(global, "G1", "C:\\PRJ\\G1.st", 5);
     CVemBaseNode* second = AddTaskWithCode(global, "G2", "C:\\PRJ\\G2.st", 6);
     CVemBaseNode* fun = VemCreateCVemFunctionNode("F", "C:\\PRJ\\F.st");

@@ -5,8 +5,6 @@
 #include "alloc_hook.h"
 #include "compiled_test_util.h"
 
-using compiledtest::CodeNode;
-using compiledtest::CodeNodePaths;
 using compiledtest::Concat;
 using compiledtest::kEmptyTable;
 using compiledtest::LoadRecord;
@@ -125,6 +123,7 @@ std::size_t SettingsOffset(const std::vector<u8>& record) {
 TEST_F(ExeRecord, DeviceSettingsTakeTheir129BytesAndLoadWidened) {
     LurSetEvemEnabled(0);
     NodePtr exe = ExeWithSettings();
+    VemAddChildTail(exe.get(), VemNewNode(kVemTaskContainerNode));  // its tasks sought without a file
     const std::vector<u8> record = StoreRecord(exe.get());
     ASSERT_EQ(kDistinctSettingsBytes.size(), 129u);
     const std::vector<u8> tail = EmptyTail(kDistinctSettingsBytes);
@@ -167,38 +166,6 @@ TEST_F(ExeRecord, MarkerAndReservedBytesAreSkippedAndAlignmentZeroLoadsAsOne) {
     EXPECT_EQ(VemGetDeviceSettings(exe.get())->Alignment, 0);
     EXPECT_EQ(zero[at + 36], 0);
     EXPECT_EQ(VemGetDeviceSettings(LoadPatched(zero, at, {}).get())->Alignment, 1);
-}
-
-TEST_F(ExeRecord, TablesEntryContainerAndCodeNodesComeBack) {
-    vemtest::TempDir dir;
-    NodePtr exe = ExeWithSettings();
-    VemSegTblAddNewSegment(VemGetSegmentTable(exe.get()), nullptr);
-    CVemByteArray* segment = VemBaNewByteArray(0, 1, 1, 0);
-    VemBaAppendWord(segment, 0x4321);
-    VemSegTblAddNewSegment(VemGetSegmentTable(exe.get()), segment);
-    VemSegTblAddNewSegment(VemGetComponentList(exe.get()), VemBaNewByteArray(1, 2, 1, 0));
-    CVemByteArray* taskDefs = VemBaNewByteArray(0, 1, 1, 0);
-    VemBaAppendByte(taskDefs, 9);
-    VemSetTaskDefSegment(exe.get(), taskDefs);
-    VemAddNewSegmentLength(exe.get(), 2);
-    vemtest::WriteFileText(dir.file("a.txt"), "a");
-    VemAddContainerFile(exe.get(), dir.file("a.txt").c_str(), "A", 4);
-    VemGetEvemRootNodeListPtr(exe.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
-    VemAddChildTail(exe.get(), VemNewNode(kVemTaskContainerNode));
-    const std::vector<u8> record = StoreRecord(exe.get());
-    NodePtr loaded = MakeNode(kVemExeNode);
-    EXPECT_EQ(LoadRecord(loaded.get(), record), 0u);
-    EXPECT_EQ(VemBaGetBytePointer(VemSegTblGetSegment(VemGetSegmentTable(loaded.get()), 1))[0], 0x21);
-    EXPECT_EQ(VemSegTblGetNoOfSegments(VemGetComponentList(loaded.get())), 1);
-    EXPECT_EQ(VemBaIsMotorolaFormat(VemSegTblGetSegment(VemGetComponentList(loaded.get()), 0)), 1);
-    ASSERT_NE(VemGetTaskDefSegment(loaded.get()), nullptr);
-    EXPECT_EQ(loaded->GetTaskDefSegmentBytePointer()[0], 9);
-    EXPECT_EQ(VemGetAbsOffset(loaded.get(), 2), 2u);
-    EXPECT_EQ(VemGetContainerFileType(loaded.get(), "A"), 4u);
-    EXPECT_EQ(CodeNodePaths(loaded.get()), std::vector<std::string>{"C:\\PRJ\\A.st"});
-    EXPECT_EQ(compiledtest::ChildNames(loaded.get()), std::vector<std::string>{"TASKS"});
-    EXPECT_EQ(VemGetNoOfTask(loaded.get()), 0);
-    EXPECT_EQ(StoreRecord(loaded.get()), record);
 }
 
 // Version 0 held a download list and a byte buffer behind the tables and one more buffer behind

@@ -82,8 +82,7 @@ TEST(TaskContainer, ADamagedTaskFileFailsTheWholeLoadCleanly) {
     CVemDownloadList list;
     WriteObjectFile(dir.file("list.tsk"), &list);
     Bytes unknown;
-    unknown.u16_(0xFFFF).u16_(5).u16_(12);  // new class, schema 5, a name of 12 characters
-    for (char c : std::string("CVemNoSuchNd")) unknown.u8_(static_cast<u8>(c));
+    unknown.newClass(5, "CVemNoSuchNd");
     Bytes newer = Bytes().raw(good);
     newer.v[2 + 2 + 2 + 12] = 1;  // behind tag, schema, length and "CVemBaseNode": the record's schema word
 

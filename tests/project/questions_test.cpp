@@ -135,14 +135,11 @@ namespace {
 struct MappedTask : ::testing::Test {
     void SetUp() override {
         root = VemNewNode(kVemBaseNode);
-        task = VemNewNode(kVemTuiTaskNode);
-        VemSetName(task, "TASK");
+        task = vemtest::NewNode(kVemTuiTaskNode, "TASK");
         VemAddChildTail(root, task);
         for (const char* name : {"A", "B"})
             VemAddChildTail(task, VemCreateCVemVariableNode(name, 0, kCbeTypeInt, 2, 0));
-        CVemBaseNode* array = VemNewNode(kVemArrayNode);
-        VemSetName(array, "ARR");
-        VemAddChildTail(task, array);
+        VemAddChildTail(task, vemtest::NewNode(kVemArrayNode, "ARR"));
         VemCreateChildNodePathList(task);
         map = VemGetNodePath2NodeList(task);
         ASSERT_EQ(map->GetCount(), 3);
@@ -177,8 +174,7 @@ TEST_F(MappedTask, NodesOfAnotherTreeThatGoLeaveTheMap) {
 TEST_F(MappedTask, AfterAnExpansionTheMapHoldsOnlyLiveNodes) {
     CVemBaseNode* array = VemFindVemNodeByNameAndType(task, "ARR", kVemArrayNode);
     VemSetDimRange4Index(VemGetRange(array), 0, {0, 1, 0});
-    CVemBaseNode* element = VemCreateCVemVariableNode("E", 0, kCbeTypeInt, 2, 0);
-    VemAddChildTail(array, element);
+    VemAddChildTail(array, VemCreateCVemVariableNode("E", 0, kCbeTypeInt, 2, 0));
     VemCreateChildNodePathList(task);
     VemExpandArray(task);
     for (POSITION pos = map->GetStartPosition(); pos;) {
@@ -196,8 +192,7 @@ TEST_F(MappedTask, AfterAnExpansionTheMapHoldsOnlyLiveNodes) {
 // another tree stays.
 TEST_F(MappedTask, NodesDroppedBelowALiveNodeOfAnotherTreeLeaveTheMap) {
     CVemBaseNode* tasks = VemNewNode(kVemTaskContainerNode);
-    CVemBaseNode* other = VemNewNode(kVemTuiTaskNode);
-    VemAddChildTail(tasks, other);
+    CVemBaseNode* other = vemtest::Add(tasks, VemNewNode(kVemTuiTaskNode));
     VemAddChildTail(other, VemCreateCVemVariableNode("C", 0, kCbeTypeInt, 2, 0));
     TempDir dir;
     EXPECT_EQ(VemWriteNode(tasks, dir.file("tasks.vem").c_str()), 1);

@@ -104,8 +104,7 @@ TEST(Reliability, HundredThousandNestedChildrenFailAtTheDepthBound) {
 // could not be read back.
 TEST(Reliability, RecordsThatNameTheTypeOfAnotherClassAreRefused) {
     TempDir dir;
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    VemSetName(root, "R");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "R");
     VemAddChildTail(root, VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 0));
     ASSERT_EQ(VemWriteNode(root, dir.file("good.vem").c_str()), 1);
     VemDeleteNode(root);
@@ -245,8 +244,7 @@ TEST(Reliability, TheDepthBoundHoldsAcrossTaskFiles) {
             CVemBaseNode* top = VemNewNode(kVemBaseNode);
             CVemBaseNode* bottom = top;
             for (int i = 1; i < levels; ++i) {
-                CVemBaseNode* next = VemNewNode(kVemBaseNode);
-                VemAddChildTail(bottom, next);
+                CVemBaseNode* next = vemtest::Add(bottom, VemNewNode(kVemBaseNode));
                 bottom = next;
             }
             CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
@@ -284,8 +282,7 @@ private:
 };
 
 std::vector<u8> WriteOldFile(const std::string& path) {
-    CVemBaseNode* old = VemNewNode(kVemBaseNode);
-    VemSetName(old, "Old");
+    CVemBaseNode* old = vemtest::NewNode(kVemBaseNode, "Old");
     VemAddChildTail(old, VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 0));
     EXPECT_EQ(VemWriteNode(old, path.c_str()), 1);
     VemDeleteNode(old);
@@ -335,8 +332,7 @@ TEST(Reliability, AFailureAtAnyAllocationOfAWriteLeavesTheOldFileWhole) {
     TempDir dir;
     const std::string target = dir.file("r.vem");
     const std::vector<u8> before = WriteOldFile(target);
-    CVemBaseNode* tree = VemNewNode(kVemProjectNode);
-    VemSetName(tree, "Old");
+    CVemBaseNode* tree = vemtest::NewNode(kVemProjectNode, "Old");
     for (int i = 0; i < 5; ++i) VemAddChildTail(tree, VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 0));
     for (long k = 0;; ++k) {
         SCOPED_TRACE(k);

@@ -29,10 +29,6 @@ CVemBaseNode* Task(CVemBaseNode* exe, int index) {
     return Child(Container(exe), vembuild::TaskName(index).c_str(), kVemTuiTaskNode);
 }
 
-CVemBaseNode* GlobalTask(CVemBaseNode* exe) {
-    return Child(Child(exe, vembuild::kGlobalName, kVemBaseNode), vembuild::kGlobalTaskName, kVemTuiTaskNode);
-}
-
 class Road : public ::testing::Test {
 protected:
     void SetUp() override { LurResetSettings(); }
@@ -59,7 +55,8 @@ TEST_F(Road, CompilerSideBeforeWriting) {
     EXPECT_EQ(VemGetProgramNr(Task(exe, 0)), 1);
     EXPECT_EQ(VemGetProgramNr(Task(exe, 1)), 2);
     EXPECT_EQ(VemGetProgramNr(Child(Task(exe, 1), "V3", kVemVariableNode)), 2);
-    EXPECT_EQ(VemGetProgramNr(GlobalTask(exe)), 0);
+    CVemBaseNode* global = Child(exe, vembuild::kGlobalName, kVemBaseNode);
+    EXPECT_EQ(VemGetProgramNr(Child(global, vembuild::kGlobalTaskName, kVemTuiTaskNode)), 0);
 
     // One code node per unit: the tasks' own, the two blocks whatever the case of their paths, and
     // GLOBAL with its function. The tasks' lists are empty.
@@ -131,50 +128,41 @@ TEST_F(Road, WrittenLoadedAskedAndDeleted) {
     EXPECT_EQ(watch.Live(), 0);
 }
 
-// With the statement model off the records have no code nodes, and the same files read back.
-TEST_F(Road, WithoutTheStatementModel) {
-    LurSetEvemEnabled(0);
-    Write(shape_);
-    CVemBaseNode* root = VemLoadNode(NodeFile().c_str());
-    ASSERT_NE(root, nullptr);
-    EXPECT_TRUE(CodeNodePaths(root).empty());
-    CVemBaseNode* task = Task(root, 0);
-    VemCreateChildNodePathList(task);
-    EXPECT_EQ(VemGetAbsoluteVariableOffset(task, "TASK1.V0"), 20u + 4);
-    VemDeleteNode(root);
-}
-
 // The files of a resource read back only with the switch with which they were written. A task
 // file alone would load with its code node count left unread behind the record; but GLOBAL stands
 // inline in the node file, so the executable's own fields are read two bytes too early and the file
 // ends before them: the load fails, without a message. Written off and read on, it fails as well.
+// Without GLOBAL (and units) the node file holds only the executable's record, whose code nodes stay
+// unread behind it, and the task files the same: that loads.
 TEST_F(Road, TheSwitchWhenWrittenAndWhenRead) {
-    for (int written : {1, 0}) {
-        LurSetEvemEnabled(written);
-        Write(shape_);
-        LurSetEvemEnabled(1 - written);
+    struct Row {
+        int written, read;
+        bool global, loads;
+    };
+    for (const Row& r :
+         {Row{0, 0, true, true}, Row{1, 0, true, false}, Row{0, 1, true, false}, Row{1, 0, false, true}}) {
+        SCOPED_TRACE(testing::Message() << r.written << r.read << r.global);
+        LurSetEvemEnabled(r.written);
+        shape_.unitsPerTask = r.global ? 1 : 0;
+        CVemBaseNode* exe = vembuild::BuildResource(shape_);
+        if (!r.global) VemDeleteChildNode(exe, Child(exe, vembuild::kGlobalName, kVemBaseNode));
+        ASSERT_EQ(vembuild::WriteResource(exe, dir_.path(), NodeFile()), 1);
+        VemDeleteNode(exe);
+        LurSetEvemEnabled(r.read);
         MessageCapture messages;
         vemtest::AllocationWatch watch;
-        EXPECT_EQ(VemLoadNode(NodeFile().c_str()), nullptr) << written;
+        CVemBaseNode* root = VemLoadNode(NodeFile().c_str());
+        ASSERT_EQ(root != nullptr, r.loads);
+        if (root) {
+            EXPECT_EQ(ChildNames(Container(root)), (std::vector<std::string>{"TASK1", "TASK2"}));
+            EXPECT_TRUE(CodeNodePaths(root).empty());
+            VemCreateChildNodePathList(Task(root, 0));
+            EXPECT_EQ(VemGetAbsoluteVariableOffset(Task(root, 0), "TASK1.V0"), vembuild::CodeLength(shape_) + 4u);
+            VemDeleteNode(root);
+        }
         EXPECT_EQ(watch.Live(), 0);
         EXPECT_TRUE(messages.texts().empty());
     }
-}
-
-// Without GLOBAL the node file holds only the executable's record, whose code nodes stay unread
-// behind it; the task files the same.
-TEST_F(Road, SwitchOnWhenWrittenAndOffWhenReadWithoutInlineTasks) {
-    shape_.unitsPerTask = 0;
-    CVemBaseNode* exe = vembuild::BuildResource(shape_);
-    VemDeleteChildNode(exe, VemFindVemNodeByNameAndType(exe, vembuild::kGlobalName, kVemBaseNode));
-    ASSERT_EQ(vembuild::WriteResource(exe, dir_.path(), NodeFile()), 1);
-    VemDeleteNode(exe);
-    LurSetEvemEnabled(0);
-    CVemBaseNode* root = VemLoadNode(NodeFile().c_str());
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(ChildNames(Container(root)), (std::vector<std::string>{"TASK1", "TASK2"}));
-    EXPECT_TRUE(CodeNodePaths(root).empty());
-    VemDeleteNode(root);
 }
 
 // A large resource: 10 tasks of 5000 plain variables each.

@@ -1,16 +1,14 @@
-// Compiled task: its record, old records, the code nodes that hang on the switch, task files.
+// Compiled task: its record, old records, the code nodes that hang on the switch.
 
 #include "alloc_hook.h"
 #include "compiled_test_util.h"
 
-using compiledtest::CodeNode;
 using compiledtest::Concat;
 using compiledtest::LoadRecord;
 using compiledtest::MakeNode;
 using compiledtest::NodePtr;
 using compiledtest::StoreRecord;
 using compiledtest::Stored;
-using compiledtest::Variable;
 using vemtest::Bytes;
 
 namespace {
@@ -36,26 +34,6 @@ NodePtr SmallTask() {
     return task;
 }
 
-// A task with children, two segments, an entry, a file, offsets and two code nodes.
-NodePtr FullTask(const vemtest::TempDir& dir) {
-    NodePtr task = MakeNode(kVemTuiTaskNode, "TASK1");
-    VemAddChildTail(task.get(), Variable("V", 4, 2));
-    CSegmentTable* table = VemGetSegmentTable(task.get());
-    VemSegTblAddNewSegment(table, nullptr);
-    CVemByteArray* data = VemBaNewByteArray(1, 2, 1, 0);
-    VemBaAppendWord(data, 0x1234);
-    VemSegTblAddNewSegment(table, data);
-    VemAddNewSegmentLength(task.get(), 2);
-    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
-    VemBaAppendByte(entry, 0xAB);
-    VemSetTaskDefEntry(task.get(), entry);
-    vemtest::WriteFileText(dir.file("t.cfg"), "cfg");
-    VemAddContainerFile(task.get(), dir.file("t.cfg").c_str(), "CFG", 3);
-    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\A.st"));
-    VemGetEvemRootNodeListPtr(task.get())->AddTail(CodeNode("C:\\PRJ\\B.st"));
-    return task;
-}
-
 }  // namespace
 
 // With the switch on, the count of code nodes follows.
@@ -73,10 +51,11 @@ TEST_F(TuiTaskRecord, TailBehindTheProgramRecord) {
 // written with it off and read with it on, the load fails and leaves nothing.
 TEST_F(TuiTaskRecord, TheSwitchWhenWrittenAndWhenRead) {
     vemtest::TempDir dir;
-    NodePtr task = FullTask(dir);
+    NodePtr task(compiledtest::FullTask(dir));
     const std::vector<u8> on = StoreRecord(task.get());
     LurSetEvemEnabled(0);
-    const std::vector<u8> off = StoreRecord(FullTask(dir).get());  // made with the switch off as well
+    const std::vector<u8> off =
+        StoreRecord(NodePtr(compiledtest::FullTask(dir)).get());  // made with the switch off as well
     EXPECT_EQ(StoreRecord(task.get()), off);
     NodePtr loaded = MakeNode(kVemTuiTaskNode);
     EXPECT_EQ(LoadRecord(loaded.get(), on), on.size() - off.size());
@@ -125,21 +104,4 @@ TEST_F(TuiTaskRecord, VersionZeroLoadsWithTheOldRowsDropped) {
     EXPECT_THROW(VemGetAbsOffset(loaded.get(), 2), CInvalidArgException);
     // Stored again it is a record of the current version.
     EXPECT_EQ(StoreRecord(loaded.get())[program.size()], 1);
-}
-
-// A task file holds the task as a new object of a new class: FFFF, class schema 5, the name.
-TEST_F(TuiTaskRecord, TaskFileObjectForm) {
-    NodePtr task = SmallTask();
-    const std::vector<u8> bytes = Stored([&](CArchive& ar) { EXPECT_EQ(VemWriteObject(task.get(), ar), 1); });
-    const std::vector<u8> head = Bytes().u16_(0xFFFF).u16_(5).u16_(15).v;
-    const std::string name = "CVemTuiTaskNode";
-    ASSERT_GT(bytes.size(), head.size() + name.size());
-    EXPECT_EQ(std::vector<u8>(bytes.begin(), bytes.begin() + 6), head);
-    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 21), name);
-    CMemFile in(bytes);
-    CArchive ar(&in, CArchive::load);
-    NodePtr read(VemReadObject(ar));
-    ASSERT_NE(read, nullptr);
-    EXPECT_EQ(VemGetNodeType(read.get()), kVemTuiTaskNode);
-    EXPECT_EQ(VemGetAbsOffset(read.get(), 2), 100u);
 }

@@ -1,54 +1,39 @@
 // EVemGetStatementFields answers as the single functions do: for every kind, a null node and the
 // switch off.
-#include <sstream>
+#include <cstdint>
 
 #include "evem_test_util.h"
 
 namespace {
 
-std::string Text(const tEVemStatementFields& f) {
-    std::ostringstream s;
-    s << f.Type << ' ' << f.AwlLine << ' ' << f.AwlColumn << ' ' << f.UcodeOffset << ' ' << f.NegOperand << ' '
-      << f.AccuType << ' ' << f.CbeType << ' ' << f.AddressMode << ' ' << f.Offset << ' ' << f.FarOffset << ' '
-      << f.LabelNum << ' ' << f.InType << ' ' << f.OutType << ' ' << f.IndexCount << " '" << f.Name.str() << "' '"
-      << f.TypeName.str() << "' " << f.Value << ' ' << f.VemNode << ' ' << f.InstanceNode << ' ' << f.ElementNode << ' '
-      << f.StdStringLParam << ' ' << f.StdStringPParam << ' ' << f.StdStringIn2Param;
-    return s.str();
+std::string Show(const CString& s) { return "'" + s.str() + "'"; }
+std::string Show(const void* p) { return std::to_string(reinterpret_cast<std::uintptr_t>(p)); }
+std::string Show(long long v) { return std::to_string(v); }
+
+template <class... Field>
+std::string Text(const Field&... fields) {
+    std::string text;
+    ((text += Show(fields) + ' '), ...);
+    return text;
 }
 
 std::string OneByOne(CEVemBaseNode* n) {
-    tEVemStatementFields f{};
-    EVemGetAwlPosition(n, f.AwlLine, f.AwlColumn);
-    f = {EVemGetNodeType(n),
-         f.AwlLine,
-         f.AwlColumn,
-         EVemGetUcodeOffset(n),
-         EVemGetNegOperand(n),
-         EVemGetAccuType(n),
-         EVemGetCbeType(n),
-         EVemGetAddressMode(n),
-         EVemGetOffset(n),
-         EVemGetFarOffset(n),
-         EVemGetLabelNum(n),
-         EVemGetInType(n),
-         EVemGetOutType(n),
-         EVemGetIndexCount(n),
-         EVemGetName(n),
-         EVemGetTypeName(n),
-         EVemGetValue(n),
-         EVemGetVemNode(n),
-         EVemGetInstanceNode(n),
-         EVemGetElementNode(n),
-         EVemGetStdStringLParamStmtNode(n),
-         EVemGetStdStringPParamStmtNode(n),
-         EVemGetStdStringIn2ParamStmtNode(n)};
-    return Text(f);
+    u16 line = 0, column = 0;
+    EVemGetAwlPosition(n, line, column);
+    return Text(EVemGetNodeType(n), line, column, EVemGetUcodeOffset(n), EVemGetNegOperand(n), EVemGetAccuType(n),
+                EVemGetCbeType(n), EVemGetAddressMode(n), EVemGetOffset(n), EVemGetFarOffset(n), EVemGetLabelNum(n),
+                EVemGetInType(n), EVemGetOutType(n), EVemGetIndexCount(n), EVemGetName(n), EVemGetTypeName(n),
+                EVemGetValue(n), EVemGetVemNode(n), EVemGetInstanceNode(n), EVemGetElementNode(n),
+                EVemGetStdStringLParamStmtNode(n), EVemGetStdStringPParamStmtNode(n),
+                EVemGetStdStringIn2ParamStmtNode(n));
 }
 
 std::string AtOnce(CEVemBaseNode* n, int served) {
     tEVemStatementFields f{};
     EXPECT_EQ(EVemGetStatementFields(n, &f), served);
-    return Text(f);
+    return Text(f.Type, f.AwlLine, f.AwlColumn, f.UcodeOffset, f.NegOperand, f.AccuType, f.CbeType, f.AddressMode,
+                f.Offset, f.FarOffset, f.LabelNum, f.InType, f.OutType, f.IndexCount, f.Name, f.TypeName, f.Value,
+                f.VemNode, f.InstanceNode, f.ElementNode, f.StdStringLParam, f.StdStringPParam, f.StdStringIn2Param);
 }
 
 using StatementFields = evemtest::EVemTest;

@@ -82,14 +82,6 @@ Bytes& OldHead(Bytes& b, unsigned type, unsigned line, unsigned nextType) {
 // The record of a code node with path "U" and no statements.
 std::vector<u8> EmptyCodeNodeRecord() { return Bytes().u16_(3).u16_(3).u16_(3).u16_(0).u16_(0).u8_(0).u16_(0).v; }
 
-// Head of an object: new class, schema 5, class name.
-Bytes ObjectHead(const std::string& name) {
-    Bytes b;
-    b.u16_(0xFFFF).u16_(5).u16_(static_cast<unsigned>(name.size()));
-    for (char ch : name) b.u8_(static_cast<u8>(ch));
-    return b;
-}
-
 std::vector<u8> WriteObject(CEVemBaseNode* node) {
     CMemFile file;
     CArchive ar(&file, CArchive::store);
@@ -125,12 +117,6 @@ TEST_F(EVemTest, CodeNodeRecordIsTheExampleAndLoadsBackWithItsChain) {
     EXPECT_EQ(StoreRecord(code.get()), ExampleCodeNodeRecord());
 }
 
-TEST_F(EVemTest, EmptyChainIsOnlyTheTerminator) {
-    NodePtr code = Create(kEVemPouCodeNode, "U");
-    EXPECT_EQ(StoreRecord(code.get()), EmptyCodeNodeRecord());
-    EXPECT_EQ(EVemGetStatementNode(LoadRecord(EmptyCodeNodeRecord(), kEVemPouCodeNode).get()), nullptr);
-}
-
 TEST_F(EVemTest, ConstantAndPlainStatementRecordsAreTenBytes) {
     NodePtr constant = Create(kEVemLdConstStmtNode);
     NodePtr plain = Create(kEVemNotStmtNode);
@@ -151,18 +137,12 @@ TEST_F(EVemTest, LabelRecordHoldsNameTypeNameOffsetAndNumber) {
     EVemSetAwlLine(label.get(), 9);
     EVemSetUcodeOffset(label.get(), 0x40);
     const std::vector<u8> record = StoreRecord(label.get());
-    EXPECT_EQ(record, (Bytes()
-                           .u16_(3)
-                           .u16_(120)  // base record
-                           .u16_(3)
-                           .u16_(9)
-                           .u16_(0x40)  // statement part
-                           .u16_(3)
-                           .str("Inst")
-                           .str("FB")  // label part: schema, Name, TypeName
-                           .u16_(0x102)
-                           .u16_(3)  // Offset, LabelNum
-                           .v));
+    Bytes expected;
+    expected.u16_(3).u16_(120);              // base record
+    expected.u16_(3).u16_(9).u16_(0x40);     // statement part
+    expected.u16_(3).str("Inst").str("FB");  // label part: schema, Name, TypeName
+    expected.u16_(0x102).u16_(3);            // Offset, LabelNum
+    EXPECT_EQ(record, expected.v);
     NodePtr loaded = LoadRecord(record, kEVemCalFbStmtNode);
     EXPECT_EQ(EVemGetName(loaded.get()), "Inst");
     EXPECT_EQ(EVemGetTypeName(loaded.get()), "FB");
@@ -304,6 +284,7 @@ TEST_F(EVemTest, UnknownStatementKindInARecordRaisesTheUserException) {
     EXPECT_EQ(CEVemBaseNode::LiveCount(), live);
 }
 
+// The second code node has no statements: its chain is only the terminator.
 TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
     CObList list;
     list.AddTail(ExampleCodeNode().release());
@@ -321,13 +302,14 @@ TEST_F(EVemTest, ListOfCodeNodesIsACountAndTheRecords) {
     auto* first = static_cast<CEVemBaseNode*>(list.GetHead());
     EXPECT_EQ(EVemGetPathName(first), "U");
     EXPECT_EQ(ChainTypes(EVemGetStatementNode(first)), std::vector<int>{8});
+    EXPECT_EQ(EVemGetStatementNode(static_cast<CEVemBaseNode*>(list.GetTail())), nullptr);  // an empty chain
     vem::evem::DeleteRootList(list);
     EXPECT_TRUE(list.IsEmpty());
 }
 
 TEST_F(EVemTest, ObjectFormHoldsTheClassNameAndSchemaFive) {
     const std::vector<u8> object = WriteObject(ExampleCodeNode().get());
-    EXPECT_EQ(object, ObjectHead("CEVemPouCodeNode").raw(ExampleCodeNodeRecord()).v);
+    EXPECT_EQ(object, Bytes().newClass(5, "CEVemPouCodeNode").raw(ExampleCodeNodeRecord()).v);
     CMemFile in(object);
     CArchive ar(&in, CArchive::load);
     NodePtr loaded(EVemReadObject(ar));
@@ -350,7 +332,7 @@ TEST_F(EVemTest, ObjectFunctionsActOnlyWhenTheSettingIsExactlyOne) {
 
 TEST_F(EVemTest, ObjectOfAnotherClassOrCutShortReadsAsNull) {
     const long live = CEVemBaseNode::LiveCount();
-    CMemFile in(ObjectHead("CObList").u16_(0).v);
+    CMemFile in(Bytes().newClass(5, "CObList").u16_(0).v);
     CArchive ar(&in, CArchive::load);
     EXPECT_EQ(EVemReadObject(ar), nullptr);
     const std::vector<u8> whole = WriteObject(ExampleCodeNode().get());

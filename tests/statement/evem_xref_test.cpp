@@ -11,13 +11,9 @@ using xreftest::AddUnit;
 using xreftest::Append;
 using xreftest::MakeExe;
 using xreftest::TreePtr;
+using vemtest::Add;
 
 namespace {
-
-CVemBaseNode* Add(CVemBaseNode* parent, CVemBaseNode* child) {
-    VemAddChildTail(parent, child);
-    return child;
-}
 
 CVemBaseNode* Variable(CVemBaseNode* parent, const char* name, u32 kind) {
     CVemBaseNode* v = Add(parent, VemCreateCVemVariableNode(name, 0, kCbeTypeInt, 2, 0));

@@ -66,7 +66,6 @@ inline std::string DumpText(CVemBaseNode* node, const char* prefix) {
     return std::string(file.Data().begin(), file.Data().end());
 }
 
-// A code node with a path, through the flat functions.
 // An empty segment table as it stands in a record.
 inline const std::vector<u8> kEmptyTable = vemtest::Bytes()
                                                .u16_(0)  // no entries
@@ -81,6 +80,7 @@ inline const std::vector<u8> kEmptyTable = vemtest::Bytes()
                                                .u16_(0)  // next number
                                                .v;
 
+// A code node with a path, through the flat functions.
 inline CEVemBaseNode* CodeNode(const char* path) {
     CEVemBaseNode* code = EVemCreateNode(kEVemPouCodeNode, "unit");
     EVemSetPathName(code, path);
@@ -94,6 +94,27 @@ inline std::vector<std::string> CodeNodePaths(CVemBaseNode* node) {
         paths.push_back(EVemGetPathName(static_cast<CEVemBaseNode*>(list->GetNext(pos))).str());
     }
     return paths;
+}
+
+// A compiled task with a variable, two segments (one Motorola), an entry, a data container file
+// (made in `dir`), offsets and two code nodes.
+inline CVemBaseNode* FullTask(const vemtest::TempDir& dir) {
+    CVemBaseNode* task = Named(kVemTuiTaskNode, "TASK1");
+    VemAddChildTail(task, Variable("V", 4, 2));
+    CSegmentTable* table = VemGetSegmentTable(task);
+    VemSegTblAddNewSegment(table, nullptr);
+    CVemByteArray* data = VemBaNewByteArray(1, 2, 1, 0);
+    VemBaAppendWord(data, 0x1234);
+    VemSegTblAddNewSegment(table, data);
+    VemAddNewSegmentLength(task, 2);
+    CVemByteArray* entry = VemBaNewByteArray(0, 1, 1, 0);
+    VemBaAppendByte(entry, 0xAB);
+    VemSetTaskDefEntry(task, entry);
+    vemtest::WriteFileText(dir.file("t.cfg"), "cfg");
+    VemAddContainerFile(task, dir.file("t.cfg").c_str(), "CFG", 3);
+    VemGetEvemRootNodeListPtr(task)->AddTail(CodeNode("C:\\PRJ\\A.st"));
+    VemGetEvemRootNodeListPtr(task)->AddTail(CodeNode("C:\\PRJ\\B.st"));
+    return task;
 }
 
 using vemtest::ChildNames;

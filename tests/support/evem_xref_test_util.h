@@ -15,8 +15,7 @@ using TreePtr = compiledtest::NodePtr;
 
 // An executable node, which owns the code nodes of its list.
 inline TreePtr MakeExe() {
-    CVemBaseNode* exe = VemNewNode(kVemExeNode);
-    VemSetName(exe, "RES");
+    CVemBaseNode* exe = vemtest::NewNode(kVemExeNode, "RES");
     return TreePtr(exe);
 }
 

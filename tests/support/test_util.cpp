@@ -72,8 +72,7 @@ void WriteObjectFile(const std::string& path, const CObject* object) {
 
 void WriteContainerFile(const std::string& path, const std::vector<std::pair<std::string, std::string>>& tasks) {
     CVemBaseNode* root = NewNode(kVemResourceNode, "R");
-    CVemBaseNode* container = VemNewNode(kVemTaskContainerNode);
-    VemAddChildTail(root, container);
+    CVemBaseNode* container = vemtest::Add(root, VemNewNode(kVemTaskContainerNode));
     for (const auto& [name, file] : tasks) VemTaskCompiled(container, name.c_str(), file.c_str());
     EXPECT_EQ(VemWriteNode(root, path.c_str()), 1);
     VemDeleteNode(root);
@@ -90,5 +89,11 @@ void WriteFileText(const std::string& path, const std::string& text) {
 }
 
 bool FileExists(const std::string& path) { return std::filesystem::exists(path); }
+
+std::vector<u8> Written(CVemBaseNode* node) {
+    TempDir dir;
+    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
+    return ReadFileBytes(dir.file("n.vem"));
+}
 
 }  // namespace vemtest

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,8 @@ void WriteFileBytes(const std::string& path, const std::vector<u8>& bytes);
 std::string ReadFileText(const std::string& path);
 void WriteFileText(const std::string& path, const std::string& text);
 bool FileExists(const std::string& path);
+// The node file of the node: every stored field of it and its children.
+std::vector<u8> Written(CVemBaseNode* node);
 // Files and other objects of the system that the process holds open.
 int OpenHandles();
 // The object in a file of its own, as the compiler writes a task.
@@ -71,6 +74,11 @@ struct Bytes {
         v.insert(v.end(), b.begin(), b.end());
         return *this;
     }
+    // A new class in an object stream: the tag FFFF, the class schema, the name behind its length.
+    Bytes& newClass(unsigned schema, const std::string& name) {
+        u16_(0xFFFF).u16_(schema).u16_(static_cast<unsigned>(name.size()));
+        return raw(std::vector<u8>(name.begin(), name.end()));
+    }
 };
 
 // Names of the node's children, in order.
@@ -82,10 +90,24 @@ inline std::vector<std::string> ChildNames(CVemBaseNode* parent) {
     return names;
 }
 
+// Adds a child at the tail and gives it back.
+template <class Node>
+Node* Add(CVemBaseNode* parent, Node* child) {
+    VemAddChildTail(parent, child);
+    return child;
+}
+
 inline CVemBaseNode* NewNode(tVemNodeType type, const char* name) {
     CVemBaseNode* node = VemNewNode(type);
     VemSetName(node, name);
     return node;
+}
+
+// A little-endian array of ByteSize 1 that holds the bytes.
+inline CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
+    auto* array = new CVemByteArray;
+    for (u8 b : bytes) array->Append(&b, 1);
+    return array;
 }
 
 // Node type word of the root and the version stamp with its end: the 27 bytes in front of every

@@ -18,11 +18,4 @@ private:
     unsigned m_bitmap;
 };
 
-// Adds a child at the tail and gives it back.
-template <class Node>
-Node* Add(CVemBaseNode* parent, Node* child) {
-    VemAddChildTail(parent, child);
-    return child;
-}
-
 }  // namespace vemtest

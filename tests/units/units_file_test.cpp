@@ -1,9 +1,8 @@
-// Unit records in node files: the golden record of a function and units as objects; statement
-// lists: entries by line and their stored form.
+// Unit records in node files: the golden record of a function; statement lists: entries by line
+// and their stored form.
 #include "memory_test_util.h"
 #include "units/pou.h"
 #include "units/statlist.h"
-#include "variables/struct.h"
 #include "vem_bytearray.h"
 
 using vemtest::Bytes;
@@ -11,12 +10,6 @@ using vemtest::ReadFileBytes;
 using vemtest::TempDir;
 
 namespace {
-
-CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
-    auto* array = new CVemByteArray;
-    for (u8 b : bytes) array->Append(&b, 1);
-    return array;
-}
 
 CStatListEntry* NewEntry(u16 line, i32 codeLine, u32 aeType, u32 operandType) {
     auto* entry = new CStatListEntry;
@@ -30,7 +23,7 @@ CStatListEntry* NewEntry(u16 line, i32 codeLine, u32 aeType, u32 operandType) {
 // Gives a unit the fields of the golden record.
 void FillUnit(CVemBaseNode* unit) {
     VemGetStatList(unit)->NewEntry(NewEntry(4, -1, 2, 3));
-    VemSetPflArray(unit, NewArray({0xAA, 0xBB}));
+    VemSetPflArray(unit, vemtest::NewArray({0xAA, 0xBB}));
     VemSetSegmentNumbers(unit, 8, 7, 9, 1);
     VemSetCrSize(unit, 1);
     VemSetCrStackSize(unit, 2);
@@ -74,24 +67,6 @@ std::vector<u8> FunctionFile() {
     return b.v;
 }
 
-// A program with children of every kind of this subsystem, a statement list and arrays.
-CVemBaseNode* RichProgram() {
-    CVemBaseNode* program = VemNewNode(kVemProgramNode);
-    VemSetName(program, "MAIN");
-    FillUnit(program);
-    VemSetGlobal(program, 1);
-    CVemBaseNode* fb = VemCreateCVemFbNode("I : T", "t.poe");
-    FillUnit(fb);
-    VemAddChildTail(fb, VemCreateCVemVariableNode("X", 0, kCbeTypeInt, 2, 0));
-    CVemBaseNode* structure = VemNewNode(kVemStructNode);
-    VemAddChildTail(structure, VemCreateCVemVariableNode("M", 2, kCbeTypeBool, 1, 0));
-    CVemBaseNode* instance = VemNewNode(kVemFbInstanceNode);
-    VemSetTypeName(instance, "T");
-    for (CVemBaseNode* child : {fb, VemCreateCVemFunctionNode("G", "g.poe"), structure, instance})
-        VemAddChildTail(program, child);
-    return program;
-}
-
 }  // namespace
 
 TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
@@ -116,28 +91,6 @@ TEST(UnitsFile, FunctionRecordIsWrittenByteForByteAndLoadsEveryField) {
     EXPECT_EQ(f->DataSegmentPtr, nullptr);
     EXPECT_EQ(f->StatList->GetEntry(4)->CodeLine, -1);
     VemDeleteNode(loaded);
-}
-
-TEST(UnitsFile, UnitsTravelAsObjectsByTheirClassName) {
-    CMemFile file;
-    CVemBaseNode* program = RichProgram();
-    {
-        CArchive ar(&file, CArchive::store);
-        ASSERT_EQ(VemWriteObject(program, ar), 1);
-        ar.Close();
-    }
-    const std::vector<u8> bytes = file.Data();
-    const std::string name = "CVemProgramNode";
-    ASSERT_GT(bytes.size(), 6 + name.size());
-    EXPECT_EQ(std::string(bytes.begin() + 6, bytes.begin() + 6 + static_cast<long>(name.size())), name);
-    CMemFile in(bytes);
-    CArchive ar(&in, CArchive::load);
-    CVemBaseNode* read = VemReadObject(ar);
-    ASSERT_NE(read, nullptr);
-    EXPECT_EQ(read->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(read->Children.GetCount(), 4);
-    VemDeleteNode(program);
-    VemDeleteNode(read);
 }
 
 TEST(UnitsStatList, NewEntryAndGetEntry) {

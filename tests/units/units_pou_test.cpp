@@ -10,22 +10,12 @@ CVemBaseNode* NewVariable(const char* name, u16 offset) {
     return VemCreateCVemVariableNode(name, offset, kCbeTypeInt, 2, 0);
 }
 
-CVemBaseNode* NewProgram(const char* name) {
-    CVemBaseNode* p = VemNewNode(kVemProgramNode);
-    VemSetName(p, name);
-    return p;
-}
+CVemBaseNode* NewProgram(const char* name) { return vemtest::NewNode(kVemProgramNode, name); }
 
 std::vector<CVemBaseNode*> ChildrenOf(CVemBaseNode* node) {
     std::vector<CVemBaseNode*> out;
     for (POSITION pos = node->Children.GetHeadPosition(); pos;) out.push_back(node->ChildAt(pos));
     return out;
-}
-
-CVemByteArray* NewArray(std::initializer_list<u8> bytes) {
-    auto* array = new CVemByteArray;
-    for (u8 b : bytes) array->Append(&b, 1);
-    return array;
 }
 
 void AddChildren(CVemBaseNode* parent, std::initializer_list<CVemBaseNode*> children) {
@@ -36,13 +26,6 @@ void AddChildren(CVemBaseNode* parent, std::initializer_list<CVemBaseNode*> chil
 CVemBaseNode* InSegment(CVemBaseNode* unit, u16 segment) {
     VemSetSegmentNumbers(unit, segment, segment, segment, segment);
     return unit;
-}
-
-// The node's file, which holds every stored field of the unit and its children.
-std::vector<u8> Written(CVemBaseNode* node) {
-    vemtest::TempDir dir;
-    EXPECT_EQ(VemWriteNode(node, dir.file("n.vem").c_str()), 1);
-    return vemtest::ReadFileBytes(dir.file("n.vem"));
 }
 
 }  // namespace
@@ -71,8 +54,7 @@ TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences)
     VemSetReference(reference, 1);
     CVemBaseNode* structure = VemNewNode(kVemStructNode);
     VemSetPiLocation(structure, "%IX0.1");  // the location test is for plain variables only
-    CVemBaseNode* member = NewVariable("M", 0);
-    VemAddChildTail(structure, member);
+    CVemBaseNode* member = vemtest::Add(structure, NewVariable("M", 0));
     CVemBaseNode* own = VemCreateCVemVariableNode("D", 0, kCbeTypeInt, 2, 8);
     AddChildren(p, {plain, atPi, reference, structure, own});
 
@@ -85,8 +67,7 @@ TEST(UnitsPou, SegmentReachesTheChildrenButNotProcessImageVariablesOrReferences)
     EXPECT_EQ(VemGetParentSegment(own), 0xFFFF);
 
     // A child added later needs its own call.
-    CVemBaseNode* late = NewVariable("E", 0);
-    VemAddChildTail(p, late);
+    CVemBaseNode* late = vemtest::Add(p, NewVariable("E", 0));
     EXPECT_EQ(VemGetParentSegment(late), 0xFFFF);
     VemSetChildSegments(p);
     EXPECT_EQ(VemGetParentSegment(late), 5);
@@ -126,11 +107,11 @@ TEST(UnitsPou, ObjectFileIsTheSourcePathAndTheHeaderLengthIsNotKept) {
 
 TEST(UnitsPou, PflArrayIsTakenAndFreedButNeverReplacedByTheSetter) {
     CVemBaseNode* p = NewProgram("P");
-    CVemByteArray* first = NewArray({1, 2});
+    CVemByteArray* first = vemtest::NewArray({1, 2});
     VemSetPflArray(p, first);
     EXPECT_EQ(VemGetPflArray(p), first);
     CVemByteArray* taken = VemGetPflArray(p);
-    VemSetPflArray(p, NewArray({3}));  // the caller took the first one away before
+    VemSetPflArray(p, vemtest::NewArray({3}));  // the caller took the first one away before
     delete taken;
     VemDeleteNode(p);  // frees the second; ASan checks
 
@@ -215,16 +196,16 @@ TEST(UnitsPou, CloneCopiesTheUnitWithItsListAndArrays) {
     auto* entry = new CStatListEntry;
     entry->AwlLine = 4;
     VemGetStatList(source)->NewEntry(entry);
-    VemSetPflArray(source, NewArray({0xAA}));
-    CVemByteArray* data = NewArray({1, 2, 3});
+    VemSetPflArray(source, vemtest::NewArray({0xAA}));
+    CVemByteArray* data = vemtest::NewArray({1, 2, 3});
     VemSetDataSegmentPtr(source, data);
     VemAddChildTail(source, NewVariable("V", 0));
 
     CVemBaseNode* clone = VemClone(source);
     auto* c = static_cast<CVemProgramNode*>(clone);
     ASSERT_EQ(clone->GetRuntimeClass(), RUNTIME_CLASS(CVemProgramNode));
-    EXPECT_EQ(Written(clone), Written(source));       // every stored field, the list and the children
-    EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);  // not copied
+    EXPECT_EQ(vemtest::Written(clone), vemtest::Written(source));  // every stored field, the list and the children
+    EXPECT_EQ(c->NccSegNr, CVemPouNode::kNoSegment);               // not copied
     ASSERT_NE(c->StatList, nullptr);
     EXPECT_NE(c->StatList, p->StatList);
     ASSERT_NE(c->StatList->GetEntry(4), nullptr);

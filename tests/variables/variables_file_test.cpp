@@ -105,8 +105,7 @@ void ExpectVersionZeroFields(CVemVariableNode* v) {
 
 TEST(VariablesFile, RootWithOneVariableIsWrittenByteForByteAndLoadsEveryField) {
     TempDir dir;
-    CVemBaseNode* root = VemNewNode(kVemBaseNode);
-    VemSetName(root, "R");
+    CVemBaseNode* root = vemtest::NewNode(kVemBaseNode, "R");
     VemAddChildTail(root, VemCreateCVemVariableNode("V", 4, kCbeTypeInt, 2, 0));
     ASSERT_EQ(VemWriteNode(root, dir.file("r.vem").c_str()), 1);
     VemDeleteNode(root);

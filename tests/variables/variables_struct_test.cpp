@@ -3,6 +3,7 @@
 #include "test_util.h"
 #include "variables/struct.h"
 
+using vemtest::NewNode;
 using vemtest::TempDir;
 
 namespace {
@@ -12,28 +13,20 @@ CVemBaseNode* Member(const char* name, u16 offset, tCbeVarScope scope = 0) {
 }
 
 CVemBaseNode* NewStruct(const char* name, u16 offset, u16 size) {
-    CVemBaseNode* s = VemNewNode(kVemStructNode);
-    VemSetName(s, name);
+    CVemBaseNode* s = vemtest::NewNode(kVemStructNode, name);
     VemSetOffset(s, offset);
     VemSetSize(s, size);
     return s;
 }
 
 CVemBaseNode* NewInstance(const char* name, const char* typeName) {
-    CVemBaseNode* i = VemNewNode(kVemFbInstanceNode);
-    VemSetName(i, name);
+    CVemBaseNode* i = vemtest::NewNode(kVemFbInstanceNode, name);
     VemSetTypeName(i, typeName);
     return i;
 }
 
 // A stand-in for the compiled task: any node of type 16.
 CVemBaseNode* NewTask(const char* name) { return new CVemBaseNode(kVemTuiTaskNode, name, 1); }
-
-CVemBaseNode* NewBase(const char* name) {
-    CVemBaseNode* n = VemNewNode(kVemBaseNode);
-    VemSetName(n, name);
-    return n;
-}
 
 CVemBaseNode* NewFb(const char* name) { return VemCreateCVemFbNode(name, ""); }
 
@@ -102,14 +95,13 @@ TEST(VariablesInstance, FindsItsFunctionBlockBelowGlobalResourceTwoLevelsUp) {
     CVemBaseNode* instance = NewInstance("A", "T");
     CVemBaseNode* task = With(NewTask("T1"), {With(VemNewNode(kVemProgramNode), {instance})});
     CVemBaseNode* fb = NewFb("A : T");
-    CVemBaseNode* global = With(NewBase("Global - Resource"),
+    CVemBaseNode* global = With(NewNode(kVemBaseNode, "Global - Resource"),
                                 {With(NewTask("G1"), {NewFb("B : T")}), With(NewTask("G2"), {fb, NewFb("A : T")})});
-    CVemBaseNode* resource = With(NewBase("RES"), {With(NewBase("TASKS"), {task}), global});
+    CVemBaseNode* resource = With(NewNode(kVemBaseNode, "RES"), {With(NewNode(kVemBaseNode, "TASKS"), {task}), global});
     EXPECT_EQ(VemGetReferenceNode(instance), fb);
 
     // One found below the task itself comes first.
-    CVemBaseNode* local = NewFb("A : T");
-    VemAddChildTail(task, local);
+    CVemBaseNode* local = vemtest::Add(task, NewFb("A : T"));
     EXPECT_EQ(VemGetReferenceNode(instance), local);
     VemDeleteChildNode(resource, local);
 
@@ -121,7 +113,7 @@ TEST(VariablesInstance, FindsItsFunctionBlockBelowGlobalResourceTwoLevelsUp) {
 
 TEST(VariablesInstance, FindsNothingOutsideATask) {
     CVemBaseNode* instance = NewInstance("A", "T");
-    CVemBaseNode* root = With(NewBase("R"), {NewFb("A : T"), instance});
+    CVemBaseNode* root = With(NewNode(kVemBaseNode, "R"), {NewFb("A : T"), instance});
     EXPECT_EQ(VemGetReferenceNode(instance), nullptr);
     VemDeleteNode(root);
 
@@ -133,8 +125,8 @@ TEST(VariablesInstance, FindsNothingOutsideATask) {
 // Chosen behaviour: a task with no node two levels above it has no global level to search.
 TEST(VariablesInstance, TaskWithoutTwoLevelsAboveFindsOnlyItsOwn) {
     CVemBaseNode* instance = NewInstance("A", "T");
-    CVemBaseNode* global = With(NewBase("Global - Resource"), {With(NewTask("G"), {NewFb("A : T")})});
-    CVemBaseNode* parent = With(NewBase("P"), {With(NewTask("T1"), {instance}), global});
+    CVemBaseNode* global = With(NewNode(kVemBaseNode, "Global - Resource"), {With(NewTask("G"), {NewFb("A : T")})});
+    CVemBaseNode* parent = With(NewNode(kVemBaseNode, "P"), {With(NewTask("T1"), {instance}), global});
     EXPECT_EQ(VemGetReferenceNode(instance), nullptr);
     VemDeleteNode(parent);
 }
